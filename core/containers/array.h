@@ -1,0 +1,309 @@
+// TArray<T>: the growable contiguous array.
+//
+//      m_pBegin                 m_pEnd            m_pCapacityEnd
+//         |                        |                    |
+//         v                        v                    v
+//         +-------+-------+--------+---------+----------+
+//         |  e 0  |  e 1  |  e 2   |   raw   |   raw    |      one block of the normal allocator
+//         +-------+-------+--------+---------+----------+
+//
+//   m_pBegin <= m_pEnd <= m_pCapacityEnd, all null where there is no buffer; [m_pBegin, m_pEnd) are live elements, the
+//   rest is raw memory.
+//
+// What sets it apart from std::vector:
+//
+// - It grows by a quarter: new capacity = old + old / 4 + 1, so 0, 1, 2, 3, 4, 6, 8, 11, 14, 18, ... Less memory is
+// left
+//   unused, more often is it relocated.
+// - Relocation is element by element: move-construct (copy-construct where T has no move), destroy the old one, next.
+// - The allocator is asked for anew at each allocation and each release, with the alignment of T.
+// - Free is called with null where there is no buffer: by the first growth, by the destructor of an array that owns
+//   nothing, and so on. So a normal allocator must be installed when a TArray ends its life, even an empty one.
+// - A violated precondition takes the debug break; see detail::BreakUnless.
+//
+// Iterators are pointers. Growth invalidates all of them; Insert and Erase without growth invalidate those from the
+// position on; Clear all; moving the array none.
+#pragma once
+
+#include "core/containers/arrayenumerator.h"
+#include "core/containers/lifetime.h"
+#include "core/memory/memorymanager.h"
+
+#include <concepts>
+#include <cstddef>
+#include <initializer_list>
+#include <utility>
+
+template <class T>
+class TArray
+{
+public:
+    using value_type = T;
+    using iterator = T*;
+    using const_iterator = const T*;
+
+    // No buffer, no allocator call.
+    TArray() = default;
+
+    // An empty array with room for exactly nCapacity elements: one allocation, none for 0.
+    explicit TArray(uint64 nCapacity)
+        : m_pBegin(AllocateElements(nCapacity)), m_pEnd(m_pBegin), m_pCapacityEnd(m_pBegin + nCapacity)
+    {
+    }
+
+    // A copy of the values, in their order, in a buffer of exactly that size; no allocation for none. Mind that
+    // TArray<int>{10} holds the element 10, where TArray<int>(10) has room for ten.
+    TArray(std::initializer_list<T> values) : TArray(static_cast<uint64>(values.size()))
+    {
+        m_pEnd = detail::CopyRange(m_pEnd, values.begin(), values.end());
+    }
+
+    // A copy in a buffer of exactly other.Size() elements; no allocation for an empty one.
+    TArray(const TArray& other) : TArray(Distance(other.m_pBegin, other.m_pEnd))
+    {
+        m_pEnd = detail::CopyRange(m_pEnd, other.m_pBegin, other.m_pEnd);
+    }
+
+    // Takes the buffer over. No element is touched, no allocator is called. The source is left without a buffer.
+    TArray(TArray&& other) noexcept
+        : m_pBegin(std::exchange(other.m_pBegin, nullptr)),
+          m_pEnd(std::exchange(other.m_pEnd, nullptr)),
+          m_pCapacityEnd(std::exchange(other.m_pCapacityEnd, nullptr))
+    {
+    }
+
+    // Destroys the elements in ascending order, then calls Free, with null where there is no buffer.
+    ~TArray()
+    {
+        static_assert(offsetof(TArray, m_pBegin) == 0 && offsetof(TArray, m_pEnd) == 8
+                          && offsetof(TArray, m_pCapacityEnd) == 16 && sizeof(TArray) == 24,
+                      "the three pointers are the layout that type descriptions and debugger views rely on");
+        DestroyAll();
+        GetNormalAllocator()->Free(m_pBegin);
+    }
+
+    // Destroys the old elements, reallocates to exactly other.Size() if the buffer is too small (it never shrinks),
+    // then copy-constructs. Assigning an array to itself has no effect.
+    TArray& operator=(const TArray& other)
+    {
+        if (this == &other)
+            return *this;
+        Clear();
+        Reserve(Distance(other.m_pBegin, other.m_pEnd), false);
+        m_pEnd = detail::CopyRange(m_pBegin, other.m_pBegin, other.m_pEnd);
+        return *this;
+    }
+
+    // Destroys the old elements, calls Free on the old buffer (null included), takes the other one over. The source is
+    // left without a buffer. Moving an array onto itself has no effect.
+    TArray& operator=(TArray&& other) noexcept
+    {
+        if (this == &other)
+            return *this;
+        DestroyAll();
+        GetNormalAllocator()->Free(m_pBegin);
+        m_pBegin = std::exchange(other.m_pBegin, nullptr);
+        m_pEnd = std::exchange(other.m_pEnd, nullptr);
+        m_pCapacityEnd = std::exchange(other.m_pCapacityEnd, nullptr);
+        return *this;
+    }
+
+    // The number of elements, of those that have room, and whether there are none.
+    uint32 Size() const { return static_cast<uint32>(Distance(m_pBegin, m_pEnd)); }
+    uint32 Capacity() const { return static_cast<uint32>(Distance(m_pBegin, m_pCapacityEnd)); }
+    bool IsEmpty() const { return m_pBegin == m_pEnd; }
+
+    // Element nIndex. Takes the debug break past the end; the index is 64 bits wide so that a negative number or one
+    // that went round is caught and not cut to something that fits.
+    T& operator[](uint64 nIndex)
+    {
+        detail::BreakUnless(nIndex < Distance(m_pBegin, m_pEnd));
+        return m_pBegin[nIndex];
+    }
+
+    const T& operator[](uint64 nIndex) const
+    {
+        detail::BreakUnless(nIndex < Distance(m_pBegin, m_pEnd));
+        return m_pBegin[nIndex];
+    }
+
+    T* Begin() { return m_pBegin; }
+    T* End() { return m_pEnd; }
+    const T* Begin() const { return m_pBegin; }
+    const T* End() const { return m_pEnd; }
+    T* begin() { return m_pBegin; }
+    T* end() { return m_pEnd; }
+    const T* begin() const { return m_pBegin; }
+    const T* end() const { return m_pEnd; }
+
+    // Stands before the first element.
+    TArrayEnumerator<T> GetEnumerator() { return {m_pBegin, m_pEnd}; }
+    TArrayEnumerator<const T> GetEnumerator() const { return {m_pBegin, m_pEnd}; }
+
+    // Appends a copy, or by move; the result is the new element. Amortised constant. A full array grows, and the new
+    // element is constructed before the old ones are touched, so the argument may be one of them.
+    T& Add(const T& value) { return Append(value); }
+    T& Add(T&& value) { return Append(std::move(value)); }
+
+    // Inserts before pos, which takes the debug break outside [Begin(), End()]; the result is the new element. Linear
+    // in the number of elements behind pos. The argument may be an element of this array: what goes in is the value
+    // that it had before the call.
+    T* Insert(T* pos, const T& value) { return InsertAt(pos, value); }
+    T* Insert(T* pos, T&& value) { return InsertAt(pos, std::move(value)); }
+
+    // Removes the element at pos, which takes the debug break outside [Begin(), End()); the result is the position of
+    // the element that followed. The elements behind move down by assignment, in ascending order, and the surplus last
+    // one is destroyed. Never reallocates.
+    T* Erase(T* pos)
+    {
+        const std::uintptr_t nPos = detail::AddressOf(pos);
+        detail::BreakUnless(nPos >= detail::AddressOf(m_pBegin) && nPos < detail::AddressOf(m_pEnd)
+                            && nPos + sizeof(T) <= detail::AddressOf(m_pEnd));
+        for (T* pNext = pos + 1; pNext < m_pEnd; ++pNext)
+            pNext[-1] = std::move(*pNext);
+        --m_pEnd;
+        m_pEnd->~T();
+        return pos;
+    }
+
+    // The same by index, which takes the debug break past the end. A template, so that the literal 0 is an index and
+    // not a null pointer.
+    template <std::integral TIndex>
+    void Erase(TIndex nIndex)
+    {
+        detail::BreakUnless(static_cast<uint64>(nIndex) < Distance(m_pBegin, m_pEnd));
+        Erase(m_pBegin + nIndex);
+    }
+
+    // Destroys the elements in ascending order and keeps the buffer.
+    void Clear()
+    {
+        DestroyAll();
+        m_pEnd = m_pBegin;
+    }
+
+    // Reallocates to exactly nCapacity elements (to no buffer for 0) and relocates, if that grows the array, or if
+    // bExact is set and the elements fit. So bExact also shrinks, and reallocates even where the capacity is right
+    // already; the growth rule plays no part. Otherwise nothing happens. The result is the capacity.
+    uint32 Reserve(uint64 nCapacity, bool bExact = false)
+    {
+        if (nCapacity <= Distance(m_pBegin, m_pCapacityEnd) && (!bExact || nCapacity < Distance(m_pBegin, m_pEnd)))
+            return Capacity();
+        T* pNew = AllocateElements(nCapacity);
+        T* pNewEnd = detail::RelocateRange(pNew, m_pBegin, m_pEnd);
+        AdoptBuffer(pNew, pNewEnd, pNew + nCapacity);
+        return Capacity();
+    }
+
+    // Equal sizes and equal elements in the same order, by the element's own ==.
+    bool operator==(const TArray& other) const requires requires(const T& element)
+    {
+        static_cast<bool>(element == element);
+    }
+    {
+        if (Size() != other.Size())
+            return false;
+        for (const T *p = m_pBegin, *q = other.m_pBegin; p != m_pEnd; ++p, ++q)
+        {
+            if (!static_cast<bool>(*p == *q))
+                return false;
+        }
+        return true;
+    }
+
+    // Whether the invariants hold. For tests and debugging.
+    bool Validate() const
+    {
+        return m_pBegin <= m_pEnd && m_pEnd <= m_pCapacityEnd && (m_pBegin != nullptr || m_pCapacityEnd == nullptr);
+    }
+
+private:
+    static uint64 Distance(const T* pFrom, const T* pTo) { return static_cast<uint64>(pTo - pFrom); }
+
+    // Null for 0. A count whose bytes do not fit in 64 bits takes the debug break: the block would be too small.
+    static T* AllocateElements(uint64 nCount)
+    {
+        if (nCount == 0)
+            return nullptr;
+        detail::BreakUnless(nCount <= UINT64_MAX / sizeof(T));
+        return static_cast<T*>(GetNormalAllocator()->Allocate(nCount * sizeof(T), alignof(T), 0));
+    }
+
+    uint64 GrownCapacity() const
+    {
+        const uint64 nCapacity = Distance(m_pBegin, m_pCapacityEnd);
+        return nCapacity + nCapacity / 4 + 1;
+    }
+
+    void DestroyAll()
+    {
+        detail::BreakUnless(detail::AddressOf(m_pBegin) <= detail::AddressOf(m_pEnd));
+        detail::DestroyRange(m_pBegin, m_pEnd);
+    }
+
+    // The old elements are gone from the old buffer. Free is called on it even if it is null.
+    void AdoptBuffer(T* pBegin, T* pEnd, T* pCapacityEnd)
+    {
+        m_pCapacityEnd = pCapacityEnd;
+        m_pEnd = pEnd;
+        GetNormalAllocator()->Free(m_pBegin);
+        m_pBegin = pBegin;
+    }
+
+    template <class TValue>
+    T& Append(TValue&& value)
+    {
+        if (m_pEnd == m_pCapacityEnd)
+            return *InsertGrowing(m_pEnd, std::forward<TValue>(value));
+        T* pNew = detail::ConstructAt(m_pEnd, std::forward<TValue>(value));
+        ++m_pEnd;
+        return *pNew;
+    }
+
+    template <class TValue>
+    T* InsertAt(T* pos, TValue&& value)
+    {
+        detail::BreakUnless(detail::AddressOf(pos) >= detail::AddressOf(m_pBegin)
+                            && detail::AddressOf(pos) <= detail::AddressOf(m_pEnd));
+        if (m_pEnd == m_pCapacityEnd)
+            return InsertGrowing(pos, std::forward<TValue>(value));
+        if (pos == m_pEnd)
+        {
+            detail::ConstructAt(pos, std::forward<TValue>(value));
+            ++m_pEnd;
+            return pos;
+        }
+
+        // An argument among the elements that are about to shift is found one place further on afterwards.
+        auto* pValue = detail::PointerTo(value);
+        if (detail::AddressOf(pValue) >= detail::AddressOf(pos)
+            && detail::AddressOf(pValue) < detail::AddressOf(m_pEnd))
+            ++pValue;
+
+        T* pLast = m_pEnd - 1;
+        detail::ConstructAt(m_pEnd, std::move(*pLast));
+        ++m_pEnd;
+        for (; pLast > pos; --pLast)
+            *pLast = std::move(pLast[-1]);
+        *pos = static_cast<TValue&&>(*pValue);
+        return pos;
+    }
+
+    // Inserts before pos into a new buffer of the grown capacity. The new element comes first, so that an argument that
+    // is an element of this array is still intact when it is read.
+    template <class TValue>
+    KX_NOINLINE T* InsertGrowing(T* pos, TValue&& value)
+    {
+        const uint64 nCapacity = GrownCapacity();
+        T* pNew = AllocateElements(nCapacity);
+        T* pElement = detail::ConstructAt(pNew + Distance(m_pBegin, pos), std::forward<TValue>(value));
+        detail::RelocateRange(pNew, m_pBegin, pos);
+        T* pNewEnd = detail::RelocateRange(pElement + 1, pos, m_pEnd);
+        AdoptBuffer(pNew, pNewEnd, pNew + nCapacity);
+        return pElement;
+    }
+
+    T* m_pBegin = nullptr;
+    T* m_pEnd = nullptr;
+    T* m_pCapacityEnd = nullptr;
+};

@@ -1,0 +1,90 @@
+// What depends on the compiler or the machine, and nothing else: fixed-width names, the export macros, the debug break.
+// This is the one file of the library with an #if on a compiler or a system.
+#pragma once
+
+#include <cstdint>
+
+using int8 = std::int8_t;
+using int16 = std::int16_t;
+using int32 = std::int32_t;
+using int64 = std::int64_t;
+using uint8 = std::uint8_t;
+using uint16 = std::uint16_t;
+using uint32 = std::uint32_t;
+using uint64 = std::uint64_t;
+using float32 = float;
+using float64 = double;
+
+static_assert(sizeof(void*) == 8, "kxcore needs 64-bit pointers: the layouts of the containers are pinned for them");
+static_assert(sizeof(float32) == 4 && sizeof(float64) == 8, "float32 and float64 must be the IEEE 754 formats");
+
+// KX_EXPORT marks what a shared library offers, KX_IMPORT the same declaration seen from outside. Everything is
+// compiled with hidden visibility, so a declaration without the mark stays inside its module.
+#if defined(_WIN32)
+#define KX_EXPORT __declspec(dllexport)
+#define KX_IMPORT __declspec(dllimport)
+#else
+#define KX_EXPORT __attribute__((visibility("default")))
+#define KX_IMPORT __attribute__((visibility("default")))
+#endif
+
+// The public interface of the module kxbase.
+#if defined(KX_BASE_EXPORTS)
+#define KX_API KX_EXPORT
+#else
+#define KX_API KX_IMPORT
+#endif
+
+// KX_NOINLINE keeps a rare path (growth, say) out of the caller's hot code. KX_RESTRICT promises that what is reached
+// through a pointer parameter is reached through no other one while the function runs. KX_CHECK_INLINE is for
+// BreakUnless alone: inlined at every optimisation level, and shown by a debugger as the line that calls it.
+#if defined(_MSC_VER) && !defined(__clang__)
+#define KX_NOINLINE __declspec(noinline)
+#define KX_RESTRICT __restrict
+#define KX_CHECK_INLINE __forceinline
+#else
+#define KX_NOINLINE __attribute__((noinline))
+#define KX_RESTRICT __restrict__
+#define KX_CHECK_INLINE inline __attribute__((always_inline, artificial))
+#endif
+
+namespace detail
+{
+// Stops at the processor's breakpoint instruction unless bCondition holds. Without a debugger the process ends
+// abnormally; with one, execution can resume, and then the caller goes on as if the check had passed. So the code
+// behind a check must stay alive, which rules out __builtin_trap and any hint that the condition always holds. The
+// checks are part of every build.
+//
+// The instruction names no operands and clobbers nothing: a memory clobber would make every loop that holds a check
+// reload what it had in registers.
+KX_CHECK_INLINE void BreakUnless(bool bCondition) noexcept
+{
+    if (!bCondition) [[unlikely]]
+    {
+#if defined(_MSC_VER) && !defined(__clang__)
+        __debugbreak();
+#elif defined(__x86_64__)
+        asm volatile("int3");
+#elif defined(__aarch64__)
+        asm volatile("brk #0xf000");
+#else
+#error "kxcore: add the breakpoint instruction of this processor here"
+#endif
+    }
+}
+
+// An address as a number. The compiler may assume that pointer arithmetic does not wrap and that pointers into
+// different objects are never compared, so a check on the two ends of a buffer compares numbers.
+template <class T>
+inline std::uintptr_t AddressOf(const T* pObject) noexcept
+{
+    return reinterpret_cast<std::uintptr_t>(pObject);
+}
+
+// std::addressof without the 50,000 lines of <memory>: the address of an object whose class may overload unary &.
+template <class T>
+inline T* PointerTo(T& object) noexcept
+{
+    return __builtin_addressof(object);
+}
+} // namespace detail

@@ -1,0 +1,33 @@
+// ZRuntimeResourceID: the 64-bit name of a resource at run time.
+#pragma once
+
+#include "core/platform/platform.h"
+
+// The public interface of the module runtime.resource.
+#if defined(KX_RESOURCE_EXPORTS)
+#define KX_RESOURCE_API KX_EXPORT
+#else
+#define KX_RESOURCE_API KX_IMPORT
+#endif
+
+// A value of two 32-bit words, the high half first. All bits set is the identity of no resource.
+class KX_RESOURCE_API ZRuntimeResourceID
+{
+public:
+    // The identity of no resource.
+    constexpr ZRuntimeResourceID() = default;
+
+    // The identity with this number.
+    static ZRuntimeResourceID Create(uint64 nNumber);
+
+    // The number that Create would make this identity from.
+    constexpr uint64 GetNumber() const { return uint64{m_nHigh} << 32 | m_nLow; }
+
+    bool operator==(const ZRuntimeResourceID& other) const;
+
+private:
+    uint32 m_nHigh = UINT32_MAX;
+    uint32 m_nLow = UINT32_MAX;
+};
+
+static_assert(sizeof(ZRuntimeResourceID) == 8 && alignof(ZRuntimeResourceID) == 4, "two 32-bit words");

@@ -1,0 +1,23 @@
+#include "runtime/resource/resourceid.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+TEST(ResourceID, HoldsItsNumberHighHalfFirst)
+{
+    const ZRuntimeResourceID id = ZRuntimeResourceID::Create(0x0123456789ABCDEF);
+    EXPECT_EQ(0x0123456789ABCDEFu, id.GetNumber());
+    uint32 words[2];
+    std::memcpy(words, &id, sizeof(id));
+    EXPECT_EQ(0x01234567u, words[0]);
+    EXPECT_EQ(0x89ABCDEFu, words[1]);
+}
+
+TEST(ResourceID, ComparesBothHalves)
+{
+    const ZRuntimeResourceID id = ZRuntimeResourceID::Create(0x0123456789ABCDEF);
+    EXPECT_TRUE(id == ZRuntimeResourceID::Create(0x0123456789ABCDEF));
+    EXPECT_FALSE(id == ZRuntimeResourceID::Create(0x0023456789ABCDEF));
+    EXPECT_FALSE(id == ZRuntimeResourceID::Create(0x0123456789ABCDEE));
+    EXPECT_TRUE(ZRuntimeResourceID() == ZRuntimeResourceID::Create(UINT64_MAX));
+}

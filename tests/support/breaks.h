@@ -1,0 +1,34 @@
+// Debug breaks as a test sees them.
+#pragma once
+
+#include <csignal>
+#include <gtest/gtest.h>
+
+// The statement ends the process at a breakpoint instruction, and not by some other fault.
+#define EXPECT_BREAK(statement) EXPECT_EXIT(statement, testing::KilledBySignal(SIGTRAP), "")
+
+// Plays the debugger that resumes: while it lives, every debug break is counted and execution goes on behind it.
+class BreakCounter
+{
+public:
+    BreakCounter()
+    {
+        ms_nBreaks = 0;
+        m_old = std::signal(SIGTRAP, [](int) { ms_nBreaks = ms_nBreaks + 1; });
+    }
+    ~BreakCounter() { std::signal(SIGTRAP, m_old); }
+    BreakCounter(const BreakCounter&) = delete;
+    BreakCounter& operator=(const BreakCounter&) = delete;
+
+    // The breaks since the last call.
+    int Take()
+    {
+        const int nBreaks = ms_nBreaks;
+        ms_nBreaks = 0;
+        return nBreaks;
+    }
+
+private:
+    static inline volatile std::sig_atomic_t ms_nBreaks = 0;
+    void (*m_old)(int);
+};

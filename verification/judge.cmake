@@ -1,0 +1,46 @@
+# cmake -DPROGRAM=... -DREGISTRY=... -P judge.cmake
+#
+# Judges a verification program by its report, since its exit status is 0 whatever the cases report: the registered cases
+# must be those of REGISTRY, name by name and in order, and the report must say of each of them that it passed, and of
+# none that it failed.
+cmake_minimum_required(VERSION 3.25)
+
+execute_process(COMMAND ${PROGRAM} --gtest_list_tests OUTPUT_VARIABLE listing)
+string(REGEX REPLACE "[ \t]*#[^\n]*" "" listing "${listing}") # the parameter of a typed case
+string(REGEX MATCHALL "[^\n]+" lines "${listing}")
+foreach(line IN LISTS lines)
+  if(line MATCHES "^  (.+)$")
+    list(APPEND registered "${suite}${CMAKE_MATCH_1}")
+  elseif(line MATCHES "\\.$")
+    set(suite "${line}")
+  endif()
+endforeach()
+file(STRINGS ${REGISTRY} wanted)
+if(NOT registered STREQUAL wanted)
+  list(JOIN registered "\n  " registered)
+  list(JOIN wanted "\n  " wanted)
+  message(FATAL_ERROR "The registered cases differ from the registry.\nRegistered:\n  ${registered}\nWanted:\n  ${wanted}")
+endif()
+
+execute_process(COMMAND ${PROGRAM} OUTPUT_VARIABLE report ERROR_VARIABLE errors RESULT_VARIABLE status)
+message("${report}${errors}")
+foreach(case IN LISTS wanted)
+  string(FIND "${report}" "[       OK ] ${case} (" passed)
+  string(FIND "${report}" "[  FAILED  ] ${case} " failed)
+  if(passed EQUAL -1 OR NOT failed EQUAL -1)
+    list(APPEND bad ${case})
+  endif()
+endforeach()
+list(LENGTH wanted total)
+if(bad)
+  list(LENGTH bad count)
+  list(JOIN bad " " bad)
+  message(FATAL_ERROR "${count} of ${total} cases did not pass (exit status ${status}): ${bad}")
+endif()
+if(NOT status STREQUAL "0")
+  message(FATAL_ERROR "All cases passed, but the program ended with ${status} instead of 0")
+endif()
+if(NOT report MATCHES "  PASSED  . ${total} tests?\\.")
+  message(FATAL_ERROR "The report does not say that ${total} cases passed")
+endif()
+message("${total} of ${total} cases passed")
