@@ -28,7 +28,7 @@ public:
 template <class TFunction>
 std::ptrdiff_t TableOffset(TFunction function)
 {
-    std::ptrdiff_t nOffset;
+    std::ptrdiff_t nOffset = 0;
     std::memcpy(&nOffset, &function, sizeof(nOffset));
     return nOffset - 1;
 }

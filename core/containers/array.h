@@ -32,6 +32,7 @@
 #include <concepts>
 #include <cstddef>
 #include <initializer_list>
+#include <new>
 #include <utility>
 
 template <class T>
@@ -190,22 +191,19 @@ public:
         if (nCapacity <= Distance(m_pBegin, m_pCapacityEnd) && (!bExact || nCapacity < Distance(m_pBegin, m_pEnd)))
             return Capacity();
         T* pNew = AllocateElements(nCapacity);
-        T* pNewEnd = detail::RelocateRange(pNew, m_pBegin, m_pEnd);
-        AdoptBuffer(pNew, pNewEnd, pNew + nCapacity);
+        detail::RelocateRange(pNew, m_pBegin, m_pEnd);
+        AdoptBuffer(pNew, Distance(m_pBegin, m_pEnd), nCapacity);
         return Capacity();
     }
 
     // Equal sizes and equal elements in the same order, by the element's own ==.
-    bool operator==(const TArray& other) const requires requires(const T& element)
-    {
-        static_cast<bool>(element == element);
-    }
+    bool operator==(const TArray& other) const requires std::equality_comparable<T>
     {
         if (Size() != other.Size())
             return false;
         for (const T *p = m_pBegin, *q = other.m_pBegin; p != m_pEnd; ++p, ++q)
         {
-            if (!static_cast<bool>(*p == *q))
+            if (!(*p == *q))
                 return false;
         }
         return true;
@@ -241,19 +239,19 @@ private:
         detail::DestroyRange(m_pBegin, m_pEnd);
     }
 
-    // The old elements are gone from the old buffer. Free is called on it even if it is null.
-    void AdoptBuffer(T* pBegin, T* pEnd, T* pCapacityEnd)
+    // Makes the buffer of nCapacity elements at pNew the array's own and frees the old one, even if it is null.
+    void AdoptBuffer(T* pNew, uint64 nSize, uint64 nCapacity)
     {
-        m_pCapacityEnd = pCapacityEnd;
-        m_pEnd = pEnd;
+        m_pCapacityEnd = pNew + nCapacity;
+        m_pEnd = pNew + nSize;
         GetNormalAllocator()->Free(m_pBegin);
-        m_pBegin = pBegin;
+        m_pBegin = pNew;
     }
 
     template <class TValue>
     T& Append(TValue&& value)
     {
-        if (m_pEnd == m_pCapacityEnd)
+        if (m_pEnd == m_pCapacityEnd) [[unlikely]]
             return *InsertGrowing(m_pEnd, std::forward<TValue>(value));
         T* pNew = detail::ConstructAt(m_pEnd, std::forward<TValue>(value));
         ++m_pEnd;
@@ -285,21 +283,27 @@ private:
         ++m_pEnd;
         for (; pLast > pos; --pLast)
             *pLast = std::move(pLast[-1]);
-        *pos = static_cast<TValue&&>(*pValue);
+        // Laundered, or GCC 12 may warn of a null pointer: where it sees that pos is the End() of an empty array, but
+        // not that an empty array does not come this way.
+        *std::launder(pos) = static_cast<TValue&&>(*pValue);
         return pos;
     }
 
     // Inserts before pos into a new buffer of the grown capacity. The new element comes first, so that an argument that
     // is an element of this array is still intact when it is read.
+    //
+    // No call in here takes the array or the value by reference: in a loop that only adds, the compiler then keeps the
+    // three pointers and the value in registers.
     template <class TValue>
-    KX_NOINLINE T* InsertGrowing(T* pos, TValue&& value)
+    T* InsertGrowing(T* pos, TValue&& value)
     {
+        const uint64 nSize = Distance(m_pBegin, m_pEnd);
         const uint64 nCapacity = GrownCapacity();
         T* pNew = AllocateElements(nCapacity);
         T* pElement = detail::ConstructAt(pNew + Distance(m_pBegin, pos), std::forward<TValue>(value));
         detail::RelocateRange(pNew, m_pBegin, pos);
-        T* pNewEnd = detail::RelocateRange(pElement + 1, pos, m_pEnd);
-        AdoptBuffer(pNew, pNewEnd, pNew + nCapacity);
+        detail::RelocateRange(pElement + 1, pos, m_pEnd);
+        AdoptBuffer(pNew, nSize + 1, nCapacity);
         return pElement;
     }
 

@@ -55,8 +55,8 @@ namespace detail
 // behind a check must stay alive, which rules out __builtin_trap and any hint that the condition always holds. The
 // checks are part of every build.
 //
-// The instruction names no operands and clobbers nothing: a memory clobber would make every loop that holds a check
-// reload what it had in registers.
+// The colons say that the instruction clobbers nothing. Without them it would count as a write to all memory, and every
+// loop with a check in it would reload what it had in registers.
 KX_CHECK_INLINE void BreakUnless(bool bCondition) noexcept
 {
     if (!bCondition) [[unlikely]]
@@ -64,9 +64,9 @@ KX_CHECK_INLINE void BreakUnless(bool bCondition) noexcept
 #if defined(_MSC_VER) && !defined(__clang__)
         __debugbreak();
 #elif defined(__x86_64__)
-        asm volatile("int3");
+        asm volatile("int3" : :);
 #elif defined(__aarch64__)
-        asm volatile("brk #0xf000");
+        asm volatile("brk #0xf000" : :);
 #else
 #error "kxcore: add the breakpoint instruction of this processor here"
 #endif

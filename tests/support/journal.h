@@ -108,7 +108,7 @@ private:
 // A test whose normal allocator writes into the journal.
 class JournalTest : public testing::Test
 {
-protected:
+public:
     JournalTest()
     {
         TakeJournal();
@@ -116,5 +116,6 @@ protected:
     }
     ~JournalTest() override { GetMemoryManager()->UnInstallAllocator(ALLOCATOR_NORMAL); }
 
+protected:
     JournalAllocator m_allocator;
 };

@@ -1,0 +1,44 @@
+// What the benchmark programs share. A benchmark is named "row/contestant/n"; bench/table.py makes one table of a
+// program's output, a line for each row and n, a column for each contestant.
+#pragma once
+
+#include "core/memory/memorymanager.h"
+
+#include <benchmark/benchmark.h>
+#include <string>
+
+// The elements: a plain int, and a struct of a cache line.
+struct Block64
+{
+    Block64(int nValue = 0) : m_anValues{nValue} {}
+    operator int() const { return static_cast<int>(m_anValues[0]); }
+
+    int64 m_anValues[8];
+};
+
+// Takes a result out of the optimiser's sight, and ends the run with an error if it is wrong. A volatile store and not
+// benchmark::DoNotOptimize, which lets GCC 12 drop a load that belongs to the work.
+inline volatile int64 g_nSink = 0;
+
+inline void Consume(benchmark::State& state, int64 nResult, int64 nExpected)
+{
+    g_nSink = nResult;
+    if (nResult != nExpected)
+        state.SkipWithError("wrong result");
+    benchmark::ClobberMemory();
+}
+
+// Registers a benchmark for the three sizes of every table.
+template <class TFunction>
+void Register(const std::string& row, const std::string& contestant, TFunction function)
+{
+    benchmark::RegisterBenchmark((row + "/" + contestant).c_str(), function)->Arg(16)->Arg(1000)->Arg(100000);
+}
+
+// The main function of a benchmark program.
+inline int RunBenchmarks(int argc, char** argv)
+{
+    ZMemAllocatorScope scope;
+    benchmark::Initialize(&argc, argv);
+    return benchmark::ReportUnrecognizedArguments(argc, argv) ? 1 : benchmark::RunSpecifiedBenchmarks() == 0;
+}
