@@ -12,9 +12,8 @@
 //
 // What sets it apart from std::vector:
 //
-// - It grows by a quarter: new capacity = old + old / 4 + 1, so 0, 1, 2, 3, 4, 6, 8, 11, 14, 18, ... Less memory is
-// left
-//   unused, more often is it relocated.
+// - It grows by a quarter: new capacity = old + old / 4 + 1, so 0, 1, 2, 3, 4, 6, 8, 11, 14, 18, ... Less memory lies
+//   unused, and elements are relocated more often.
 // - Relocation is element by element: move-construct (copy-construct where T has no move), destroy the old one, next.
 // - The allocator is asked for anew at each allocation and each release, with the alignment of T.
 // - Free is called with null where there is no buffer: by the first growth, by the destructor of an array that owns
@@ -109,7 +108,8 @@ public:
         return *this;
     }
 
-    // The number of elements, of those that have room, and whether there are none.
+    // The number of elements, the number that has room, and whether there are none. Beyond 2^32 - 1 elements the two
+    // numbers are cut to their low 32 bits; everything else goes on working.
     uint32 Size() const { return static_cast<uint32>(Distance(m_pBegin, m_pEnd)); }
     uint32 Capacity() const { return static_cast<uint32>(Distance(m_pBegin, m_pCapacityEnd)); }
     bool IsEmpty() const { return m_pBegin == m_pEnd; }
