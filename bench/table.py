@@ -32,7 +32,8 @@ def measure(program, name_filter):
     output = subprocess.run(
         [program, "--benchmark_format=json", f"--benchmark_repetitions={REPETITIONS}", "--benchmark_min_time=0.02",
          "--benchmark_enable_random_interleaving=true", f"--benchmark_filter={name_filter}"],
-        env=os.environ | {"GLIBC_TUNABLES": KEEP_PAGES}, check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True).stdout
+        env=os.environ | {"GLIBC_TUNABLES": KEEP_PAGES}, check=True, stdout=subprocess.PIPE,
+        stderr=subprocess.DEVNULL, text=True).stdout
     report = json.loads(output)
     times = {}
     # Interleaving shuffles the report; the family index is the order of registration.

@@ -20,8 +20,9 @@
 //   nothing, and so on. So a normal allocator must be installed when a TArray ends its life, even an empty one.
 // - A violated precondition takes the debug break; see detail::BreakUnless.
 //
-// Iterators are pointers. Growth invalidates all of them; Insert and Erase without growth invalidate those from the
-// position on; Clear all; moving the array none.
+// Iterators are pointers. Growth, Reserve that reallocates, Clear and assignment to the array invalidate all of them;
+// Insert and Erase without growth those from the position on. Moving the array away invalidates none: they stay with
+// the elements.
 #pragma once
 
 #include "core/containers/arrayenumerator.h"
@@ -199,7 +200,7 @@ public:
     // Equal sizes and equal elements in the same order, by the element's own ==.
     bool operator==(const TArray& other) const requires std::equality_comparable<T>
     {
-        if (Size() != other.Size())
+        if (Distance(m_pBegin, m_pEnd) != Distance(other.m_pBegin, other.m_pEnd))
             return false;
         for (const T *p = m_pBegin, *q = other.m_pBegin; p != m_pEnd; ++p, ++q)
         {
@@ -292,8 +293,8 @@ private:
     // Inserts before pos into a new buffer of the grown capacity. The new element comes first, so that an argument that
     // is an element of this array is still intact when it is read.
     //
-    // No call in here takes the array or the value by reference: in a loop that only adds, the compiler then keeps the
-    // three pointers and the value in registers.
+    // Nothing in here that stays a call takes the array or the value by reference: in a loop that only adds, the
+    // compiler then keeps the three pointers and the value in registers.
     template <class TValue>
     T* InsertGrowing(T* pos, TValue&& value)
     {
