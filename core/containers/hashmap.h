@@ -1,5 +1,5 @@
-// THashMap<K, V>: a map of unique keys. What it has in common with TMultiHashMap and THashSet, and how it works, is told
-// in hashtable.h; here stands how elements get in.
+// THashMap<K, V>: a map of unique keys. What it has in common with TMultiHashMap and THashSet, and how it works, is
+// told in hashtable.h; here stands how elements get in.
 #pragma once
 
 #include "core/containers/hashpolicy.h"

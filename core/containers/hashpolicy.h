@@ -14,12 +14,11 @@
 //   inline uint32 HashKey(const ZPath& path) { return HashBytes(path.Text(), path.Length()); }
 //
 // Types without one are hashed by their bytes, if these are all that tells two keys apart: integers, enumerations,
-// pointers, and structs of these without padding. Any other type is refused.
+// pointers (as addresses, whatever they point at), and structs of these without padding. Any other type is refused.
 #pragma once
 
 #include "core/platform/platform.h"
 
-#include <concepts>
 #include <type_traits>
 
 // 32-bit FNV-1a over nSize bytes, the lowest first, but with signed bytes: one of 0x80 or more flips the upper 24 bits
@@ -35,8 +34,7 @@ inline uint32 HashBytes(const void* pBytes, uint64 nSize)
 
 // The hash of a key that is its bytes.
 template <class K>
-requires std::has_unique_object_representations_v<K>
-uint32 HashKey(const K& key)
+uint32 HashKey(const K& key) requires std::has_unique_object_representations_v<K>
 {
     return HashBytes(detail::PointerTo(key), sizeof(K));
 }
@@ -49,10 +47,9 @@ struct TDefaultHashPolicy
     static uint32 Hash(const K& key)
     {
         static_assert(
-            requires {
-                { HashKey(key) } -> std::same_as<uint32>;
-            }, "this key is more than its bytes: declare uint32 HashKey(const K&) beside the key's class, or pass the "
-               "container a policy of your own");
+            requires { uint32{HashKey(key)}; },
+            "this key is more than its bytes: declare uint32 HashKey(const K&) beside the key's class, or pass the "
+            "container a policy of your own");
         return HashKey(key);
     }
 

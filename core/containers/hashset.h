@@ -1,5 +1,5 @@
-// THashSet<K>: a set of unique keys. What it has in common with THashMap and TMultiHashMap, and how it works, is told in
-// hashtable.h; here stands how keys get in.
+// THashSet<K>: a set of unique keys. What it has in common with THashMap and TMultiHashMap, and how it works, is told
+// in hashtable.h; here stands how keys get in.
 #pragma once
 
 #include "core/containers/hashpolicy.h"
@@ -23,8 +23,8 @@ public:
             Insert(key);
     }
 
-    // Copies the key into a new element at the head of its bucket; if it is there already, nothing happens. The result is
-    // the element of the key either way. Constant on average; a full table grows first, if the key is new. The key may
-    // lie in an element of this container.
+    // Copies the key into a new element at the head of its bucket; if it is there already, nothing happens. The result
+    // is the element of the key either way. Constant on average; a full table grows first, if the key is new. The key
+    // may lie in an element of this container.
     typename THashSet::iterator Insert(const K& key) { return this->InsertElement(key); }
 };

@@ -1,18 +1,20 @@
 // The table behind THashMap, TMultiHashMap and THashSet: separate chaining without an allocation for each element. All
 // nodes lie in one array; chains are indices into it, and so is the list of the nodes that are free again.
 //
-//   m_pBuckets    [  2  ] [ none ] [  0  ] [ none ]            m_nBucketCount heads
-//                    |                |
-//                    |                +-----------+
-//                    +--------------------------- | ------+
-//                                                 v       v
-//   m_pNodes      node:      0         1         ...      2         3         m_nBucketCount nodes, raw unless live
-//                 next:    none      none                 1       (never used)
-//                 element:  k 5       k 8                k 4
+//   a map after the keys 1, 2, 3, 4 were inserted; its walk is 1, 4, 3, 2:
 //
-//   A live node is in the chain of bucket Hash(key) % m_nBucketCount, and in no other list. The nodes that were ever
-//   used are the first ones of the array, and each is in a chain or in the free list; so where the free list is empty
-//   the live nodes are exactly 0 to m_nSize - 1. m_nSize <= m_nBucketCount, which is 0 (no arrays) or at least 4.
+//   m_pBuckets    bucket       0      1      2      3
+//                 head         0      -      3      1      a node, or none
+//
+//   m_pNodes      node         0      1      2      3
+//                 m_nNext      -      -      -      2      a node, or none
+//                 key          1      2      3      4
+//                 value        ...
+//
+//   There are as many nodes as buckets: m_nBucketCount, which is 0 (no arrays) or at least 4, and not below m_nSize. A
+//   live node is in the chain of bucket Hash(key) % m_nBucketCount, and in no other; a freed one in the free list,
+//   which starts at m_nFreeHead. Nodes that were never used are the last ones of the array, so where the free list is
+//   empty the live nodes are exactly 0 to m_nSize - 1.
 //
 // What sets it apart from the standard unordered containers:
 //
@@ -28,181 +30,18 @@
 // - A violated precondition takes the debug break; see detail::BreakUnless.
 #pragma once
 
-#include "core/containers/keyvaluepair.h"
+#include "core/containers/hashiterator.h"
 #include "core/containers/lifetime.h"
 #include "core/memory/memorymanager.h"
 
 #include <cstddef>
 #include <cstring>
+#include <new>
 #include <type_traits>
 #include <utility>
 
 namespace detail
 {
-// No index: the end of a chain or of the free list, an empty bucket.
-inline constexpr uint32 kHashNone = 0xFFFFFFFF;
-
-// A free node has a next index, but no element.
-template <class TElement>
-struct SHashNode
-{
-    uint32 m_nNext;
-    TElement m_element;
-};
-
-// The fields of the maps. From m_nBucketCount on they are the table, and that is where iterators point.
-template <class K, class V>
-struct SHashMapFields
-{
-    using TKey = K;
-    using TElement = TKeyValuePair<K, V>;
-
-    static const K& KeyOf(const TElement& element) { return element.Key(); }
-    bool MayRehash() const { return true; }
-
-    uint32 m_nSize = 0;
-    uint32 m_nFreeHead = kHashNone;
-    uint32 m_nBucketCount = 0;
-    uint32* m_pBuckets = nullptr;
-    SHashNode<TElement>* m_pNodes = nullptr;
-};
-
-// The fields of the set. The flag in front takes the place of the padding that the maps have in front of m_pBuckets: a
-// struct for the table alone would bring it back.
-template <class K>
-struct SHashSetFields
-{
-    using TKey = K;
-    using TElement = const K;
-
-    static const K& KeyOf(const K& key) { return key; }
-    bool MayRehash() const { return !m_bNoRehash; }
-
-    bool m_bNoRehash = false;
-    uint32 m_nSize = 0;
-    uint32 m_nFreeHead = kHashNone;
-    uint32 m_nBucketCount = 0;
-    uint32* m_pBuckets = nullptr;
-    SHashNode<K>* m_pNodes = nullptr;
-};
-
-// The node of an element.
-template <class TElement>
-auto* HashNodeOf(TElement* pElement)
-{
-    using TNode = SHashNode<std::remove_const_t<TElement>>;
-    constexpr std::uintptr_t kDistance = alignof(TNode);
-    static_assert(alignof(TNode) >= sizeof(uint32), "the element directly follows the index and its padding");
-    return reinterpret_cast<TNode*>(AddressOf(pElement) - kDistance);
-}
-
-// The first element in the buckets behind nBucket, which moves there; null, and nBucket is the count, if there is none.
-// Behind kHashNone all buckets lie.
-template <class TFields>
-typename TFields::TElement* NextInBuckets(const TFields& fields, uint32& nBucket)
-{
-    while (++nBucket < fields.m_nBucketCount)
-    {
-        if (const uint32 nHead = fields.m_pBuckets[nBucket]; nHead != kHashNone)
-            return PointerTo(fields.m_pNodes[nHead].m_element);
-    }
-    return nullptr;
-}
-
-// The element that follows pCurrent in the walk: in its chain, else in the buckets behind nBucket.
-template <class TFields, class TElement>
-TElement* NextElement(const TFields& fields, TElement* pCurrent, uint32& nBucket)
-{
-    const uint32 nNext = HashNodeOf(pCurrent)->m_nNext;
-    return nNext != kHashNone ? PointerTo(fields.m_pNodes[nNext].m_element) : NextInBuckets(fields, nBucket);
-}
-
-// The container whose table starts at pTable.
-template <class TFields>
-const TFields& FieldsOf(const uint32* pTable)
-{
-    return *reinterpret_cast<const TFields*>(AddressOf(pTable) - offsetof(TFields, m_nBucketCount));
-}
-
-// A forward iterator. TElement is const for a read-only walk, and always in a set.
-template <class TFields, class TElement>
-class THashIterator
-{
-public:
-    using value_type = std::remove_const_t<TElement>;
-    using difference_type = std::ptrdiff_t;
-
-    // Equal to every End().
-    THashIterator() = default;
-
-    THashIterator(TElement* pCurrent, const uint32* pTable, uint32 nBucket)
-        : m_pCurrent(pCurrent), m_pTable(pTable), m_nBucket(nBucket)
-    {
-    }
-
-    operator THashIterator<TFields, const TElement>() const requires(!std::is_const_v<TElement>)
-    {
-        return {m_pCurrent, m_pTable, m_nBucket};
-    }
-
-    TElement& operator*() const { return *m_pCurrent; }
-    TElement* operator->() const { return m_pCurrent; }
-
-    THashIterator& operator++()
-    {
-        m_pCurrent = NextElement(FieldsOf<TFields>(m_pTable), m_pCurrent, m_nBucket);
-        return *this;
-    }
-
-    THashIterator operator++(int)
-    {
-        THashIterator old = *this;
-        ++*this;
-        return old;
-    }
-
-    // By the element alone: at the end of a walk the bucket is the one behind the last, and in End() none.
-    friend bool operator==(const THashIterator& first, const THashIterator& second)
-    {
-        return first.m_pCurrent == second.m_pCurrent;
-    }
-
-private:
-    TElement* m_pCurrent = nullptr;
-    const uint32* m_pTable = nullptr;
-    uint32 m_nBucket = kHashNone;
-};
-
-// Stands before the first element. TElement as in THashIterator.
-template <class TFields, class TElement>
-class THashEnumerator
-{
-public:
-    explicit THashEnumerator(const uint32* pTable) : m_pTable(pTable) {}
-
-    // Advances; true exactly when the enumerator then stands on an element.
-    bool MoveNext()
-    {
-        const TFields& fields = FieldsOf<TFields>(m_pTable);
-        m_pCurrent = m_pCurrent != nullptr ? NextElement(fields, m_pCurrent, m_nBucket)
-                                           : NextInBuckets(fields, m_nBucket);
-        return m_pCurrent != m_pEnd;
-    }
-
-    // The element it stands on. Takes the debug break where it stands on none.
-    TElement& Current() const
-    {
-        BreakUnless(m_pCurrent != m_pEnd);
-        return *m_pCurrent;
-    }
-
-private:
-    TElement* m_pCurrent = nullptr;
-    TElement* m_pEnd = nullptr;
-    const uint32* m_pTable;
-    uint32 m_nBucket = kHashNone; // the first step wraps to bucket 0
-};
-
 // The interface that the three containers have in common. TFields is one of the two structs above. With bMulti a new
 // node goes directly behind the first one of an equal key, or to the end of its chain; without, keys are unique, and a
 // new node goes to the head.
@@ -293,8 +132,8 @@ public:
 
     bool Contains(const TKey& key) const { return Find(key) != End(); }
 
-    // Removes the element at pos, value before key; the result is the position of the element that followed. Its node is
-    // the next one that an insertion takes. Takes the debug break for End(), and for an element that is not in this
+    // Removes the element at pos, value before key; the result is the position of the element that followed. Its node
+    // is the next one that an insertion takes. Takes the debug break for End(), and for an element that is not in this
     // container. Constant on average, but for the way to the next bucket in use.
     iterator Erase(iterator pos)
     {
@@ -337,8 +176,9 @@ public:
     // set whose m_bNoRehash is set, before that.
     void Rehash(uint32 nCount)
     {
-        static_assert(alignof(TNode) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
-                      "the node array is aligned as plain operator new aligns: an over-aligned type has no place in it");
+        static_assert(
+            alignof(TNode) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
+            "the node array is aligned as plain operator new aligns: an over-aligned type has no place in it");
         BreakUnless(TFields::MayRehash());
         BreakUnless(m_nSize <= nCount);
         const TFields old = *this;
@@ -366,16 +206,20 @@ public:
             return false;
 
         uint32 nFree = 0;
+        uint32 nUsed = 0;
         uint32 nLastFree = kHashNone;
         for (uint32 nNode = m_nFreeHead; nNode != kHashNone; nNode = m_pNodes[nNode].m_nNext)
         {
             if (nNode >= m_nBucketCount || ++nFree > m_nBucketCount - m_nSize)
                 return false;
+            nUsed = nNode < nUsed ? nUsed : nNode + 1;
             nLastFree = nNode;
         }
+        if (nUsed > m_nSize + nFree)
+            return false;
 
-        // All nodes in use are below the sum of the two counts, and as many as that. A node in two chains has another
-        // bucket's hash, and one in a chain and in the free list would make both end in the same node.
+        // Live and free nodes are as many as the nodes below that sum, so they are these if none is counted twice. A
+        // node in two chains would have two hashes; one in a chain and in the free list, and both would end alike.
         uint32 nLive = 0;
         for (uint32 nBucket = 0; nBucket < m_nBucketCount; ++nBucket)
         {
@@ -443,9 +287,8 @@ private:
 
         const T& In(const THashTable& grown) const
         {
-            return m_pArgument != nullptr
-                     ? *m_pArgument
-                     : *reinterpret_cast<const T*>(AddressOf(grown.m_pNodes) + m_nNewOffset);
+            return m_pArgument != nullptr ? *m_pArgument
+                                          : *reinterpret_cast<const T*>(AddressOf(grown.m_pNodes) + m_nNewOffset);
         }
 
         const T* m_pArgument;
@@ -500,8 +343,8 @@ private:
         --m_nSize;
     }
 
-    // The place of the index of the first node in the bucket's chain that matches: the bucket or the m_nNext of the node
-    // in front. It holds kHashNone, as the chain's last link, if there is no such node.
+    // The place of the index of the first node in the bucket's chain that matches: the bucket or the m_nNext of the
+    // node in front. It holds kHashNone, as the chain's last link, if there is no such node.
     template <class TMatch>
     uint32* FindLink(uint32 nBucket, TMatch matches) const
     {

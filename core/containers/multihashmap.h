@@ -24,8 +24,8 @@ public:
             Insert(pair.Key(), pair.Value());
     }
 
-    // Copies key and value into a new element directly behind the first one of an equal key, or at the end of its bucket
-    // if there is none. Constant on average, however often the key is there; a full table grows first. Key and value may
-    // lie in elements of this container.
+    // Copies key and value into a new element directly behind the first one of an equal key, or at the end of its
+    // bucket if there is none. Constant on average, however often the key is there; a full table grows first. Key and
+    // value may lie in elements of this container.
     typename TMultiHashMap::iterator Insert(const K& key, const V& value) { return this->InsertElement(key, value); }
 };
