@@ -203,7 +203,7 @@ void Find(benchmark::State& state)
     while (queries.size() < static_cast<size_t>(n) + (1 << 17))
     {
         const bool bHit = random() % 100 < nPercentHits;
-        queries.push_back(Key(random() % n + (bHit ? 0 : n)));
+        queries.push_back(Key(static_cast<int64>(random()) % n + (bHit ? 0 : n)));
         sums.push_back(sums.back() + (bHit ? Value(queries.back()) : 0));
     }
     size_t nFirst = 0;
@@ -270,6 +270,7 @@ void Copy(benchmark::State& state)
     Fill(table, n, nSameKeys);
     for (auto _ : state)
     {
+        // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is what is measured.
         const TTable copy(table);
         Consume(state, copy.Get(Key(0)) != 0, 1);
     }
