@@ -139,8 +139,8 @@ TYPED_TEST(TSequenceCollectionsTest, RangeBasedForLoop)
     EXPECT_EQ(9, sum);
 }
 
-#if 0 // nothing to hold to it yet
-// Keys and values come from a factory each, so that each is counted for itself.
+// Keys and values come from a factory each, so that each is
+// counted for itself.
 template <class TCollection>
 class TPairAssociativeCollectionsTest : public testing::Test
 {
@@ -161,14 +161,14 @@ protected:
 
 using PairAssociativeCollections = testing::Types<
     // clang-format off
-    TMap<E, E>
+    THashMap<E, E>,
+    TMultiHashMap<E, E>
     // clang-format on
     >;
 TYPED_TEST_SUITE(TPairAssociativeCollectionsTest, PairAssociativeCollections);
 
-
-
-
+// The keys differ, so containers that keep one pair of a key and those that
+// keep all of them agree.
 TYPED_TEST(TPairAssociativeCollectionsTest, Basic)
 {
     TypeParam col;
@@ -194,8 +194,8 @@ TYPED_TEST(TPairAssociativeCollectionsTest, Basic)
     EXPECT_EQ(4, keySum);
     EXPECT_EQ(11, valueSum);
 }
-#endif
 
+// What every container owes.
 template <class TCollection>
 class TCollectionsTest : public testing::Test
 {
@@ -204,7 +204,7 @@ class TCollectionsTest : public testing::Test
 
 using Collections = testing::Types<
     // clang-format off
-    TBlockArray<E>,
+    TBlockArray<E>, THashMap<E, E>, THashSet<E>, TMultiHashMap<E, E>,
     TSList<E>,
     TList<E>,
     TMaxArray<E, 10>,

@@ -4,7 +4,10 @@
 
 #include "core/containers/array.h"
 #include "core/containers/blockarray.h"
+#include "core/containers/hashmap.h"
+#include "core/containers/hashset.h"
 #include "core/containers/maxarray.h"
+#include "core/containers/multihashmap.h"
 #include "verification/integraltesttype.h"
 
 #include <gtest/gtest.h>
@@ -26,6 +29,12 @@ template <>
 struct TTestFactory<E> : ZIntegralTestFactory
 {
 };
+
+// An element is hashed, like it is compared, by its value alone.
+inline uint32 HashKey(const E& element)
+{
+    return HashKey(element.GetValue());
+}
 
 // Adds in the collection's own way. The lists and the ordered and hashed containers place the value themselves.
 template <class TCollection, class T>
