@@ -39,7 +39,7 @@ char* GetStringPlusString(const char* pszFirst, const char* pszSecond, char (&ac
 {
     const std::string_view first = detail::TextOf(pszFirst);
     const std::string_view second = detail::TextOf(pszSecond);
-    const bool bFits = first.size() + second.size() < N;
+    const bool bFits = first.size() < N && second.size() < N - first.size();
     detail::BreakUnless(bFits);
     char* pEnd = acResult;
     if (bFits)
