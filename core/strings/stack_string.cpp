@@ -1,6 +1,7 @@
 #include "core/strings/stack_string.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -12,24 +13,29 @@ namespace
 // A cut format prints into a temporary of up to this many bytes.
 constexpr uint32 kMaxTemporary = 256 * 1024;
 
-// The entity of a markup character, empty for any other character.
-std::string_view EntityOf(char c)
+// The entities, none shorter than four characters. The first entry stands for all characters that have none.
+struct SEntity
 {
-    switch (c)
-    {
-    case '<':
-        return "&lt;";
-    case '>':
-        return "&gt;";
-    case '&':
-        return "&amp;";
-    case '"':
-        return "&quot;";
-    case '\'':
-        return "&apos;";
-    default:
-        return {};
-    }
+    char m_cCharacter;
+    std::string_view m_text;
+};
+
+constexpr SEntity kEntities[] = {
+    {'\0', {}}, {'<', "&lt;"}, {'>', "&gt;"}, {'&', "&amp;"}, {'"', "&quot;"}, {'\'', "&apos;"},
+};
+
+// For each character its place there. A table, since every character is looked up.
+constexpr auto kEntityOf = []
+{
+    std::array<uint8, 256> places{};
+    for (uint8 i = 1; i < std::size(kEntities); ++i)
+        places[static_cast<uint8>(kEntities[i].m_cCharacter)] = i;
+    return places;
+}();
+
+uint8 EntityOf(char c)
+{
+    return kEntityOf[static_cast<uint8>(c)];
 }
 
 // The longest text of a float: a sign, 39 digits, the point, 149 digits.
@@ -81,15 +87,9 @@ char* WriteExponent(char* pTo, char* pLimit, float value, int nPrecision)
 
 ZStackStringBase::~ZStackStringBase() = default;
 
-void ZStackStringBase::EndAt(char* pBuffer, uint64 nSize)
-{
-    m_nSize = static_cast<uint32>(nSize);
-    pBuffer[nSize] = '\0';
-}
-
 const char* ZStackStringBase::format(const char* pszFormat, ...)
 {
-    pszFormat = detail::TextOf(pszFormat).data();
+    pszFormat = detail::NotNull(pszFormat);
     char* pBuffer = buffer();
     char* pEnd = pBuffer + m_nSize;
     const uint32 nRoom = capacity() - 1 - m_nSize;
@@ -120,7 +120,7 @@ const char* ZStackStringBase::format(const char* pszFormat, ...)
     return pBuffer;
 }
 
-void ZStackStringBase::append(std::string_view text)
+void ZStackStringBase::AppendCutting(std::string_view text)
 {
     if (text.empty())
         return;
@@ -132,12 +132,11 @@ void ZStackStringBase::append(std::string_view text)
     EndAt(pBuffer, nOld + nNew);
 }
 
-void ZStackStringBase::prepend(std::string_view text)
+void ZStackStringBase::Prepend(char* pBuffer, uint32 nCapacity, std::string_view text)
 {
     if (text.empty())
         return;
-    char* pBuffer = buffer();
-    const uint64 nMax = capacity() - 1;
+    const uint64 nMax = nCapacity - 1;
     const char* pText = text.data();
     uint64 nAt = 0;
 
@@ -182,47 +181,33 @@ ZStackStringBase& ZStackStringBase::appendFloat(float value, char cFormat, int n
 void ZStackStringBase::xmlEncode()
 {
     char* pBuffer = buffer();
+    char* const pLimit = pBuffer + capacity() - 1;
+    char* const pEnd = pBuffer + m_nSize;
+    char* pTo = std::find_if(pBuffer, pEnd, EntityOf);
+    if (pTo == pEnd)
+        return;
 
-    // Forwards: which characters get their entity. The others change to "?" here, so that the way back knows them.
-    uint64 nRoom = capacity() - 1 - m_nSize;
-    uint64 nGrowth = 0;
-    for (char* p = pBuffer; p != pBuffer + m_nSize; ++p)
+    // What follows moves to the end of the buffer, and from there back to its place, growing. The gap between reading
+    // and writing is the room that is left.
+    const char* pFrom = std::copy_backward(pTo, pEnd, pLimit);
+    while (pFrom != pLimit)
     {
-        const std::string_view entity = EntityOf(*p);
+        const char c = *pFrom++;
+        const std::string_view entity = kEntities[EntityOf(c)].m_text;
         if (entity.empty())
+        {
+            *pTo++ = c;
             continue;
-        const uint64 nCost = entity.size() - 1;
-        if (nCost <= nRoom)
-        {
-            nRoom -= nCost;
-            nGrowth += nCost;
         }
-        else
+        if (static_cast<std::ptrdiff_t>(entity.size()) > pFrom - pTo)
         {
-            *p = '?';
+            *pTo++ = '?';
+            continue;
         }
+        // Its first and its last four characters: two moves, where a copy by its length would be a call.
+        std::memcpy(pTo, entity.data(), 4);
+        pTo += entity.size();
+        std::memcpy(pTo - 4, entity.data() + entity.size() - 4, 4);
     }
-
-    // Backwards: everything goes to its place, the last character first. In front of the first entity nothing moves.
-    char* pFrom = pBuffer + m_nSize;
-    EndAt(pBuffer, m_nSize + nGrowth);
-    for (char* pTo = pBuffer + m_nSize; pTo != pFrom;)
-    {
-        const char c = *--pFrom;
-        const std::string_view entity = EntityOf(c);
-        if (entity.empty())
-        {
-            *--pTo = c;
-        }
-        else
-        {
-            pTo -= entity.size();
-            std::memcpy(pTo, entity.data(), entity.size());
-        }
-    }
-}
-
-void ZStackStringBase::clear()
-{
-    EndAt(buffer(), 0);
+    EndAt(pBuffer, static_cast<uint64>(pTo - pBuffer));
 }

@@ -44,15 +44,36 @@ public:
     // Appends the text. What does not fit is cut from the end of the old text, and of the new one only what does not
     // fit alone.
     void append(const char* pszText) { append(detail::TextOf(pszText)); }
-    void append(std::string_view text);
+    void append(std::string_view text)
+    {
+        char* pBuffer = buffer();
+        const uint64 nRoom = capacity() - uint64{1} - m_nSize;
+        if (text.size() - 1 >= nRoom)
+            return AppendCutting(text);
+        std::memcpy(pBuffer + m_nSize, text.data(), text.size());
+        EndAt(pBuffer, m_nSize + text.size());
+    }
 
     // Puts the text in front. What does not fit is cut from the end of the result.
     void prepend(const char* pszText) { prepend(detail::TextOf(pszText)); }
-    void prepend(std::string_view text);
+    void prepend(std::string_view text) { Prepend(buffer(), capacity(), text); }
 
     // Appends one character, by the rule of append: in a full string it takes the place of the last one. NUL is a
     // character like any other and counts; as a C string the text then ends there.
-    ZStackStringBase& appendChar(char c) { return append(std::string_view(&c, 1)), *this; }
+    ZStackStringBase& appendChar(char c)
+    {
+        if (m_nSize + uint64{1} < capacity())
+        {
+            char* pBuffer = buffer();
+            pBuffer[m_nSize] = c;
+            EndAt(pBuffer, m_nSize + 1);
+        }
+        else
+        {
+            append(std::string_view(&c, 1));
+        }
+        return *this;
+    }
 
     // Appends the value, by the rule of append, with nPrecision digits behind the point: "-63.141498" for 'f',
     // "-6.314149e+001" for 'e'. The digits are those of the exact binary value, cut and never rounded.
@@ -71,7 +92,7 @@ public:
     void xmlEncode();
 
     // Makes the string empty.
-    void clear();
+    void clear() { EndAt(buffer(), 0); }
 
     // The text, NUL-terminated, for as long as the string lives and is not changed.
     const char* get() const { return const_cast<ZStackStringBase*>(this)->buffer(); }
@@ -93,7 +114,14 @@ private:
     virtual char* buffer() = 0;
     virtual uint32 capacity() const = 0;
 
-    void EndAt(char* pBuffer, uint64 nSize);
+    void AppendCutting(std::string_view text);
+    void Prepend(char* pBuffer, uint32 nCapacity, std::string_view text);
+
+    void EndAt(char* pBuffer, uint64 nSize)
+    {
+        m_nSize = static_cast<uint32>(nSize);
+        pBuffer[nSize] = '\0';
+    }
 
     uint32 m_nSize = 0;
 };

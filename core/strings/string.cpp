@@ -4,57 +4,43 @@
 #include <cstring>
 #include <ostream>
 
-ZString::ZString(std::string_view first, std::string_view second)
+namespace
 {
-    const uint64 nLength = uint64{first.size()} + second.size();
-    detail::BreakUnless(nLength <= kMaxLength);
-    if (nLength == 0 || nLength > kMaxLength)
-        return;
-
+// A block for a text of nLength characters with its terminator, which is in place.
+char* AllocateChars(uint64 nLength)
+{
     char* pChars = static_cast<char*>(GetNormalAllocator()->Allocate(nLength + 1, 1, 0));
-    std::memcpy(pChars, first.data(), first.size());
-    std::memcpy(pChars + first.size(), second.data(), second.size());
     pChars[nLength] = '\0';
-    m_nLength = static_cast<uint32>(nLength);
-    m_pChars = pChars;
+    return pChars;
 }
 
-ZString::ZString(std::string_view text) : ZString(text, "") {}
-
-ZString::ZString(const ZString& other)
+char* CopyChars(std::string_view text)
 {
-    if (other.IsBorrowed())
+    char* pChars = AllocateChars(text.size());
+    std::memcpy(pChars, text.data(), text.size());
+    return pChars;
+}
+
+// Whether there is something to allocate. A text that is too long takes the debug break, and counts as none then.
+bool NeedsBlock(uint64 nLength)
+{
+    detail::BreakUnless(nLength <= ZString::kMaxLength);
+    return nLength != 0 && nLength <= ZString::kMaxLength;
+}
+} // namespace
+
+ZString::ZString(std::string_view text)
+{
+    if (NeedsBlock(text.size()))
     {
-        m_nLength = other.m_nLength;
-        m_pChars = other.m_pChars;
-    }
-    else
-    {
-        *this = ZString(std::string_view(other));
+        m_nLength = static_cast<uint32>(text.size());
+        m_pChars = CopyChars(text);
     }
 }
 
-ZString& ZString::operator=(const ZString& other)
+void ZString::CopyBlock()
 {
-    if (this != &other)
-        *this = ZString(other);
-    return *this;
-}
-
-ZString& ZString::operator=(ZString&& other) noexcept
-{
-    if (this == &other)
-        return *this;
-    if (!IsBorrowed())
-        FreeBlock();
-    m_nLength = std::exchange(other.m_nLength, kBorrowed);
-    m_pChars = std::exchange(other.m_pChars, "");
-    return *this;
-}
-
-void ZString::FreeBlock()
-{
-    GetNormalAllocator()->Free(const_cast<char*>(m_pChars));
+    m_pChars = CopyChars(*this);
 }
 
 ZString ZString::AllocateFromCString(const char* pszText, int64 nLength)
@@ -90,20 +76,31 @@ ZString ZString::Substring(int64 nStart, int64 nLength) const
     if (nStart >= Length() || nLength <= 0)
         return {};
 
-    ZString piece;
     const int64 nBehind = Length() - nStart;
+    ZString piece;
+    piece.m_nLength = kBorrowed | static_cast<uint32>(std::min(nLength, nBehind));
+    piece.m_pChars = m_pChars + nStart;
     if (IsBorrowed() && nLength >= nBehind)
-    {
-        piece.m_nLength = kBorrowed | static_cast<uint32>(nBehind);
-        piece.m_pChars = m_pChars + nStart;
         return piece;
-    }
-    return ZString(std::string_view(m_pChars + nStart, static_cast<uint64>(std::min(nLength, nBehind))));
+    piece.m_pChars = CopyChars(piece);
+    piece.m_nLength &= ~kBorrowed;
+    return piece;
 }
 
 ZString operator+(const ZString& first, const ZString& second)
 {
-    return ZString(std::string_view(first), std::string_view(second));
+    const std::string_view head = first;
+    const std::string_view tail = second;
+    ZString text;
+    if (NeedsBlock(head.size() + tail.size()))
+    {
+        char* pChars = AllocateChars(head.size() + tail.size());
+        std::memcpy(pChars, head.data(), head.size());
+        std::memcpy(pChars + head.size(), tail.data(), tail.size());
+        text.m_nLength = static_cast<uint32>(head.size() + tail.size());
+        text.m_pChars = pChars;
+    }
+    return text;
 }
 
 std::ostream& operator<<(std::ostream& stream, const ZString& text)

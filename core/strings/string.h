@@ -76,8 +76,13 @@ public:
     {
     }
 
-    // A copy refers to the same literal, or owns a block of its own.
-    ZString(const ZString& other);
+    // A copy refers to the same literal, or owns a block of its own. Blocks are not shared, so that a copy is also the
+    // way to bring a text under the allocator of the moment.
+    constexpr ZString(const ZString& other) noexcept : m_nLength(other.m_nLength), m_pChars(other.m_pChars)
+    {
+        if (!IsBorrowed())
+            CopyBlock();
+    }
 
     // Takes the text over, without an allocator call. The source is left empty.
     constexpr ZString(ZString&& other) noexcept
@@ -95,8 +100,23 @@ public:
     }
 
     // The new text is complete before the old one is freed. Assigning a string to itself has no effect.
-    ZString& operator=(const ZString& other);
-    ZString& operator=(ZString&& other) noexcept;
+    ZString& operator=(const ZString& other)
+    {
+        if (this != &other)
+            *this = ZString(other);
+        return *this;
+    }
+
+    ZString& operator=(ZString&& other) noexcept
+    {
+        if (this == &other)
+            return *this;
+        if (!IsBorrowed())
+            FreeBlock();
+        m_nLength = std::exchange(other.m_nLength, kBorrowed);
+        m_pChars = std::exchange(other.m_pChars, "");
+        return *this;
+    }
 
     // A new string with nLength characters of pszText, the rules being those of the constructor above: a negative
     // length counts as one that is too large. Null gives an empty string.
@@ -139,9 +159,6 @@ private:
 
     friend KX_API ZString operator+(const ZString& first, const ZString& second);
 
-    // A copy of two texts, one behind the other. No null views.
-    ZString(std::string_view first, std::string_view second);
-
     static std::string_view TextWithin(const char* pBuffer, uint64 nSize)
     {
         const std::string_view buffer(pBuffer, nSize);
@@ -149,7 +166,8 @@ private:
     }
 
     constexpr bool IsBorrowed() const { return (m_nLength & kBorrowed) != 0; }
-    void FreeBlock();
+    void CopyBlock();
+    void FreeBlock() { GetNormalAllocator()->Free(const_cast<char*>(m_pChars)); }
 
     uint32 m_nLength = kBorrowed;
     const char* m_pChars = "";

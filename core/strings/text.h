@@ -5,9 +5,13 @@
 
 namespace detail
 {
-// The characters of a C string. Never null, so that the result can be handed to memcpy.
-constexpr std::string_view TextOf(const char* pszText)
+constexpr const char* NotNull(const char* pszText)
 {
     return pszText != nullptr ? pszText : "";
+}
+
+constexpr std::string_view TextOf(const char* pszText)
+{
+    return NotNull(pszText);
 }
 } // namespace detail
