@@ -47,11 +47,11 @@ public:
     void append(std::string_view text)
     {
         char* pBuffer = buffer();
-        const uint64 nRoom = capacity() - uint64{1} - m_nSize;
-        if (text.size() - 1 >= nRoom)
+        const uint64 nSize = m_nSize + uint64{text.size()};
+        if (text.empty() || nSize >= capacity())
             return AppendCutting(text);
         std::memcpy(pBuffer + m_nSize, text.data(), text.size());
-        EndAt(pBuffer, m_nSize + text.size());
+        EndAt(pBuffer, nSize);
     }
 
     // Puts the text in front. What does not fit is cut from the end of the result.
@@ -62,16 +62,12 @@ public:
     // character like any other and counts; as a C string the text then ends there.
     ZStackStringBase& appendChar(char c)
     {
-        if (m_nSize + uint64{1} < capacity())
-        {
-            char* pBuffer = buffer();
-            pBuffer[m_nSize] = c;
-            EndAt(pBuffer, m_nSize + 1);
-        }
-        else
-        {
-            append(std::string_view(&c, 1));
-        }
+        char* pBuffer = buffer();
+        const uint64 nSize = m_nSize + uint64{1};
+        if (nSize >= capacity())
+            return AppendCutting(std::string_view(&c, 1)), *this;
+        pBuffer[m_nSize] = c;
+        EndAt(pBuffer, nSize);
         return *this;
     }
 
