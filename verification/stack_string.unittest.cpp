@@ -198,54 +198,21 @@ TEST(StackString, overflowInAppend)
 
 TEST(StringFunc, StringFromFloat)
 {
+    const struct
+    {
+        float value;
+        char format;
+        const char* text;
+    } rows[] = {
+        {3.1415f, 'f', "3.141499"},       {-63.1415f, 'f', "-63.141498"},     {0.0099999f, 'f', "0.009999"},
+        {230.0f, 'f', "230.000000"},      {-0.01f, 'f', "-0.009999"},         {0.0f, 'f', "0.000000"},
+        {230.0f, 'e', "2.300000e+002"},   {-63.1415f, 'e', "-6.314149e+001"}, {-0.01f, 'e', "-9.999999e-003"},
+        {-0.015f, 'e', "-1.499999e-002"},
+    };
+    for (const auto& row : rows)
     {
         ZGuardedStackString<256> str0;
-        str0.appendFloat(3.1415f, 'f', 6);
-        EXPECT_STREQ("3.141499", str0.get());
-    }
-    {
-        ZGuardedStackString<256> str0;
-        str0.appendFloat(-63.1415f, 'f', 6);
-        EXPECT_STREQ("-63.141498", str0.get());
-    }
-    {
-        ZGuardedStackString<256> str0;
-        str0.appendFloat(0.0099999f, 'f', 6);
-        EXPECT_STREQ("0.009999", str0.get());
-    }
-    {
-        ZGuardedStackString<256> str0;
-        str0.appendFloat(230.0f, 'f', 6);
-        EXPECT_STREQ("230.000000", str0.get());
-    }
-    {
-        ZGuardedStackString<256> str0;
-        str0.appendFloat(-0.01f, 'f', 6);
-        EXPECT_STREQ("-0.009999", str0.get());
-    }
-    {
-        ZGuardedStackString<256> str0;
-        str0.appendFloat(0.0f, 'f', 6);
-        EXPECT_STREQ("0.000000", str0.get());
-    }
-    {
-        ZGuardedStackString<256> str0;
-        str0.appendFloat(230.0f, 'e', 6);
-        EXPECT_STREQ("2.300000e+002", str0.get());
-    }
-    {
-        ZGuardedStackString<256> str0;
-        str0.appendFloat(-63.1415f, 'e', 6);
-        EXPECT_STREQ("-6.314149e+001", str0.get());
-    }
-    {
-        ZGuardedStackString<256> str0;
-        str0.appendFloat(-0.01f, 'e', 6);
-        EXPECT_STREQ("-9.999999e-003", str0.get());
-    }
-    {
-        ZGuardedStackString<256> str0;
-        str0.appendFloat(-0.015f, 'e', 6);
-        EXPECT_STREQ("-1.499999e-002", str0.get());
+        str0.appendFloat(row.value, row.format, 6);
+        EXPECT_STREQ(row.text, str0.get());
     }
 }
