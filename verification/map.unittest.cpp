@@ -67,7 +67,7 @@ TEST_F(TMapTest, GettingElements)
     EXPECT_EQ(300, mapRef.GetValue(5, 77));
     EXPECT_EQ(77, mapRef.GetValue(15, 77));
 }
-// From here on, a line is a step of a walk.
+
 // clang-format off
 TEST_F(TMapTest, Iterators)
 {
