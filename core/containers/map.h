@@ -38,7 +38,7 @@ public:
     // map. Logarithmic; for a new key one allocation and two copies of key and value, of which a temporary pair is one.
     V& operator[](const K& key) requires std::default_initializable<V>
     {
-        typename TMap::SPlace place;
+        typename TMap::SPlace place = this->InsertionStart(key);
         if (auto* pNode = this->FindNode(key, place))
             return pNode->m_Element.Value();
         return this->InsertMissing(Pair(key, V()), place)->Value();
@@ -69,7 +69,7 @@ public:
     // element. Logarithmic; for a new key one allocation and two copies of key and value, one if they come as a pair.
     TTreeIterator<Pair> Insert(const K& key, const V& value)
     {
-        typename TMap::SPlace place;
+        typename TMap::SPlace place = this->InsertionStart(key);
         if (auto* pNode = this->FindNode(key, place))
             return Assign(pNode, value);
         return this->InsertMissing(Pair(key, value), place);
@@ -77,7 +77,7 @@ public:
 
     TTreeIterator<Pair> Insert(const Pair& pair)
     {
-        typename TMap::SPlace place;
+        typename TMap::SPlace place = this->InsertionStart(pair.Key());
         if (auto* pNode = this->FindNode(pair.Key(), place))
             return Assign(pNode, pair.Value());
         return this->InsertMissing(pair, place);

@@ -23,7 +23,7 @@ public:
     // set, whichever it is; only Size() tells. Logarithmic; one allocation and one copy, or none.
     TTreeIterator<T> Insert(const T& value)
     {
-        typename TSet::SPlace place;
+        typename TSet::SPlace place = this->InsertionStart(value);
         if (auto* pNode = this->FindNode(value, place))
             return this->PositionOf(pNode);
         return this->InsertMissing(value, place);
