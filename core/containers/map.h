@@ -38,10 +38,10 @@ public:
     // map. Logarithmic; for a new key one allocation and two copies of key and value, of which a temporary pair is one.
     V& operator[](const K& key) requires std::default_initializable<V>
     {
-        typename TMap::SPlace place = this->InsertionStart(key);
-        if (auto* pNode = this->FindNode(key, place))
+        typename TMap::SWay way;
+        if (auto* pNode = this->template FindNode<true>(key, way))
             return pNode->m_Element.Value();
-        return this->InsertMissing(Pair(key, V()), place)->Value();
+        return this->InsertMissing(Pair(key, V()), way)->Value();
     }
 
     // The value of the key. A missing key takes the debug break; resumed, the result is a null reference.
@@ -69,18 +69,18 @@ public:
     // element. Logarithmic; for a new key one allocation and two copies of key and value, one if they come as a pair.
     TTreeIterator<Pair> Insert(const K& key, const V& value)
     {
-        typename TMap::SPlace place = this->InsertionStart(key);
-        if (auto* pNode = this->FindNode(key, place))
+        typename TMap::SWay way;
+        if (auto* pNode = this->template FindNode<true>(key, way))
             return Assign(pNode, value);
-        return this->InsertMissing(Pair(key, value), place);
+        return this->InsertMissing(Pair(key, value), way);
     }
 
     TTreeIterator<Pair> Insert(const Pair& pair)
     {
-        typename TMap::SPlace place = this->InsertionStart(pair.Key());
-        if (auto* pNode = this->FindNode(pair.Key(), place))
+        typename TMap::SWay way;
+        if (auto* pNode = this->template FindNode<true>(pair.Key(), way))
             return Assign(pNode, pair.Value());
-        return this->InsertMissing(pair, place);
+        return this->InsertMissing(pair, way);
     }
 
     // Stands before the first value.

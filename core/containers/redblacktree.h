@@ -238,10 +238,6 @@ class TOrderedTree
     using Links = SRedBlackTreeLinks;
     using Node = SRedBlackTreeNode<T>;
 
-    // Whether a comparison can be left out or repeated without anybody noticing.
-    static constexpr bool kSilentLess =
-        std::is_arithmetic_v<typename TTreeKey<T>::Type> || std::is_pointer_v<typename TTreeKey<T>::Type>;
-
 public:
     using value_type = T;
     using key_type = typename TTreeKey<T>::Type;
@@ -331,6 +327,15 @@ protected:
         uint32 m_nSide;
     };
 
+    // The way of a search that found nothing, to the place where it would have been: bit i of m_nTurns is the side
+    // taken at step i. A tree of less than 2^31 elements is at most 62 steps high.
+    struct SWay
+    {
+        SPlace m_place;
+        uint64 m_nTurns;
+        uint32 m_nSteps;
+    };
+
     TOrderedTree() = default;
 
     // Copies the nodes with their colours, so the shape too: an allocation and a copy for each, no comparison, each
@@ -380,42 +385,39 @@ protected:
         AdoptRoot();
     }
 
-    // The node of the element of that key, or null, and then place is where one of that key would go. The search goes
-    // on from place.
+    // The node of the element of that key, or null, and then way tells where one would go.
     //
-    // The sides are numbers and not branches: which way it goes is chance, and a processor guesses it wrong every other
-    // time.
-    Node* FindNode(const key_type& key, SPlace& place) const
+    // Sides are numbers and not branches: a search turns at random, which a processor guesses wrong every other time.
+    // But keys are often inserted in ascending order; so bInserting begins with a branch, as long as the way goes down
+    // the right edge. It also fetches both children, since the balancing is going to look at the one that is passed by.
+    template <bool bInserting>
+    Node* FindNode(const key_type& key, SWay& way) const
     {
-        Links* pNode = place.m_pParent->m_pChild[place.m_nSide];
+        way = {{Header(), 0}, 0, 0};
+        [[maybe_unused]] bool bRightEdge = true;
+        Links* pNode = m_links.m_pChild[1];
         while (pNode != nullptr)
         {
-            const key_type& at = KeyOf(pNode);
-            const uint32 nSide = at < key;
-            if (nSide == 0 && !(key < at))
+            const uint32 nSide = KeyOf(pNode) < key;
+            if (nSide == 0 && !(key < KeyOf(pNode)))
             {
-                BreakUnless(!(at < key) && !(key < at));
+                BreakUnless(!(KeyOf(pNode) < key) && !(key < KeyOf(pNode)));
                 break;
             }
-            place = {pNode, nSide};
+            way = {{pNode, nSide}, way.m_nTurns | uint64{nSide} << way.m_nSteps, way.m_nSteps + 1};
+            if constexpr (bInserting)
+            {
+                bRightEdge = bRightEdge && nSide == 1;
+                if (bRightEdge)
+                {
+                    pNode = pNode->m_pChild[1];
+                    continue;
+                }
+                PrefetchChildren(pNode);
+            }
             pNode = pNode->m_pChild[nSide];
         }
         return static_cast<Node*>(pNode);
-    }
-
-    SPlace Top() const { return {Header(), 0}; }
-
-    // Where the search of an insertion begins. Keys often come in ascending order; then the way is always to the right,
-    // and a branch, which is guessed right, is faster. At the first turn FindNode takes over.
-    SPlace InsertionStart(const key_type& key) const
-    {
-        SPlace place = Top();
-        if constexpr (kSilentLess)
-        {
-            for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr && KeyOf(pNode) < key; pNode = pNode->m_pChild[1])
-                place = {pNode, 1};
-        }
-        return place;
     }
 
     // Inserts a copy before all elements that are equivalent to it. One allocation; the copy is made first, then its
@@ -426,14 +428,19 @@ protected:
         return LinkIn(pNode, FindInsertPosition(TTreeKey<T>::Of(value)));
     }
 
-    // InsertNew, where FindNode has just found this place and no element. Any search would go the same way again; but
-    // where the comparisons are calls of somebody's function they are made, as often as the key is looked for.
-    iterator InsertMissing(const T& value, SPlace place)
+    // InsertNew, where FindNode has just gone this way and found no element. A second search would go the same way
+    // again. Its comparisons are made, since somebody may count them; where the compiler sees that they have no effect,
+    // it leaves out the whole loop.
+    iterator InsertMissing(const T& value, const SWay& way)
     {
-        if constexpr (kSilentLess)
-            return LinkIn(CreateNode(value), place);
-        else
-            return InsertNew(value);
+        Node* pNode = CreateNode(value);
+        const Links* pPassed = m_links.m_pChild[0];
+        for (uint32 nStep = 0; nStep < way.m_nSteps; ++nStep)
+        {
+            static_cast<void>(KeyOf(pPassed) < TTreeKey<T>::Of(value));
+            pPassed = pPassed->m_pChild[way.m_nTurns >> nStep & 1];
+        }
+        return LinkIn(pNode, way.m_place);
     }
 
     // The tree object as the node that it is to the walk.
@@ -449,8 +456,8 @@ private:
 
     Links* FindOrHeader(const key_type& key) const
     {
-        SPlace place = Top();
-        Links* pNode = FindNode(key, place);
+        SWay way;
+        Links* pNode = FindNode<false>(key, way);
         return pNode != nullptr ? pNode : Header();
     }
 
@@ -469,10 +476,25 @@ private:
 
     SPlace FindInsertPosition(const key_type& key) const
     {
-        SPlace place = InsertionStart(key);
-        while (Links* pNode = place.m_pParent->m_pChild[place.m_nSide])
+        SPlace place{Header(), 0};
+        for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr; pNode = pNode->m_pChild[1])
+        {
             place = {pNode, KeyOf(pNode) < key};
+            if (place.m_nSide == 0)
+                break;
+        }
+        while (Links* pNode = place.m_pParent->m_pChild[place.m_nSide])
+        {
+            PrefetchChildren(pNode);
+            place = {pNode, KeyOf(pNode) < key};
+        }
         return place;
+    }
+
+    static void PrefetchChildren(const Links* pNode)
+    {
+        Prefetch(pNode->m_pChild[0]);
+        Prefetch(pNode->m_pChild[1]);
     }
 
     iterator LinkIn(Node* pNode, SPlace place)

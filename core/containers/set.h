@@ -23,10 +23,10 @@ public:
     // set, whichever it is; only Size() tells. Logarithmic; one allocation and one copy, or none.
     TTreeIterator<T> Insert(const T& value)
     {
-        typename TSet::SPlace place = this->InsertionStart(value);
-        if (auto* pNode = this->FindNode(value, place))
+        typename TSet::SWay way;
+        if (auto* pNode = this->template FindNode<true>(value, way))
             return this->PositionOf(pNode);
-        return this->InsertMissing(value, place);
+        return this->InsertMissing(value, way);
     }
 
     // Exchanges the elements. None is touched, and iterators to them stay valid and belong to the other set now.
