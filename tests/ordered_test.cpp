@@ -19,7 +19,7 @@ static bool operator<(const Logged& left, const Logged& right)
 template class TRedBlackTree<int>;
 template class TSet<Logged>;
 template class TMultiSet<int>;
-template class TMap<Logged, Logged>;
+template class TMap<Logged, int>;
 template class TMultiMap<int, std::string>;
 
 static_assert(std::forward_iterator<TTreeIterator<int>> && std::forward_iterator<TTreeConstIterator<int>>);
