@@ -39,7 +39,7 @@ using Links = detail::SRedBlackTreeLinks;
 template <class T>
 Links* NodeAt(TTreeIterator<T> pos)
 {
-    return detail::NodeOf<detail::kElementDistance<T>>(pos.operator->());
+    return detail::NodeOf<Links>(pos.operator->());
 }
 
 // The logged numbers 1 to n in that order, and a clean journal.

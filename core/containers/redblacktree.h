@@ -33,9 +33,9 @@
 
 #include "core/containers/keyvaluepair.h"
 #include "core/containers/lifetime.h"
+#include "core/containers/nodeiterator.h"
 #include "core/memory/memorymanager.h"
 
-#include <concepts>
 #include <cstddef>
 #include <initializer_list>
 #include <type_traits>
@@ -107,111 +107,19 @@ inline SRedBlackTreeLinks* NextNode(SRedBlackTreeLinks* pNode)
     return pParent != nullptr ? pParent : pNode;
 }
 
-// How far behind the start of an object the member lies that follows nBytes of others.
-constexpr std::size_t MemberDistance(std::size_t nBytes, std::size_t nAlignment)
-{
-    return (nBytes + nAlignment - 1) / nAlignment * nAlignment;
-}
-
-// The distance of the element in a node, and of m_nSize in the tree object. Not offsetof, which is for
-// standard-layout types alone.
-template <class T>
-inline constexpr std::size_t kElementDistance = MemberDistance(sizeof(SRedBlackTreeLinks), alignof(T));
-
-// From a node to its part at a distance and back. Where the node is a header nothing of the part's type is there, and
-// maybe nothing at all; so the address is worked out as a number.
-template <class TPart, std::size_t kDistance>
-TPart* PartOf(const SRedBlackTreeLinks* pNode)
-{
-    return reinterpret_cast<TPart*>(AddressOf(pNode) + kDistance);
-}
-
-template <std::size_t kDistance, class TPart>
-SRedBlackTreeLinks* NodeOf(const TPart* pPart)
-{
-    return reinterpret_cast<SRedBlackTreeLinks*>(AddressOf(pPart) - kDistance);
-}
-
-template <std::size_t kDistance, class TPart>
-TPart* NextPart(TPart* pPart)
-{
-    return PartOf<TPart, kDistance>(NextNode(NodeOf<kDistance>(pPart)));
-}
-
-// Walks a tree and shows the part at kDistance of each node.
-template <class TPart, std::size_t kDistance>
-class TTreePartEnumerator
-{
-public:
-    explicit TTreePartEnumerator(const SRedBlackTreeLinks* pHeader)
-        : m_pCurrent(PartOf<TPart, kDistance>(pHeader)), m_pEnd(m_pCurrent)
-    {
-    }
-
-    // Advances; true exactly when the enumerator then stands on an element. It begins before the first element, and
-    // after false the walk starts over.
-    bool MoveNext()
-    {
-        m_pCurrent = NextPart<kDistance>(m_pCurrent);
-        return m_pCurrent != m_pEnd;
-    }
-
-    // What it stands on. Takes the debug break where that is no element, which after a false MoveNext() it is not.
-    TPart& Current() const
-    {
-        BreakUnless(m_pCurrent != m_pEnd);
-        return *m_pCurrent;
-    }
-
-private:
-    TPart* m_pCurrent;
-    TPart* m_pEnd;
-};
 } // namespace detail
 
-// A position in a tree: the address of the element, or that of the tree's m_nSize behind the last one. T is const for a
-// read-only walk. The element of a set may be changed only in ways that keep its place in the order.
+// A forward iterator; see detail::TNodeIterator. A step goes from the last element to End() and from there to the first
+// one, amortised constant. The element of a set may be changed only in ways that keep its place in the order.
 template <class T>
-class TTreeIterator
-{
-public:
-    using value_type = std::remove_const_t<T>;
-    using difference_type = std::ptrdiff_t;
-
-    TTreeIterator() = default;
-    explicit TTreeIterator(T* pElement) : m_pElement(pElement) {}
-
-    operator TTreeIterator<const T>() const requires(!std::is_const_v<T>) { return TTreeIterator<const T>(m_pElement); }
-
-    T& operator*() const { return *m_pElement; }
-    T* operator->() const { return m_pElement; }
-
-    // One step on; from the last element to End(), and from End() to the first. Amortised constant.
-    TTreeIterator& operator++()
-    {
-        m_pElement = detail::NextPart<detail::kElementDistance<T>>(m_pElement);
-        return *this;
-    }
-
-    TTreeIterator operator++(int)
-    {
-        const TTreeIterator old = *this;
-        ++*this;
-        return old;
-    }
-
-    friend bool operator==(TTreeIterator left, TTreeIterator right) { return left.m_pElement == right.m_pElement; }
-
-private:
-    T* m_pElement = nullptr;
-};
+using TTreeIterator = detail::TNodeIterator<T, detail::SRedBlackTreeLinks>;
 
 template <class T>
 using TTreeConstIterator = TTreeIterator<const T>;
 
-// Walks the elements; T is const for a read-only walk.
+// See detail::TNodeEnumerator. After its MoveNext() was false it starts over from the first element.
 template <class T>
-using TTreeEnumerator = detail::TTreePartEnumerator<T, detail::kElementDistance<T>>;
+using TTreeEnumerator = detail::TNodeEnumerator<T, detail::SRedBlackTreeLinks>;
 
 namespace detail
 {
@@ -259,8 +167,8 @@ public:
     const_iterator end() const { return End(); }
 
     // Stands before the first element.
-    TTreeEnumerator<T> GetEnumerator() { return TTreeEnumerator<T>(Header()); }
-    TTreeEnumerator<const T> GetEnumerator() const { return TTreeEnumerator<const T>(Header()); }
+    TTreeEnumerator<T> GetEnumerator() { return {End().operator->(), End().operator->()}; }
+    TTreeEnumerator<const T> GetEnumerator() const { return {End().operator->(), End().operator->()}; }
 
     // The element of that key, End() if there is none. Logarithmic. Of several it is the one that stands highest in the
     // tree, which need not be the first in order. Takes the debug break where operator< contradicts itself.
@@ -279,7 +187,7 @@ public:
     // constant over a walk.
     iterator Erase(const_iterator pos)
     {
-        Links* pNode = NodeOf<kElementDistance<T>>(pos.operator->());
+        Links* pNode = NodeOf<Links>(pos.operator->());
         BreakUnless(pNode != Header());
         Links* pNext = NextNode(pNode);
         RemoveElement(pNode);
@@ -348,9 +256,10 @@ protected:
 
     ~TOrderedTree()
     {
-        static_assert(offsetof(TOrderedTree, m_links) == 0 && offsetof(TOrderedTree, m_nSize) == kElementDistance<T>,
+        constexpr std::uintptr_t kOffset = kElementOffset<T, Links>;
+        static_assert(offsetof(TOrderedTree, m_links) == 0 && offsetof(TOrderedTree, m_nSize) == kOffset,
                       "the count must stand in the tree object where the element stands in a node");
-        static_assert(sizeof(Node) == MemberDistance(kElementDistance<T> + sizeof(T), alignof(Node)),
+        static_assert(kOffset + sizeof(T) <= sizeof(Node) && sizeof(Node) < kOffset + sizeof(T) + alignof(Node),
                       "the element must follow the links of its node directly");
         if (m_nSize > 0)
             DestroyTree(m_links.m_pChild[1]);
@@ -446,7 +355,7 @@ protected:
     // The tree object as the node that it is to the walk.
     Links* Header() const { return const_cast<Links*>(&m_links); }
 
-    static iterator PositionOf(Links* pNode) { return iterator(PartOf<T, kElementDistance<T>>(pNode)); }
+    static iterator PositionOf(Links* pNode) { return iterator(ElementOf<T>(pNode)); }
 
 private:
     static const key_type& KeyOf(const Links* pNode)
