@@ -18,6 +18,7 @@ static bool operator<(const Logged& left, const Logged& right)
 
 template class TRedBlackTree<int>;
 template class TSet<Logged>;
+template class TSet<TKeyValuePair<int, int>>;
 template class TMultiSet<int>;
 template class TMap<Logged, int>;
 template class TMultiMap<int, std::string>;

@@ -38,7 +38,6 @@
 
 #include <cstddef>
 #include <initializer_list>
-#include <type_traits>
 #include <utility>
 
 namespace detail
@@ -106,7 +105,6 @@ inline SRedBlackTreeLinks* NextNode(SRedBlackTreeLinks* pNode)
     }
     return pParent != nullptr ? pParent : pNode;
 }
-
 } // namespace detail
 
 // A forward iterator; see detail::TNodeIterator. A step goes from the last element to End() and from there to the first
@@ -152,102 +150,11 @@ public:
     using iterator = TTreeIterator<T>;
     using const_iterator = TTreeConstIterator<T>;
 
-    // The number of elements, and whether there are none.
-    uint32 Size() const { return static_cast<uint32>(m_nSize); }
-    bool IsEmpty() const { return m_nSize == 0; }
-
-    // Begin() is a descent, logarithmic in the size; End() is constant.
-    iterator Begin() { return ++End(); }
-    iterator End() { return PositionOf(Header()); }
-    const_iterator Begin() const { return ++End(); }
-    const_iterator End() const { return PositionOf(Header()); }
-    iterator begin() { return Begin(); }
-    iterator end() { return End(); }
-    const_iterator begin() const { return Begin(); }
-    const_iterator end() const { return End(); }
-
-    // Stands before the first element.
-    TTreeEnumerator<T> GetEnumerator() { return {End().operator->(), End().operator->()}; }
-    TTreeEnumerator<const T> GetEnumerator() const { return {End().operator->(), End().operator->()}; }
-
-    // The element of that key, End() if there is none. Logarithmic. Of several it is the one that stands highest in the
-    // tree, which need not be the first in order. Takes the debug break where operator< contradicts itself.
-    iterator Find(const key_type& key) { return PositionOf(FindOrHeader(key)); }
-    const_iterator Find(const key_type& key) const { return PositionOf(FindOrHeader(key)); }
-
-    bool Contains(const key_type& key) const { return FindOrHeader(key) != Header(); }
-
-    // The first element in order that is not less than the key, End() if there is none. Logarithmic. Several elements
-    // of one key follow each other from here, the newest first.
-    iterator LowerBound(const key_type& key) { return PositionOf(FindLowerBound(key)); }
-    const_iterator LowerBound(const key_type& key) const { return PositionOf(FindLowerBound(key)); }
-
-    // Removes the element at pos, which takes the debug break at End(): the element is destroyed, its node released.
-    // The result is the position that followed. Constant but for the step to that position, which is amortised
-    // constant over a walk.
-    iterator Erase(const_iterator pos)
-    {
-        Links* pNode = NodeOf<Links>(pos.operator->());
-        BreakUnless(pNode != Header());
-        Links* pNext = NextNode(pNode);
-        RemoveElement(pNode);
-        return PositionOf(pNext);
-    }
-
-    // Removes the element that Find finds; false if there is none. Of several, each call removes one.
-    bool Remove(const key_type& key)
-    {
-        Links* pNode = FindOrHeader(key);
-        if (pNode == Header())
-            return false;
-        RemoveElement(pNode);
-        return true;
-    }
-
-    // Destroys the elements and releases the nodes, each node after its children, the left one first.
-    void Clear()
-    {
-        if (m_nSize > 0)
-            DestroyTree(m_links.m_pChild[1]);
-        m_nSize = 0;
-        m_links.m_pChild[0] = nullptr;
-        m_links.m_pChild[1] = nullptr;
-    }
-
-    // Whether the invariants hold. For tests and debugging; linear.
-    bool Validate() const
-    {
-        if (!ValidateNodes(Header(), m_nSize))
-            return false;
-        for (const_iterator pos = Begin(), next = pos; pos != End() && ++next != End(); pos = next)
-        {
-            if (TTreeKey<T>::Of(*next) < TTreeKey<T>::Of(*pos))
-                return false;
-        }
-        return true;
-    }
-
 protected:
-    // Where a new node goes: under m_pParent, on that side.
-    struct SPlace
-    {
-        Links* m_pParent;
-        uint32 m_nSide;
-    };
-
-    // The way of a search that found nothing, to the place where it would have been: bit i of m_nTurns is the side
-    // taken at step i. A tree of less than 2^31 elements is at most 62 steps high.
-    struct SWay
-    {
-        SPlace m_place;
-        uint64 m_nTurns;
-        uint32 m_nSteps;
-    };
-
     TOrderedTree() = default;
 
-    // Copies the nodes with their colours, so the shape too: an allocation and a copy for each, no comparison, each
-    // node before its children, the left one first.
+    // Copies the nodes with their colours, so the shape too: an allocation and a copy for each, no comparison,
+    // parents before children and the left child first.
     TOrderedTree(const TOrderedTree& other) { CopyFrom(other); }
 
     // Takes the nodes over; the source is left empty. No element is touched. Takes the debug break where the two links
@@ -286,6 +193,98 @@ protected:
         return *this;
     }
 
+public:
+    // The number of elements, and whether there are none.
+    uint32 Size() const { return static_cast<uint32>(m_nSize); }
+    bool IsEmpty() const { return m_nSize == 0; }
+
+    // Begin() is a descent, logarithmic in the size; End() is constant.
+    iterator Begin() { return ++End(); }
+    iterator End() { return PositionOf(Header()); }
+    const_iterator Begin() const { return ++End(); }
+    const_iterator End() const { return PositionOf(Header()); }
+    iterator begin() { return Begin(); }
+    iterator end() { return End(); }
+    const_iterator begin() const { return Begin(); }
+    const_iterator end() const { return End(); }
+
+    // Stands before the first element.
+    TTreeEnumerator<T> GetEnumerator() { return {End().operator->(), End().operator->()}; }
+    TTreeEnumerator<const T> GetEnumerator() const { return {End().operator->(), End().operator->()}; }
+
+    // The element of that key, End() if there is none. Logarithmic. Of several it is the one that stands highest in the
+    // tree, which need not be the first in order. Takes the debug break where operator< contradicts itself.
+    iterator Find(const key_type& key) { return PositionOf(FindOrHeader(key)); }
+    const_iterator Find(const key_type& key) const { return PositionOf(FindOrHeader(key)); }
+
+    bool Contains(const key_type& key) const { return FindOrHeader(key) != Header(); }
+
+    // The first element in order that is not less than the key, End() if there is none. Logarithmic. Several elements
+    // of one key follow each other from here, the newest first.
+    iterator LowerBound(const key_type& key) { return PositionOf(FindLowerBound(key)); }
+    const_iterator LowerBound(const key_type& key) const { return PositionOf(FindLowerBound(key)); }
+
+    // Removes the element at pos, which takes the debug break at End(): the element is destroyed, its node released.
+    // The result is the position that followed. Logarithmic, and constant on average.
+    iterator Erase(const_iterator pos)
+    {
+        Links* pNode = NodeOf<Links>(pos.operator->());
+        BreakUnless(pNode != Header());
+        Links* pNext = NextNode(pNode);
+        RemoveElement(pNode);
+        return PositionOf(pNext);
+    }
+
+    // Removes the element that Find finds; false if there is none. Of several, a call removes one.
+    bool Remove(const key_type& key)
+    {
+        Links* pNode = FindOrHeader(key);
+        if (pNode == Header())
+            return false;
+        RemoveElement(pNode);
+        return true;
+    }
+
+    // Destroys each element and releases its node, children before parents and the left child first.
+    void Clear()
+    {
+        if (m_nSize > 0)
+            DestroyTree(m_links.m_pChild[1]);
+        m_nSize = 0;
+        m_links.m_pChild[0] = nullptr;
+        m_links.m_pChild[1] = nullptr;
+    }
+
+    // Whether the invariants hold. For tests and debugging.
+    bool Validate() const
+    {
+        if (!ValidateNodes(Header(), m_nSize))
+            return false;
+        for (const_iterator pos = Begin(), next = pos; pos != End() && ++next != End(); pos = next)
+        {
+            if (TTreeKey<T>::Of(*next) < TTreeKey<T>::Of(*pos))
+                return false;
+        }
+        return true;
+    }
+
+protected:
+    // Where a new node goes: under m_pParent, on that side.
+    struct SPlace
+    {
+        Links* m_pParent;
+        uint32 m_nSide;
+    };
+
+    // The way of a search that found nothing, to the place where it would have been: bit i of m_nTurns is the side
+    // taken at step i. A tree of less than 2^31 elements is at most 62 steps high.
+    struct SWay
+    {
+        SPlace m_place;
+        uint64 m_nTurns;
+        uint32 m_nSteps;
+    };
+
     void SwapWith(TOrderedTree& other)
     {
         std::swap(m_links, other.m_links);
@@ -296,9 +295,10 @@ protected:
 
     // The node of the element of that key, or null, and then way tells where one would go.
     //
-    // Sides are numbers and not branches: a search turns at random, which a processor guesses wrong every other time.
-    // But keys are often inserted in ascending order; so bInserting begins with a branch, as long as the way goes down
-    // the right edge. It also fetches both children, since the balancing is going to look at the one that is passed by.
+    // The child is picked by number and not by a branch: a search turns at random, and a processor guesses every other
+    // turn wrong. But what is inserted often comes in ascending order; so with bInserting there is a branch as long as
+    // the way goes down the right edge. Behind that both children are fetched, since the balancing is going to look at
+    // the one that is passed by.
     template <bool bInserting>
     Node* FindNode(const key_type& key, SWay& way) const
     {
@@ -337,9 +337,9 @@ protected:
         return LinkIn(pNode, FindInsertPosition(TTreeKey<T>::Of(value)));
     }
 
-    // InsertNew, where FindNode has just gone this way and found no element. A second search would go the same way
-    // again. Its comparisons are made, since somebody may count them; where the compiler sees that they have no effect,
-    // it leaves out the whole loop.
+    // InsertNew, where FindNode has just gone this way and found no element. The search for the place would go the same
+    // way again. So only its comparisons are made, since they may be calls that somebody counts; where the compiler
+    // sees that they have no effect, it leaves out the whole loop.
     iterator InsertMissing(const T& value, const SWay& way)
     {
         Node* pNode = CreateNode(value);
@@ -385,6 +385,7 @@ private:
 
     SPlace FindInsertPosition(const key_type& key) const
     {
+        // With a branch first and by number then, as in FindNode.
         SPlace place{Header(), 0};
         for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr; pNode = pNode->m_pChild[1])
         {
@@ -434,16 +435,16 @@ private:
         GetNormalAllocator()->Free(pNode);
     }
 
-    // Both of these go by links alone, without recursion and without a stack. pRoot must not be null, which takes the
-    // debug break. The walk is over where the parent is the root's; that must be asked before the parent is looked at
-    // for a right child, since a tree object shows its root on both sides.
-
     static Links* CopyNode(const Links* pNode, Links* pParent)
     {
         Links* pCopy = CreateNode(static_cast<const Node*>(pNode)->m_Element);
         *pCopy = {pNode->m_nColor, pParent, {nullptr, nullptr}};
         return pCopy;
     }
+
+    // CloneTree and DestroyTree go by links alone, without recursion and without a stack. Their argument must not be
+    // null, which takes the debug break. They know the end of the way by the root itself or by its parent, before they
+    // look for a right sibling: a tree object shows its root on both sides.
 
     // The copy's root gets pParent as its parent.
     static Links* CloneTree(const Links* pRoot, Links* pParent)
