@@ -18,6 +18,7 @@ static bool operator<(const Logged& left, const Logged& right)
 
 template class TRedBlackTree<int>;
 template class TSet<Logged>;
+template class TSet<TKeyValuePair<int, int>>;
 template class TMultiSet<int>;
 template class TMap<Logged, int>;
 template class TMultiMap<int, std::string>;
@@ -39,7 +40,7 @@ using Links = detail::SRedBlackTreeLinks;
 template <class T>
 Links* NodeAt(TTreeIterator<T> pos)
 {
-    return detail::NodeOf<detail::kElementDistance<T>>(pos.operator->());
+    return detail::NodeOf<Links>(pos.operator->());
 }
 
 // The logged numbers 1 to n in that order, and a clean journal.

@@ -5,17 +5,43 @@
 
 #include "core/containers/redblacktree.h"
 
-namespace detail
-{
-// The distance of the value in a pair.
-template <class K, class V>
-inline constexpr std::size_t kValueDistance = MemberDistance(sizeof(K), alignof(V));
-} // namespace detail
+#include <concepts>
 
-// Walks the values alone, in the order of the keys; V is const for a read-only walk.
+// Walks the values alone, in the order of the keys; V is const for a read-only walk. Both pointers stand where a value
+// stands in a node; in the tree object, where m_pEnd points, there is none.
 template <class K, class V>
-using TTreeValueEnumerator =
-    detail::TTreePartEnumerator<V, detail::kElementDistance<TKeyValuePair<K, V>> + detail::kValueDistance<K, V>>;
+class TTreeValueEnumerator
+{
+    using Links = detail::SRedBlackTreeLinks;
+
+public:
+    explicit TTreeValueEnumerator(const Links* pHeader) : m_pCurrent(ValueOf(pHeader)), m_pEnd(m_pCurrent) {}
+
+    // Advances; true exactly when the enumerator then stands on a value. It begins before the first one, and after
+    // false it starts over.
+    bool MoveNext()
+    {
+        m_pCurrent = ValueOf(NextNode(reinterpret_cast<Links*>(detail::AddressOf(m_pCurrent) - kOffset)));
+        return m_pCurrent != m_pEnd;
+    }
+
+    // The value it stands on. Takes the debug break behind the last one, and before the first MoveNext().
+    V& Current() const
+    {
+        detail::BreakUnless(m_pCurrent != m_pEnd);
+        return *m_pCurrent;
+    }
+
+private:
+    // The value lies behind the key as an element lies behind its links.
+    static constexpr std::uintptr_t kOffset =
+        detail::kElementOffset<TKeyValuePair<K, V>, Links> + detail::kElementOffset<V, K>;
+
+    static V* ValueOf(const Links* pNode) { return reinterpret_cast<V*>(detail::AddressOf(pNode) + kOffset); }
+
+    V* m_pCurrent;
+    V* m_pEnd;
+};
 
 // Keeps one pair of each key; a later value replaces the earlier one.
 template <class K, class V>

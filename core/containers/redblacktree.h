@@ -33,12 +33,11 @@
 
 #include "core/containers/keyvaluepair.h"
 #include "core/containers/lifetime.h"
+#include "core/containers/nodeiterator.h"
 #include "core/memory/memorymanager.h"
 
-#include <concepts>
 #include <cstddef>
 #include <initializer_list>
-#include <type_traits>
 #include <utility>
 
 namespace detail
@@ -106,112 +105,19 @@ inline SRedBlackTreeLinks* NextNode(SRedBlackTreeLinks* pNode)
     }
     return pParent != nullptr ? pParent : pNode;
 }
-
-// How far behind the start of an object the member lies that follows nBytes of others.
-constexpr std::size_t MemberDistance(std::size_t nBytes, std::size_t nAlignment)
-{
-    return (nBytes + nAlignment - 1) / nAlignment * nAlignment;
-}
-
-// The distance of the element in a node, and of m_nSize in the tree object. Not offsetof, which is for
-// standard-layout types alone.
-template <class T>
-inline constexpr std::size_t kElementDistance = MemberDistance(sizeof(SRedBlackTreeLinks), alignof(T));
-
-// From a node to its part at a distance and back. Where the node is a header nothing of the part's type is there, and
-// maybe nothing at all; so the address is worked out as a number.
-template <class TPart, std::size_t kDistance>
-TPart* PartOf(const SRedBlackTreeLinks* pNode)
-{
-    return reinterpret_cast<TPart*>(AddressOf(pNode) + kDistance);
-}
-
-template <std::size_t kDistance, class TPart>
-SRedBlackTreeLinks* NodeOf(const TPart* pPart)
-{
-    return reinterpret_cast<SRedBlackTreeLinks*>(AddressOf(pPart) - kDistance);
-}
-
-template <std::size_t kDistance, class TPart>
-TPart* NextPart(TPart* pPart)
-{
-    return PartOf<TPart, kDistance>(NextNode(NodeOf<kDistance>(pPart)));
-}
-
-// Walks a tree and shows the part at kDistance of each node.
-template <class TPart, std::size_t kDistance>
-class TTreePartEnumerator
-{
-public:
-    explicit TTreePartEnumerator(const SRedBlackTreeLinks* pHeader)
-        : m_pCurrent(PartOf<TPart, kDistance>(pHeader)), m_pEnd(m_pCurrent)
-    {
-    }
-
-    // Advances; true exactly when the enumerator then stands on an element. It begins before the first element, and
-    // after false the walk starts over.
-    bool MoveNext()
-    {
-        m_pCurrent = NextPart<kDistance>(m_pCurrent);
-        return m_pCurrent != m_pEnd;
-    }
-
-    // What it stands on. Takes the debug break where that is no element, which after a false MoveNext() it is not.
-    TPart& Current() const
-    {
-        BreakUnless(m_pCurrent != m_pEnd);
-        return *m_pCurrent;
-    }
-
-private:
-    TPart* m_pCurrent;
-    TPart* m_pEnd;
-};
 } // namespace detail
 
-// A position in a tree: the address of the element, or that of the tree's m_nSize behind the last one. T is const for a
-// read-only walk. The element of a set may be changed only in ways that keep its place in the order.
+// A forward iterator; see detail::TNodeIterator. A step goes from the last element to End() and from there to the first
+// one, amortised constant. The element of a set may be changed only in ways that keep its place in the order.
 template <class T>
-class TTreeIterator
-{
-public:
-    using value_type = std::remove_const_t<T>;
-    using difference_type = std::ptrdiff_t;
-
-    TTreeIterator() = default;
-    explicit TTreeIterator(T* pElement) : m_pElement(pElement) {}
-
-    operator TTreeIterator<const T>() const requires(!std::is_const_v<T>) { return TTreeIterator<const T>(m_pElement); }
-
-    T& operator*() const { return *m_pElement; }
-    T* operator->() const { return m_pElement; }
-
-    // One step on; from the last element to End(), and from End() to the first. Amortised constant.
-    TTreeIterator& operator++()
-    {
-        m_pElement = detail::NextPart<detail::kElementDistance<T>>(m_pElement);
-        return *this;
-    }
-
-    TTreeIterator operator++(int)
-    {
-        const TTreeIterator old = *this;
-        ++*this;
-        return old;
-    }
-
-    friend bool operator==(TTreeIterator left, TTreeIterator right) { return left.m_pElement == right.m_pElement; }
-
-private:
-    T* m_pElement = nullptr;
-};
+using TTreeIterator = detail::TNodeIterator<T, detail::SRedBlackTreeLinks>;
 
 template <class T>
 using TTreeConstIterator = TTreeIterator<const T>;
 
-// Walks the elements; T is const for a read-only walk.
+// See detail::TNodeEnumerator. After its MoveNext() was false it starts over from the first element.
 template <class T>
-using TTreeEnumerator = detail::TTreePartEnumerator<T, detail::kElementDistance<T>>;
+using TTreeEnumerator = detail::TNodeEnumerator<T, detail::SRedBlackTreeLinks>;
 
 namespace detail
 {
@@ -244,6 +150,50 @@ public:
     using iterator = TTreeIterator<T>;
     using const_iterator = TTreeConstIterator<T>;
 
+protected:
+    TOrderedTree() = default;
+
+    // Copies the nodes with their colours, so the shape too: an allocation and a copy for each, no comparison,
+    // parents before children and the left child first.
+    TOrderedTree(const TOrderedTree& other) { CopyFrom(other); }
+
+    // Takes the nodes over; the source is left empty. No element is touched. Takes the debug break where the two links
+    // of the source differ.
+    TOrderedTree(TOrderedTree&& other) noexcept { TakeFrom(other); }
+
+    ~TOrderedTree()
+    {
+        constexpr std::uintptr_t kOffset = kElementOffset<T, Links>;
+        static_assert(offsetof(TOrderedTree, m_links) == 0 && offsetof(TOrderedTree, m_nSize) == kOffset,
+                      "the count must stand in the tree object where the element stands in a node");
+        static_assert(kOffset + sizeof(T) <= sizeof(Node) && sizeof(Node) < kOffset + sizeof(T) + alignof(Node),
+                      "the element must follow the links of its node directly");
+        if (m_nSize > 0)
+            DestroyTree(m_links.m_pChild[1]);
+    }
+
+    // Clears, then copies as the copy constructor does; no node is used again. Assigning a tree to itself has no
+    // effect.
+    TOrderedTree& operator=(const TOrderedTree& other)
+    {
+        if (this == &other)
+            return *this;
+        Clear();
+        CopyFrom(other);
+        return *this;
+    }
+
+    // Clears, then takes over as the move constructor does. Moving a tree onto itself has no effect.
+    TOrderedTree& operator=(TOrderedTree&& other) noexcept
+    {
+        if (this == &other)
+            return *this;
+        Clear();
+        TakeFrom(other);
+        return *this;
+    }
+
+public:
     // The number of elements, and whether there are none.
     uint32 Size() const { return static_cast<uint32>(m_nSize); }
     bool IsEmpty() const { return m_nSize == 0; }
@@ -259,8 +209,8 @@ public:
     const_iterator end() const { return End(); }
 
     // Stands before the first element.
-    TTreeEnumerator<T> GetEnumerator() { return TTreeEnumerator<T>(Header()); }
-    TTreeEnumerator<const T> GetEnumerator() const { return TTreeEnumerator<const T>(Header()); }
+    TTreeEnumerator<T> GetEnumerator() { return {End().operator->(), End().operator->()}; }
+    TTreeEnumerator<const T> GetEnumerator() const { return {End().operator->(), End().operator->()}; }
 
     // The element of that key, End() if there is none. Logarithmic. Of several it is the one that stands highest in the
     // tree, which need not be the first in order. Takes the debug break where operator< contradicts itself.
@@ -275,18 +225,17 @@ public:
     const_iterator LowerBound(const key_type& key) const { return PositionOf(FindLowerBound(key)); }
 
     // Removes the element at pos, which takes the debug break at End(): the element is destroyed, its node released.
-    // The result is the position that followed. Constant but for the step to that position, which is amortised
-    // constant over a walk.
+    // The result is the position that followed. Logarithmic, and constant on average.
     iterator Erase(const_iterator pos)
     {
-        Links* pNode = NodeOf<kElementDistance<T>>(pos.operator->());
+        Links* pNode = NodeOf<Links>(pos.operator->());
         BreakUnless(pNode != Header());
         Links* pNext = NextNode(pNode);
         RemoveElement(pNode);
         return PositionOf(pNext);
     }
 
-    // Removes the element that Find finds; false if there is none. Of several, each call removes one.
+    // Removes the element that Find finds; false if there is none. Of several, a call removes one.
     bool Remove(const key_type& key)
     {
         Links* pNode = FindOrHeader(key);
@@ -296,7 +245,7 @@ public:
         return true;
     }
 
-    // Destroys the elements and releases the nodes, each node after its children, the left one first.
+    // Destroys each element and releases its node, children before parents and the left child first.
     void Clear()
     {
         if (m_nSize > 0)
@@ -306,7 +255,7 @@ public:
         m_links.m_pChild[1] = nullptr;
     }
 
-    // Whether the invariants hold. For tests and debugging; linear.
+    // Whether the invariants hold. For tests and debugging.
     bool Validate() const
     {
         if (!ValidateNodes(Header(), m_nSize))
@@ -336,47 +285,6 @@ protected:
         uint32 m_nSteps;
     };
 
-    TOrderedTree() = default;
-
-    // Copies the nodes with their colours, so the shape too: an allocation and a copy for each, no comparison, each
-    // node before its children, the left one first.
-    TOrderedTree(const TOrderedTree& other) { CopyFrom(other); }
-
-    // Takes the nodes over; the source is left empty. No element is touched. Takes the debug break where the two links
-    // of the source differ.
-    TOrderedTree(TOrderedTree&& other) noexcept { TakeFrom(other); }
-
-    ~TOrderedTree()
-    {
-        static_assert(offsetof(TOrderedTree, m_links) == 0 && offsetof(TOrderedTree, m_nSize) == kElementDistance<T>,
-                      "the count must stand in the tree object where the element stands in a node");
-        static_assert(sizeof(Node) == MemberDistance(kElementDistance<T> + sizeof(T), alignof(Node)),
-                      "the element must follow the links of its node directly");
-        if (m_nSize > 0)
-            DestroyTree(m_links.m_pChild[1]);
-    }
-
-    // Clears, then copies as the copy constructor does; no node is used again. Assigning a tree to itself has no
-    // effect.
-    TOrderedTree& operator=(const TOrderedTree& other)
-    {
-        if (this == &other)
-            return *this;
-        Clear();
-        CopyFrom(other);
-        return *this;
-    }
-
-    // Clears, then takes over as the move constructor does. Moving a tree onto itself has no effect.
-    TOrderedTree& operator=(TOrderedTree&& other) noexcept
-    {
-        if (this == &other)
-            return *this;
-        Clear();
-        TakeFrom(other);
-        return *this;
-    }
-
     void SwapWith(TOrderedTree& other)
     {
         std::swap(m_links, other.m_links);
@@ -387,9 +295,10 @@ protected:
 
     // The node of the element of that key, or null, and then way tells where one would go.
     //
-    // Sides are numbers and not branches: a search turns at random, which a processor guesses wrong every other time.
-    // But keys are often inserted in ascending order; so bInserting begins with a branch, as long as the way goes down
-    // the right edge. It also fetches both children, since the balancing is going to look at the one that is passed by.
+    // The child is picked by number and not by a branch: a search turns at random, and a processor guesses every other
+    // turn wrong. But what is inserted often comes in ascending order; so with bInserting there is a branch as long as
+    // the way goes down the right edge. Behind that both children are fetched, since the balancing is going to look at
+    // the one that is passed by.
     template <bool bInserting>
     Node* FindNode(const key_type& key, SWay& way) const
     {
@@ -428,9 +337,9 @@ protected:
         return LinkIn(pNode, FindInsertPosition(TTreeKey<T>::Of(value)));
     }
 
-    // InsertNew, where FindNode has just gone this way and found no element. A second search would go the same way
-    // again. Its comparisons are made, since somebody may count them; where the compiler sees that they have no effect,
-    // it leaves out the whole loop.
+    // InsertNew, where FindNode has just gone this way and found no element. The search for the place would go the same
+    // way again. So only its comparisons are made, since they may be calls that somebody counts; where the compiler
+    // sees that they have no effect, it leaves out the whole loop.
     iterator InsertMissing(const T& value, const SWay& way)
     {
         Node* pNode = CreateNode(value);
@@ -446,7 +355,7 @@ protected:
     // The tree object as the node that it is to the walk.
     Links* Header() const { return const_cast<Links*>(&m_links); }
 
-    static iterator PositionOf(Links* pNode) { return iterator(PartOf<T, kElementDistance<T>>(pNode)); }
+    static iterator PositionOf(Links* pNode) { return iterator(ElementOf<T>(pNode)); }
 
 private:
     static const key_type& KeyOf(const Links* pNode)
@@ -476,6 +385,7 @@ private:
 
     SPlace FindInsertPosition(const key_type& key) const
     {
+        // With a branch first and by number then, as in FindNode.
         SPlace place{Header(), 0};
         for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr; pNode = pNode->m_pChild[1])
         {
@@ -525,16 +435,16 @@ private:
         GetNormalAllocator()->Free(pNode);
     }
 
-    // Both of these go by links alone, without recursion and without a stack. pRoot must not be null, which takes the
-    // debug break. The walk is over where the parent is the root's; that must be asked before the parent is looked at
-    // for a right child, since a tree object shows its root on both sides.
-
     static Links* CopyNode(const Links* pNode, Links* pParent)
     {
         Links* pCopy = CreateNode(static_cast<const Node*>(pNode)->m_Element);
         *pCopy = {pNode->m_nColor, pParent, {nullptr, nullptr}};
         return pCopy;
     }
+
+    // CloneTree and DestroyTree go by links alone, without recursion and without a stack. Their argument must not be
+    // null, which takes the debug break. They know the end of the way by the root itself or by its parent, before they
+    // look for a right sibling: a tree object shows its root on both sides.
 
     // The copy's root gets pParent as its parent.
     static Links* CloneTree(const Links* pRoot, Links* pParent)

@@ -24,7 +24,7 @@ public:
     TTreeIterator<T> Insert(const T& value)
     {
         typename TSet::SWay way;
-        if (auto* pNode = this->template FindNode<true>(value, way))
+        if (auto* pNode = this->template FindNode<true>(detail::TTreeKey<T>::Of(value), way))
             return this->PositionOf(pNode);
         return this->InsertMissing(value, way);
     }
