@@ -161,8 +161,8 @@ protected:
 
 using PairAssociativeCollections = testing::Types<
     // clang-format off
-    THashMap<E, E>,
-    TMultiHashMap<E, E>
+    TMap<E, E>, TMultiMap<E, E>,
+    THashMap<E, E>, TMultiHashMap<E, E>
     // clang-format on
     >;
 TYPED_TEST_SUITE(TPairAssociativeCollectionsTest, PairAssociativeCollections);
@@ -204,17 +204,16 @@ class TCollectionsTest : public testing::Test
 
 using Collections = testing::Types<
     // clang-format off
+    TMap<E, E>,
     TBlockArray<E>, THashMap<E, E>, THashSet<E>, TMultiHashMap<E, E>,
-    TSList<E>,
-    TList<E>,
-    TMaxArray<E, 10>,
-    TArray<E>
+    TMultiMap<E, E>, TMultiSet<E>, TRedBlackTree<E>, TSet<E>,
+    TSList<E>, TList<E>,
+    TMaxArray<E, 10>, TArray<E>
     // clang-format on
     >;
 TYPED_TEST_SUITE(TCollectionsTest, Collections);
 
-// Makes values of a container's kind and adds them. The factory counts what lives of them; in a container of keys and
-// values it counts the values.
+// Makes values of a container's kind and adds them. The factory counts what lives; of keys and values, the values.
 template <class TCollection>
 class TCollectionTestHelper
 {
@@ -242,6 +241,7 @@ TYPED_TEST(TCollectionsTest, Basic)
 {
     TCollectionTestHelper<TypeParam>().Basic();
 }
+
 template <class TCollection>
 void TCollectionTestHelper<TCollection>::Basic()
 {

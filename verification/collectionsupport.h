@@ -6,8 +6,10 @@
 #include "core/containers/blockarray.h"
 #include "core/containers/hashmap.h"
 #include "core/containers/hashset.h"
+#include "core/containers/map.h"
 #include "core/containers/maxarray.h"
 #include "core/containers/multihashmap.h"
+#include "core/containers/set.h"
 #include "verification/integraltesttype.h"
 
 #include <gtest/gtest.h>

@@ -277,7 +277,7 @@ public:
             return false;
         for (uint32 i = 0; i < m_nSize; ++i)
         {
-            if (m_ppBlocks[(m_nFirst + i) / m_nBlockSize % m_nBlocks] == nullptr)
+            if (Block((m_nFirst + i) / m_nBlockSize) == nullptr)
                 return false;
         }
         return true;
@@ -287,12 +287,11 @@ private:
     // The number of slots in the ring.
     uint32 Slots() const { return m_nBlocks * m_nBlockSize; }
 
-    // A slot counted from slot 0 on, up to once round the ring and back to the first element.
-    T* SlotAddress(uint32 nSlot) const
-    {
-        const uint32 nBlock = nSlot / m_nBlockSize;
-        return m_ppBlocks[nBlock >= m_nBlocks ? nBlock - m_nBlocks : nBlock] + nSlot % m_nBlockSize;
-    }
+    // A block counted from block 0 on, up to once round the ring and back to the first element.
+    T*& Block(uint32 nBlock) const { return m_ppBlocks[nBlock >= m_nBlocks ? nBlock - m_nBlocks : nBlock]; }
+
+    // A slot, counted likewise. One division of the processor gives both quotient and remainder.
+    T* SlotAddress(uint32 nSlot) const { return Block(nSlot / m_nBlockSize) + nSlot % m_nBlockSize; }
 
     // How many slots there are from that of element nIndex to the end of its block.
     uint32 SlotsToBlockEnd(uint32 nIndex) const { return m_nBlockSize - (m_nFirst + nIndex) % m_nBlockSize; }
@@ -302,41 +301,56 @@ private:
         return {nIndex < m_nSize ? SlotAddress(m_nFirst + nIndex) : nullptr, this, nIndex};
     }
 
-    // A raw slot behind the last element, or before the first one. It counts as an element at once. A block is new to
-    // the run only where the run stands on the edge of one.
+    // A raw slot behind the last element, or before the first one. It counts as an element at once. Only at the edge of
+    // a block can the table be too small, or the block be missing.
     T* AcquireBackSlot()
     {
-        if ((m_nFirst + m_nSize) % m_nBlockSize == 0) [[unlikely]]
-        {
-            GrowIfRunWouldMeetItself();
-            AllocateBlock((m_nFirst + m_nSize) / m_nBlockSize % m_nBlocks);
-        }
-        return SlotAddress(m_nFirst + m_nSize++);
+        const uint32 nSlot = m_nFirst + m_nSize;
+        const uint32 nPlace = nSlot % m_nBlockSize;
+        if (nPlace == 0) [[unlikely]]
+            return AcquireBackBlock();
+        ++m_nSize;
+        return Block(nSlot / m_nBlockSize) + nPlace;
     }
 
     T* AcquireFrontSlot()
     {
-        if (m_nFirst % m_nBlockSize == 0) [[unlikely]]
-        {
-            GrowIfRunWouldMeetItself();
-            if (m_nFirst == 0)
-                m_nFirst = Slots();
-            AllocateBlock(m_nFirst / m_nBlockSize - 1);
-        }
+        const uint32 nPlace = m_nFirst % m_nBlockSize;
+        if (nPlace == 0) [[unlikely]]
+            return AcquireFrontBlock();
         ++m_nSize;
-        return SlotAddress(--m_nFirst);
+        --m_nFirst;
+        return Block(m_nFirst / m_nBlockSize) + nPlace - 1;
     }
 
-    void AllocateBlock(uint32 nBlock)
+    // The first slot of a block behind the run, or the last slot of one before it.
+    KX_NOINLINE T* AcquireBackBlock()
     {
-        if (m_ppBlocks[nBlock] == nullptr)
-            m_ppBlocks[nBlock] =
-                static_cast<T*>(operator new[](uint64{m_nBlockSize} * sizeof(T), *GetNormalAllocator()));
+        GrowIfRunWouldMeetItself();
+        T* pBlock = AllocatedBlock((m_nFirst + m_nSize) / m_nBlockSize);
+        ++m_nSize;
+        return pBlock;
+    }
+
+    KX_NOINLINE T* AcquireFrontBlock()
+    {
+        GrowIfRunWouldMeetItself();
+        m_nFirst = (m_nFirst == 0 ? Slots() : m_nFirst) - 1;
+        ++m_nSize;
+        return AllocatedBlock(m_nFirst / m_nBlockSize) + m_nBlockSize - 1;
+    }
+
+    T* AllocatedBlock(uint32 nBlock)
+    {
+        T*& pBlock = Block(nBlock);
+        if (pBlock == nullptr)
+            pBlock = static_cast<T*>(operator new[](uint64{m_nBlockSize} * sizeof(T), *GetNormalAllocator()));
+        return pBlock;
     }
 
     // To be called at the edge of a block. Less than a block's worth of free slots means that the run's other end is in
     // the next block. Elements stay where they are. More slots than 32 bits can count take the debug break.
-    KX_NOINLINE void GrowIfRunWouldMeetItself()
+    void GrowIfRunWouldMeetItself()
     {
         if (Slots() - m_nSize >= m_nBlockSize)
             return;
@@ -424,8 +438,8 @@ private:
     {
         while (nCount > 0)
         {
+            const uint32 nFree = SlotsToBlockEnd(m_nSize);
             T* pSlot = AcquireBackSlot();
-            const uint32 nFree = SlotsToBlockEnd(m_nSize - 1);
             const uint32 nNow = nFree < nCount ? nFree : nCount;
             detail::CopyRange(pSlot, pFirst, pFirst + nNow);
             m_nSize += nNow - 1;

@@ -115,9 +115,12 @@ public:
     // Appends a copy; takes the debug break if the array is full. The result is the new element.
     T& Add(const T& value)
     {
-        detail::BreakUnless(m_nSize < N);
-        T* pNew = detail::ConstructAt(End(), value);
-        ++m_nSize;
+        // Read once and written last: an element may be of a type that could overlap m_nSize, for all that the compiler
+        // knows, and would then cost a loop that only adds a reload each time.
+        const uint32 nSize = m_nSize;
+        detail::BreakUnless(nSize < N);
+        T* pNew = detail::ConstructAt(Begin() + nSize, value);
+        m_nSize = nSize + 1;
         return *pNew;
     }
 
@@ -154,13 +157,14 @@ public:
     // behind move down by copy assignment, in ascending order, and the surplus last one is destroyed.
     T* Erase(T* pos)
     {
+        T* pEnd = End();
         const std::uintptr_t nPos = detail::AddressOf(pos);
-        detail::BreakUnless(nPos >= detail::AddressOf(Begin()) && nPos < detail::AddressOf(End())
-                            && nPos + sizeof(T) <= detail::AddressOf(End()));
-        for (T* pNext = pos + 1; pNext < End(); ++pNext)
+        detail::BreakUnless(nPos >= detail::AddressOf(Begin()) && nPos < detail::AddressOf(pEnd)
+                            && nPos + sizeof(T) <= detail::AddressOf(pEnd));
+        for (T* pNext = pos + 1; pNext < pEnd; ++pNext)
             pNext[-1] = std::as_const(*pNext);
         --m_nSize;
-        End()->~T();
+        pEnd[-1].~T();
         return pos;
     }
 

@@ -3,6 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#if defined(_MSC_VER)
+#include <malloc.h>
+#endif
 
 using int8 = std::int8_t;
 using int16 = std::int16_t;
@@ -38,14 +41,20 @@ static_assert(sizeof(float32) == 4 && sizeof(float64) == 8, "float32 and float64
 // KX_NOINLINE keeps a rare path (growth, say) out of the caller's hot code. KX_RESTRICT promises that what is reached
 // through a pointer parameter is reached through no other one while the function runs. KX_CHECK_INLINE is for
 // BreakUnless alone: inlined at every optimisation level, and shown by a debugger as the line that calls it.
+// KX_PRINTF(nFormat, nFirst) lets the compiler hold the arguments of a function to its printf format; a member function
+// counts its object as the first one. KX_STACK_ALLOC(nBytes) is memory that the calling function gives back on return.
 #if defined(_MSC_VER) && !defined(__clang__)
 #define KX_NOINLINE __declspec(noinline)
 #define KX_RESTRICT __restrict
 #define KX_CHECK_INLINE __forceinline
+#define KX_PRINTF(nFormat, nFirst)
+#define KX_STACK_ALLOC(nBytes) _alloca(nBytes)
 #else
 #define KX_NOINLINE __attribute__((noinline))
 #define KX_RESTRICT __restrict__
 #define KX_CHECK_INLINE inline __attribute__((always_inline, artificial))
+#define KX_PRINTF(nFormat, nFirst) __attribute__((format(printf, nFormat, nFirst)))
+#define KX_STACK_ALLOC(nBytes) __builtin_alloca(nBytes)
 #endif
 
 namespace detail

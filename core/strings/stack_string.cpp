@@ -1,0 +1,213 @@
+#include "core/strings/stack_string.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+
+namespace
+{
+// A cut format prints into a temporary of up to this many bytes.
+constexpr uint32 kMaxTemporary = 256 * 1024;
+
+// The entities, none shorter than four characters. The first entry stands for all characters that have none.
+struct SEntity
+{
+    char m_cCharacter;
+    std::string_view m_text;
+};
+
+constexpr SEntity kEntities[] = {
+    {'\0', {}}, {'<', "&lt;"}, {'>', "&gt;"}, {'&', "&amp;"}, {'"', "&quot;"}, {'\'', "&apos;"},
+};
+
+// For each character its place there. A table, since every character is looked up.
+constexpr auto kEntityOf = []
+{
+    std::array<uint8, 256> places{};
+    for (uint8 i = 1; i < std::size(kEntities); ++i)
+        places[static_cast<uint8>(kEntities[i].m_cCharacter)] = i;
+    return places;
+}();
+
+uint8 EntityOf(char c)
+{
+    return kEntityOf[static_cast<uint8>(c)];
+}
+
+// The longest text of a float: a sign, 39 digits, the point, 149 digits.
+using FloatText = char[192];
+
+// Writes the magnitude of a finite value in fixed notation, cut behind nPrecision digits; the result is the end.
+//
+// A float is m * 2^e, m below 2^24. For the e of everyday numbers, from 10^-11 to 10^19, the whole part fits in 64
+// bits, and so does ten times the fraction: the digits fall out one by one.
+char* WriteFixed(char* pTo, char* pLimit, float value, int nPrecision)
+{
+    const uint32 nBits = std::bit_cast<uint32>(value) & 0x7FFFFFFF;
+    const int nExponent = nBits != 0 ? static_cast<int>(nBits >> 23) - 150 : 0;
+    if (nExponent < -60 || nExponent > 40)
+    {
+        // To the last place that a float has, so that nothing is left to round.
+        constexpr int kPlaces = ZStackStringBase::kMaxPrecision;
+        char* pEnd = std::to_chars(pTo, pLimit, std::fabs(value), std::chars_format::fixed, kPlaces).ptr;
+        return pEnd - kPlaces + (nPrecision > 0 ? nPrecision : -1);
+    }
+
+    const uint64 nMantissa = nBits != 0 ? (nBits & 0x7FFFFF) | 0x800000 : 0;
+    const int nFractionBits = std::max(-nExponent, 0);
+    const uint64 nFractionMask = (uint64{1} << nFractionBits) - 1;
+    uint64 nFraction = nMantissa & nFractionMask;
+    pTo = std::to_chars(pTo, pLimit, nMantissa >> nFractionBits << std::max(nExponent, 0)).ptr;
+    if (nPrecision > 0)
+        *pTo++ = '.';
+    for (; nPrecision > 0; --nPrecision)
+    {
+        nFraction *= 10;
+        *pTo++ = static_cast<char>('0' + (nFraction >> nFractionBits));
+        nFraction &= nFractionMask;
+    }
+    return pTo;
+}
+
+// The same in exponent notation, with an exponent of three digits.
+char* WriteExponent(char* pTo, char* pLimit, float value, int nPrecision)
+{
+    constexpr int kPlaces = ZStackStringBase::kMaxPrecision;
+    const char* pExponent =
+        std::to_chars(pTo, pLimit, std::fabs(value), std::chars_format::scientific, kPlaces).ptr - 4;
+    char* pEnd = pTo + 1 + (nPrecision > 0 ? nPrecision + 1 : 0);
+    const char acExponent[] = {'e', pExponent[1], '0', pExponent[2], pExponent[3]};
+    return std::copy(std::begin(acExponent), std::end(acExponent), pEnd);
+}
+} // namespace
+
+ZStackStringBase::~ZStackStringBase() = default;
+
+const char* ZStackStringBase::format(const char* pszFormat, ...)
+{
+    pszFormat = detail::NotNull(pszFormat);
+    char* pBuffer = buffer();
+    char* pEnd = pBuffer + m_nSize;
+    const uint32 nRoom = capacity() - 1 - m_nSize;
+
+    // Printed one place behind the end and then moved up: an argument may be this string, and printf has to find its
+    // terminator.
+    va_list arguments;
+    va_start(arguments, pszFormat);
+    const int nPrinted = std::vsnprintf(pEnd + 1, nRoom, pszFormat, arguments);
+    va_end(arguments);
+    if (nPrinted < 0)
+        return pBuffer;
+
+    if (static_cast<uint32>(nPrinted) < nRoom)
+    {
+        std::memmove(pEnd, pEnd + 1, static_cast<uint32>(nPrinted));
+        EndAt(pBuffer, m_nSize + static_cast<uint32>(nPrinted));
+        return pBuffer;
+    }
+
+    // There the last character that fits has no place.
+    char* pText = nRoom < kMaxTemporary ? static_cast<char*>(KX_STACK_ALLOC(nRoom + 1)) : pEnd;
+    va_start(arguments, pszFormat);
+    std::vsnprintf(pText, nRoom + uint64{1}, pszFormat, arguments);
+    va_end(arguments);
+    std::memmove(pEnd, pText, nRoom);
+    EndAt(pBuffer, m_nSize + nRoom);
+    return pBuffer;
+}
+
+void ZStackStringBase::AppendCutting(std::string_view text)
+{
+    if (text.empty())
+        return;
+    char* pBuffer = buffer();
+    const uint64 nMax = capacity() - 1;
+    const uint64 nNew = std::min<uint64>(text.size(), nMax);
+    const uint64 nOld = std::min<uint64>(m_nSize, nMax - nNew);
+    std::memmove(pBuffer + nOld, text.data(), nNew);
+    EndAt(pBuffer, nOld + nNew);
+}
+
+void ZStackStringBase::Prepend(char* pBuffer, uint32 nCapacity, std::string_view text)
+{
+    if (text.empty())
+        return;
+    const uint64 nMax = nCapacity - 1;
+    const char* pText = text.data();
+    uint64 nAt = 0;
+
+    // A piece of this string is first rotated to the front. Then all that is missing is a second copy of it, where it
+    // was: a cut at the end can no longer take it away before it has been read.
+    const std::uintptr_t nOffset = detail::AddressOf(pText) - detail::AddressOf(pBuffer);
+    if (nOffset < m_nSize)
+    {
+        nAt = nOffset + text.size();
+        std::rotate(pBuffer, pBuffer + nOffset, pBuffer + nAt);
+        pText = pBuffer;
+    }
+
+    const uint64 nNew = std::min<uint64>(text.size(), nMax - nAt);
+    const uint64 nBehind = std::min<uint64>(m_nSize - nAt, nMax - nAt - nNew);
+    std::memmove(pBuffer + nAt + nNew, pBuffer + nAt, nBehind);
+    std::memcpy(pBuffer + nAt, pText, nNew);
+    EndAt(pBuffer, nAt + nNew + nBehind);
+}
+
+ZStackStringBase& ZStackStringBase::appendFloat(float value, char cFormat, int nPrecision)
+{
+    detail::BreakUnless(cFormat == 'f' || cFormat == 'e');
+    FloatText text;
+    char* pEnd = text;
+    if (value < 0)
+        *pEnd++ = '-';
+
+    nPrecision = std::clamp(nPrecision, 0, kMaxPrecision);
+    if (std::isnan(value))
+        pEnd = std::copy_n("nan", 3, pEnd);
+    else if (std::isinf(value))
+        pEnd = std::copy_n("inf", 3, pEnd);
+    else if (cFormat == 'e')
+        pEnd = WriteExponent(pEnd, std::end(text), value, nPrecision);
+    else
+        pEnd = WriteFixed(pEnd, std::end(text), value, nPrecision);
+    append(std::string_view(text, static_cast<size_t>(pEnd - text)));
+    return *this;
+}
+
+void ZStackStringBase::xmlEncode()
+{
+    char* pBuffer = buffer();
+    char* const pLimit = pBuffer + capacity() - 1;
+    char* const pEnd = pBuffer + m_nSize;
+    char* pTo = std::find_if(pBuffer, pEnd, EntityOf);
+    if (pTo == pEnd)
+        return;
+
+    // What follows moves to the end of the buffer, and from there back to its place, growing. The gap between reading
+    // and writing is the room that is left.
+    const char* pFrom = std::copy_backward(pTo, pEnd, pLimit);
+    while (pFrom != pLimit)
+    {
+        const char c = *pFrom++;
+        const std::string_view entity = kEntities[EntityOf(c)].m_text;
+        if (entity.empty())
+        {
+            *pTo++ = c;
+            continue;
+        }
+        if (static_cast<std::ptrdiff_t>(entity.size()) > pFrom - pTo)
+        {
+            *pTo++ = '?';
+            continue;
+        }
+        // Its first and its last four characters: two moves, where a copy by its length would be a call.
+        std::memcpy(pTo, entity.data(), 4);
+        pTo += entity.size();
+        std::memcpy(pTo - 4, entity.data() + entity.size() - 4, 4);
+    }
+    EndAt(pBuffer, static_cast<uint64>(pTo - pBuffer));
+}

@@ -1,0 +1,109 @@
+#include "core/strings/string.h"
+
+#include <algorithm>
+#include <cstring>
+#include <ostream>
+
+namespace
+{
+// A block for a text of nLength characters with its terminator, which is in place.
+char* AllocateChars(uint64 nLength)
+{
+    char* pChars = static_cast<char*>(GetNormalAllocator()->Allocate(nLength + 1, 1, 0));
+    pChars[nLength] = '\0';
+    return pChars;
+}
+
+char* CopyChars(std::string_view text)
+{
+    char* pChars = AllocateChars(text.size());
+    std::memcpy(pChars, text.data(), text.size());
+    return pChars;
+}
+
+// Whether there is something to allocate. A text that is too long takes the debug break, and counts as none then.
+bool NeedsBlock(uint64 nLength)
+{
+    detail::BreakUnless(nLength <= ZString::kMaxLength);
+    return nLength != 0 && nLength <= ZString::kMaxLength;
+}
+} // namespace
+
+ZString::ZString(std::string_view text)
+{
+    if (NeedsBlock(text.size()))
+    {
+        m_nLength = static_cast<uint32>(text.size());
+        m_pChars = CopyChars(text);
+    }
+}
+
+void ZString::CopyBlock()
+{
+    m_pChars = CopyChars(*this);
+}
+
+ZString ZString::AllocateFromCString(const char* pszText, int64 nLength)
+{
+    if (pszText == nullptr)
+        return {};
+    return ZString(std::string_view(pszText, static_cast<uint64>(nLength)));
+}
+
+int ZString::IndexOf(char c, int64 nStart) const
+{
+    return static_cast<int>(std::string_view(*this).find(c, static_cast<uint64>(std::max<int64>(nStart, 0))));
+}
+
+int ZString::LastIndexOf(char c, int64 nStart) const
+{
+    return nStart < 0 ? -1 : static_cast<int>(std::string_view(*this).rfind(c, static_cast<uint64>(nStart)));
+}
+
+int ZString::LastIndexOfAny(const ZString& set, int64 nStart) const
+{
+    return nStart < 0 ? -1 : static_cast<int>(std::string_view(*this).find_last_of(set, static_cast<uint64>(nStart)));
+}
+
+ZString ZString::Substring(int64 nStart, int64 nLength) const
+{
+    // Never start + length, which may overflow.
+    if (nStart < 0 && nLength > 0)
+    {
+        nLength += nStart;
+        nStart = 0;
+    }
+    if (nStart >= Length() || nLength <= 0)
+        return {};
+
+    const int64 nBehind = Length() - nStart;
+    ZString piece;
+    piece.m_nLength = kBorrowed | static_cast<uint32>(std::min(nLength, nBehind));
+    piece.m_pChars = m_pChars + nStart;
+    if (IsBorrowed() && nLength >= nBehind)
+        return piece;
+    piece.m_pChars = CopyChars(piece);
+    piece.m_nLength &= ~kBorrowed;
+    return piece;
+}
+
+ZString operator+(const ZString& first, const ZString& second)
+{
+    const std::string_view head = first;
+    const std::string_view tail = second;
+    ZString text;
+    if (NeedsBlock(head.size() + tail.size()))
+    {
+        char* pChars = AllocateChars(head.size() + tail.size());
+        std::memcpy(pChars, head.data(), head.size());
+        std::memcpy(pChars + head.size(), tail.data(), tail.size());
+        text.m_nLength = static_cast<uint32>(head.size() + tail.size());
+        text.m_pChars = pChars;
+    }
+    return text;
+}
+
+std::ostream& operator<<(std::ostream& stream, const ZString& text)
+{
+    return stream << std::string_view(text);
+}
