@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <random>
+#include <ranges>
 #include <unordered_map>
 
 template class THashMap<int, int64>;
@@ -221,6 +222,8 @@ struct SModel
 
     void CopyFrom(const SModel& other)
     {
+        if (this == &other)
+            return;
         Clear();
         Rehash(other.m_chains.size());
         for (const SEntry& entry : other.Walk())
@@ -229,6 +232,8 @@ struct SModel
 
     void MoveFrom(SModel& other)
     {
+        if (this == &other)
+            return;
         Clear();
         if (!m_chains.empty())
         {
@@ -268,12 +273,11 @@ struct SPolicy
     static bool Equals(const SKey& first, const SKey& second) { return first.m_nValue / 2 == second.m_nValue / 2; }
 };
 
-template <class TContainer>
-std::vector<int> Keys(const TContainer& container)
+template <class TMap>
+std::vector<int> Keys(const TMap& map)
 {
     std::vector<int> keys;
-    for (const auto& pair : container)
-        keys.push_back(pair.Key());
+    std::ranges::transform(map, std::back_inserter(keys), [](const auto& pair) { return pair.Key(); });
     return keys;
 }
 } // namespace
@@ -283,13 +287,13 @@ std::vector<int> Keys(const TContainer& container)
 TYPED_TEST(HashTest, AgreesWithAModel)
 {
     using Container = TOpen<TypeParam>;
-    const bool bMulti = std::is_same_v<TypeParam, TMultiHashMap<Logged, Logged>>;
-    const bool bValues = !std::is_same_v<TypeParam, THashSet<Logged>>;
+    const SModel empty{std::is_same_v<TypeParam, TMultiHashMap<Logged, Logged>>,
+                       !std::is_same_v<TypeParam, THashSet<Logged>>};
     for (uint32 nSeed = 1; nSeed <= 60; ++nSeed)
     {
         std::mt19937 random(nSeed);
         const auto below = [&](size_t n) { return static_cast<size_t>(random() % n); };
-        SModel models[3] = {{bMulti, bValues}, {bMulti, bValues}, {bMulti, bValues}};
+        SModel models[3] = {empty, empty, empty};
         {
             Container containers[2];
             for (int nStep = 0; nStep < 200; ++nStep)
@@ -297,55 +301,40 @@ TYPED_TEST(HashTest, AgreesWithAModel)
                 SCOPED_TRACE(testing::Message() << "seed " << nSeed << ", step " << nStep);
                 const size_t nWhich = below(2);
                 Container& container = containers[nWhich];
+                Container& other = containers[below(8) == 0 ? nWhich : 1 - nWhich];
                 SModel& model = models[nWhich];
-                Container& other = containers[1 - nWhich];
-                SModel& otherModel = models[1 - nWhich];
+                SModel& otherModel = models[&other - containers];
                 const Entries walk = model.Walk();
                 const size_t nAt = below(walk.size() + 1);
-                const bool bAtElement = nAt < walk.size();
                 auto pos = std::ranges::next(container.Begin(), static_cast<std::ptrdiff_t>(nAt));
                 const Logged key(static_cast<int>(below(60)) * 5 - 100);
                 const Logged value(1000 + nStep);
                 const Logged* pKey = &key;
                 const Logged* pValue = &value;
-                TakeJournal();
-                switch (below(20))
+                if (nAt < walk.size() && below(3) == 0)
                 {
-                case 0:
-                case 1:
-                case 2:
-                case 3:
-                    if (bAtElement)
-                    {
-                        pValue = &Parts(*pos).second;
-                        const Logged* apKeys[] = {&key, pValue, &Parts(*container.Begin()).first};
-                        pKey = apKeys[below(3)];
-                    }
-                    [[fallthrough]];
-                case 4:
-                case 5:
-                case 6:
-                case 7:
+                    pValue = &Parts(*pos).second;
+                    const Logged* apKeys[] = {&key, pValue, &Parts(*container.Begin()).first};
+                    pKey = apKeys[below(3)];
+                }
+                TakeJournal();
+                switch ("iiiiiiiieeeefffrcdmsx"[below(21)])
+                {
+                case 'i':
                 {
                     const uint64 nNode = model.Insert(pKey->m_nValue, pValue->m_nValue);
                     pos = InsertInto(container, *pKey, *pValue);
                     EXPECT_EQ(model.WalkFrom(&SEntry::m_nNode, nNode), WalkFrom(container, pos));
                     break;
                 }
-                case 8:
-                case 9:
-                case 10:
-                case 11:
-                    if (bAtElement)
-                    {
-                        model.Erase(walk[nAt]);
-                        pos = container.Erase(pos);
-                        EXPECT_EQ(Entries(walk.begin() + static_cast<std::ptrdiff_t>(nAt) + 1, walk.end()),
-                                  WalkFrom(container, pos));
-                    }
+                case 'e':
+                    if (pos == container.End())
+                        break;
+                    model.Erase(walk[nAt]);
+                    pos = container.Erase(pos);
+                    EXPECT_TRUE(std::ranges::equal(walk | std::views::drop(nAt + 1), WalkFrom(container, pos)));
                     break;
-                case 12:
-                case 13:
+                case 'f':
                 {
                     const Entries found = model.WalkFrom(&SEntry::m_nKey, key.m_nValue);
                     EXPECT_EQ(found, WalkFrom(container, container.Find(key)));
@@ -358,98 +347,80 @@ TYPED_TEST(HashTest, AgreesWithAModel)
                     }
                     break;
                 }
-                case 14:
+                case 'r':
                     model.Rehash(model.m_nSize + below(5));
                     container.Rehash(static_cast<uint32>(model.m_chains.size()));
                     break;
-                case 15:
+                case 'c':
                     model.CopyFrom(otherModel);
                     container = std::as_const(other);
                     break;
-                case 16:
+                case 'd':
                     models[2].CopyFrom(model);
                     otherModel.MoveFrom(models[2]);
                     other = Container(container);
                     break;
-                case 17:
+                case 'm':
                     otherModel.MoveFrom(model);
                     other = std::move(container);
                     break;
-                case 18:
+                case 's':
                     std::swap(model, otherModel);
                     std::swap(container, other);
                     break;
                 default:
-                    if (below(4) == 0)
-                    {
-                        model.Clear();
-                        container.Clear();
-                    }
+                    model.Clear();
+                    container.Clear();
                 }
-                EXPECT_EQ(std::exchange(g_expected, {}), TakeJournal());
+                ASSERT_EQ(std::exchange(g_expected, {}), TakeJournal());
                 for (const size_t i : {0u, 1u})
                 {
+                    ASSERT_TRUE(containers[i].Validate());
                     ASSERT_EQ(models[i].Walk(), WalkFrom(containers[i], containers[i].Begin()));
                     ASSERT_EQ(models[i].m_nSize, containers[i].Size());
                     ASSERT_EQ(models[i].m_chains.size(), containers[i].m_nBucketCount);
-                    ASSERT_TRUE(containers[i].Validate());
                     auto enumerator = std::as_const(containers[i]).GetEnumerator();
                     for (const auto& element : containers[i])
-                    {
-                        ASSERT_TRUE(enumerator.MoveNext());
-                        EXPECT_EQ(&element, &enumerator.Current());
-                    }
-                    EXPECT_FALSE(enumerator.MoveNext());
+                        ASSERT_EQ(&element, enumerator.MoveNext() ? &enumerator.Current() : nullptr);
+                    ASSERT_FALSE(enumerator.MoveNext());
                 }
             }
             TakeJournal();
         }
-        for (const size_t i : {1u, 0u})
-            models[i].MoveFrom(models[2]);
-        EXPECT_EQ(std::exchange(g_expected, {}), TakeJournal());
+        models[1].MoveFrom(models[2]);
+        models[0].MoveFrom(models[2]);
+        ASSERT_EQ(std::exchange(g_expected, {}), TakeJournal());
     }
 }
 
 TEST_F(HashMapTest, WalksInTheKnownOrder)
 {
     THashMap<int, int> map;
-    THashSet<int> set;
-    const auto insert = [&](int nFrom, int nTo)
+    TOpen<THashSet<int>> set;
+    std::map<uint32, std::vector<int>> walks; // the last one with so many buckets
+    for (int i = 1; i <= 12; ++i)
     {
-        for (int i = nFrom; i <= nTo; ++i)
-        {
-            map.Insert(i, i);
-            set.Insert(i);
-        }
-        EXPECT_EQ(Keys(map), Values(set));
-        return Keys(map);
-    };
-    EXPECT_EQ((std::vector<int>{1, 4, 3, 2}), insert(1, 4));
-    EXPECT_EQ((std::vector<int>{5, 2, 1, 3, 4}), insert(5, 5));
-    EXPECT_EQ((std::vector<int>{4, 11, 7, 12, 10, 6, 9, 3, 5, 1, 8, 2}), insert(6, 12));
+        map.Insert(i, i);
+        set.Insert(i);
+        ASSERT_EQ(Keys(map), Values(set));
+        walks[set.m_nBucketCount] = Values(set);
+    }
+    EXPECT_EQ((std::vector<int>{1, 4, 3, 2}), walks[4]);
+    EXPECT_EQ((std::vector<int>{4, 11, 7, 12, 10, 6, 9, 3, 5, 1, 8, 2}), walks[13]);
+    for (int i = 13; i <= 300; ++i)
+    {
+        set.Insert(i);
+        walks.try_emplace(set.m_nBucketCount);
+    }
+    const uint32 anCounts[] = {4, 6, 9, 13, 19, 28, 42, 63, 94, 141, 211, 316};
+    EXPECT_TRUE(std::ranges::equal(anCounts, walks | std::views::keys));
 
     TMultiHashMap<int, int> multi{{1, 1}, {2, 2}, {1, 3}, {1, 4}};
     EXPECT_EQ((std::vector<int>{1, 1, 1, 2}), Keys(multi));
     multi.Insert(2, 5);
     multi.Insert(3, 6);
     EXPECT_EQ((std::vector<int>{2, 2, 1, 1, 1, 3}), Keys(multi));
-    std::vector<int> values;
-    for (auto pos = multi.Find(1); pos->Key() == 1; ++pos)
-        values.push_back(pos->Value());
-    EXPECT_EQ((std::vector<int>{3, 4, 1}), values) << "1, 4, 3 as inserted, reversed by the growth";
-}
-
-TEST_F(HashMapTest, GrowsByHalfWhenFull)
-{
-    TOpen<THashSet<int>> set;
-    std::vector<uint32> counts;
-    for (int i = 0; i < 300; ++i)
-    {
-        set.Insert(i);
-        if (counts.empty() || counts.back() != set.m_nBucketCount)
-            counts.push_back(set.m_nBucketCount);
-    }
-    EXPECT_EQ((std::vector<uint32>{4, 6, 9, 13, 19, 28, 42, 63, 94, 141, 211, 316}), counts);
+    EXPECT_EQ(3, multi.Find(1)->Value()) << "1, 4, 3 as inserted, reversed by the growth";
 }
 
 TEST_F(HashMapTest, HashesSignedBytes)
@@ -525,10 +496,13 @@ TEST_F(HashMapTest, BreaksOnAViolatedPrecondition)
     while (enumerator.MoveNext())
         enumerator.Current().Value() = 3;
     EXPECT_BREAK(static_cast<void>(enumerator.Current()));
-    TOpen<THashMap<int, int>> full;
+
+    TOpen<TMultiHashMap<int, int>> full;
     full.Rehash(4);
     full.m_nSize = UINT32_MAX;
-    EXPECT_BREAK(full.Insert(1, 1));
+    EXPECT_BREAK(full.Insert(1, 1)) << "no node is left, and the count of one more wraps to 0";
+    full.m_nBucketCount = full.m_nSize = 0x60000000;
+    EXPECT_BREAK(full.Insert(1, 1)) << "one and a half times as many wraps to less";
 }
 
 TEST_F(HashMapTest, ResumedBreakGoesOnAsIfTheCheckHadPassed)
@@ -565,6 +539,7 @@ TEST_F(HashMapTest, ValidateSeesABrokenTable)
         [](Set& set) { set.m_pNodes[0].m_nNext = 4; },
         [](Set& set) { set.m_pNodes[3].m_nNext = 3; },
         [](Set& set) { set.m_pNodes[3].m_nNext = 0; },
+        [](Set& set) { set.Insert(4), set.Remove(3), set.m_nFreeHead = detail::kHashNone; },
         [](Set& set) { set.Remove(3), set.m_nFreeHead = 3, set.m_pNodes[3].m_nNext = detail::kHashNone; },
     };
     for (size_t i = 0; i < std::size(breakages); ++i)
@@ -577,14 +552,14 @@ TEST_F(HashMapTest, ValidateSeesABrokenTable)
     }
 }
 
-// A long run beside the standard containers.
+// A long run beside the standard containers, with elements that are aligned to more than an index is.
 TEST_F(HashMapTest, AgreesWithTheStandardContainers)
 {
     std::mt19937 random(20261121);
-    THashMap<int, int> map;
-    TMultiHashMap<int, int> multi;
-    std::unordered_map<int, int> mapModel;
-    std::unordered_multimap<int, int> multiModel;
+    THashMap<int, int64> map;
+    TMultiHashMap<int64, int> multi;
+    std::unordered_map<int, int64> mapModel;
+    std::unordered_multimap<int64, int> multiModel;
     for (int i = 0; i < 300'000; ++i)
     {
         const int nKey = static_cast<int>(random() % 5000) * 400'009;
@@ -609,6 +584,5 @@ TEST_F(HashMapTest, AgreesWithTheStandardContainers)
     for (const auto& pair : map)
         ASSERT_EQ(mapModel.at(pair.Key()), pair.Value());
     for (const auto& pair : multi)
-        ASSERT_NE(0u, std::erase_if(multiModel, [&](const auto& entry) { return entry.second == pair.Value(); }));
-    ASSERT_TRUE(multiModel.empty());
+        ASSERT_EQ(1u, std::erase_if(multiModel, [&](const auto& entry) { return entry.second == pair.Value(); }));
 }

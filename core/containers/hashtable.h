@@ -86,8 +86,7 @@ public:
     {
         if (this == &other)
             return *this;
-        if (m_nSize != 0)
-            Clear();
+        Clear();
         Rehash(other.m_nBucketCount);
         // With the same number of buckets every key has the bucket that it has there.
         ForEachNode(other, [this](const TNode& node, uint32 nBucket) { AddNode(nBucket, node.m_element); });
@@ -162,9 +161,11 @@ public:
     // Destroys the elements in the order of the walk, each value before its key. Keeps both arrays.
     void Clear()
     {
-        DestroyElements();
         if (m_nSize != 0)
+        {
+            DestroyElements();
             EmptyBuckets();
+        }
         m_nFreeHead = kHashNone;
         m_nSize = 0;
     }
