@@ -77,13 +77,6 @@ KX_API void RemoveNode(SRedBlackTreeLinks* pNode, const SRedBlackTreeLinks* pHea
 // Whether links, colours and count are in order; the elements are not looked at.
 KX_API bool ValidateNodes(const SRedBlackTreeLinks* pHeader, int32 nSize);
 
-// Has the processor fetch a node, or nothing for null, that is going to be visited soon: in a large tree a walk spends
-// its time waiting for nodes, and this way it waits for several at once.
-inline void Prefetch(const SRedBlackTreeLinks* pNode)
-{
-    __builtin_prefetch(pNode);
-}
-
 // The next node in order; the header behind the last one, the first one behind the header. The header of an empty tree
 // follows itself.
 inline SRedBlackTreeLinks* NextNode(SRedBlackTreeLinks* pNode)
