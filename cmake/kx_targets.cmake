@@ -14,10 +14,13 @@ function(kx_add_module target alias exports)
   add_library(${target} SHARED ${ARGN})
   add_library(kx::${alias} ALIAS ${target})
   kx_configure(${target})
-  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+  target_include_directories(${target} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/kxcore>)
   set_target_properties(${target} PROPERTIES
     DEFINE_SYMBOL ${exports}
     EXPORT_NAME ${alias}
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR})
+  install(TARGETS ${target} EXPORT kxcore)
 endfunction()

@@ -4,7 +4,6 @@
 #include "tests/support/journal.h"
 
 #include <algorithm>
-#include <random>
 
 template class TArray<int>;
 template class TArray<LoggedCopy>;
@@ -360,66 +359,4 @@ TEST_F(ArrayTest, ResumedBreakGoesOnAsIfTheCheckHadPassed)
     array.Erase(array.End());
     EXPECT_EQ((std::vector<int>{1}), Values(array));
     EXPECT_EQ(1, breaks.Take());
-}
-
-// Random operations against the standard array that is grown by the same rule.
-TEST_F(ArrayTest, AgreesWithAModel)
-{
-    std::mt19937 random(20261121);
-    for (int nRun = 0; nRun < 20; ++nRun)
-    {
-        TArray<Logged> array;
-        std::vector<int> model;
-        uint64 nCapacity = 0;
-        for (int nStep = 0; nStep < 200; ++nStep)
-        {
-            const auto below = [&](size_t n) { return static_cast<size_t>(random() % n); };
-            const size_t nAt = below(model.size() + 1);
-            const int nValue = static_cast<int>(random() % 1000);
-            const bool bOwn = nAt < model.size();
-            switch (below(8))
-            {
-            case 0:
-            case 1:
-                array.Add(Logged(nValue));
-                model.push_back(nValue);
-                break;
-            case 2:
-            case 3:
-                array.Insert(array.Begin() + nAt, Logged(nValue));
-                model.insert(model.begin() + static_cast<std::ptrdiff_t>(nAt), nValue);
-                break;
-            case 4:
-                if (bOwn)
-                {
-                    const size_t nTo = below(model.size());
-                    const int nOwn = model[nAt];
-                    array.Insert(array.Begin() + nTo, array[nAt]);
-                    model.insert(model.begin() + static_cast<std::ptrdiff_t>(nTo), nOwn);
-                }
-                break;
-            case 5:
-            case 6:
-                if (bOwn)
-                {
-                    array.Erase(nAt);
-                    model.erase(model.begin() + static_cast<std::ptrdiff_t>(nAt));
-                }
-                break;
-            default:
-                array.Reserve(nAt, nStep % 2 == 0);
-                if (nAt > nCapacity || (nStep % 2 == 0 && nAt >= model.size()))
-                    nCapacity = nAt;
-            }
-            if (model.size() > nCapacity)
-                nCapacity += nCapacity / 4 + 1;
-            ASSERT_EQ(model, Values(array));
-            ASSERT_EQ(nCapacity, array.Capacity());
-            ASSERT_TRUE(array.Validate());
-        }
-    }
-    const Journal journal = TakeJournal();
-    const auto count = [&](const char* pszWord)
-    { return std::ranges::count_if(journal, [&](const std::string& entry) { return entry.starts_with(pszWord); }); };
-    EXPECT_EQ(count("new ") + count("copy ") + count("move "), count("delete "));
 }

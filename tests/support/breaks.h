@@ -4,8 +4,34 @@
 #include <csignal>
 #include <gtest/gtest.h>
 
+// Present in a coverage build alone.
+extern "C" void __gcov_dump() __attribute__((weak)); // NOLINT(bugprone-reserved-identifier)
+
+namespace detail
+{
+// What a process that ends at a break has covered, counts too.
+inline void SaveCoverageAtBreak()
+{
+    if (&__gcov_dump == nullptr)
+        return;
+    std::signal(SIGTRAP,
+                [](int)
+                {
+                    __gcov_dump();
+                    std::signal(SIGTRAP, SIG_DFL);
+                    std::raise(SIGTRAP);
+                });
+}
+} // namespace detail
+
 // The statement ends the process at a breakpoint instruction, and not by some other fault.
-#define EXPECT_BREAK(statement) EXPECT_EXIT(statement, testing::KilledBySignal(SIGTRAP), "")
+#define EXPECT_BREAK(statement)                                                                                        \
+    EXPECT_EXIT(                                                                                                       \
+        {                                                                                                              \
+            detail::SaveCoverageAtBreak();                                                                             \
+            statement;                                                                                                 \
+        },                                                                                                             \
+        testing::KilledBySignal(SIGTRAP), "")
 
 // Plays the debugger that resumes: while it lives, every debug break is counted and execution goes on behind it.
 class BreakCounter

@@ -1,0 +1,237 @@
+// TMaxArray, TBlockArray, TList and TSList beside the standard containers and Boost's of the same kind.
+#include "bench/support.h"
+#include "core/containers/blockarray.h"
+#include "core/containers/list.h"
+#include "core/containers/maxarray.h"
+#include "core/containers/slist.h"
+
+#include <boost/container/deque.hpp>
+#include <boost/container/list.hpp>
+#include <boost/container/slist.hpp>
+#include <boost/container/static_vector.hpp>
+#include <deque>
+#include <forward_list>
+#include <list>
+#include <memory>
+
+namespace
+{
+constexpr uint32 kMost = 100001;
+
+// What the rows call, in each contestant's words.
+template <class TBase>
+struct Own : TBase
+{
+    using Value = typename TBase::value_type;
+
+    void PushBack(const Value& value)
+    {
+        if constexpr (requires { this->Add(value); })
+            this->Add(value);
+        else
+            this->Insert(this->End(), value);
+    }
+    void PushFront(const Value& value) { this->Insert(this->Begin(), value); }
+    auto InsertAt(typename TBase::iterator pos, const Value& value) { return this->Insert(pos, value); }
+    auto EraseAt(typename TBase::iterator pos) { return this->Erase(pos); }
+    void RemoveAll() { this->Clear(); }
+};
+
+template <class TBase>
+struct Peer : TBase
+{
+    using Value = typename TBase::value_type;
+
+    void PushBack(const Value& value) { this->push_back(value); }
+    void PushFront(const Value& value) { this->push_front(value); }
+    auto InsertAt(typename TBase::iterator pos, const Value& value) { return this->insert(pos, value); }
+    auto EraseAt(typename TBase::iterator pos) { return this->erase(pos); }
+    void RemoveAll() { this->clear(); }
+};
+
+// Insertion before a position, by the same walk from the head.
+template <class TBase>
+struct ForwardPeer : Peer<TBase>
+{
+    using Value = typename TBase::value_type;
+
+    auto Before(typename TBase::iterator pos)
+    {
+        auto before = this->before_begin();
+        while (std::next(before) != pos)
+            ++before;
+        return before;
+    }
+    auto InsertAt(typename TBase::iterator pos, const Value& value) { return this->insert_after(Before(pos), value); }
+    auto EraseAt(typename TBase::iterator pos) { return this->erase_after(Before(pos)); }
+};
+
+enum class Where
+{
+    kBack,
+    kFront
+};
+
+template <Where where, class TSequence>
+void Fill(TSequence& sequence, int64 n)
+{
+    for (int64 i = 0; i < n; ++i)
+    {
+        if constexpr (where == Where::kBack)
+            sequence.PushBack(static_cast<int>(i));
+        else
+            sequence.PushFront(static_cast<int>(i));
+    }
+}
+
+// On the heap, since TMaxArray holds its elements itself.
+template <class TSequence, Where where>
+std::unique_ptr<TSequence> Filled(int64 n)
+{
+    auto pSequence = std::make_unique<TSequence>();
+    Fill<where>(*pSequence, n);
+    return pSequence;
+}
+
+// From nothing to n elements, and back to nothing.
+template <class TSequence, Where where>
+void Push(benchmark::State& state)
+{
+    const int64 n = state.range(0);
+    for (auto _ : state)
+    {
+        const auto pSequence = Filled<TSequence, where>(n);
+        Consume(state, *pSequence->begin(), where == Where::kBack ? 0 : n - 1);
+    }
+}
+
+template <class TSequence, Where where>
+void ClearAndRefill(benchmark::State& state)
+{
+    const int64 n = state.range(0);
+    const auto pSequence = Filled<TSequence, where>(n);
+    for (auto _ : state)
+    {
+        pSequence->RemoveAll();
+        Fill<where>(*pSequence, n);
+        Consume(state, *pSequence->begin(), where == Where::kBack ? 0 : n - 1);
+    }
+}
+
+template <class TSequence, Where where>
+void Iterate(benchmark::State& state)
+{
+    const int64 n = state.range(0);
+    const auto pSequence = Filled<TSequence, where>(n);
+    for (auto _ : state)
+    {
+        int64 nSum = 0;
+        for (const auto& element : *pSequence)
+            nSum += element;
+        Consume(state, nSum, n * (n - 1) / 2);
+    }
+}
+
+template <class TSequence, Where where>
+void Copy(benchmark::State& state)
+{
+    const int64 n = state.range(0);
+    const auto pSequence = Filled<TSequence, where>(n);
+    for (auto _ : state)
+    {
+        const auto pCopy = std::make_unique<TSequence>(*pSequence);
+        Consume(state, *pCopy->begin(), *pSequence->begin());
+    }
+}
+
+template <class TSequence, Where where>
+void Move(benchmark::State& state)
+{
+    const auto pSequence = Filled<TSequence, where>(state.range(0));
+    const auto pOther = std::make_unique<TSequence>();
+    const int nFirst = *pSequence->begin();
+    for (auto _ : state)
+    {
+        *pOther = std::move(*pSequence);
+        *pSequence = std::move(*pOther);
+        Consume(state, *pSequence->begin(), nFirst);
+    }
+}
+
+// One element goes in and out again, at a position that is known beforehand.
+template <class TSequence, Where where>
+void InsertAndErase(benchmark::State& state)
+{
+    const int64 n = state.range(0);
+    const auto pSequence = Filled<TSequence, where>(n);
+    auto middle = std::next(pSequence->begin(), n / 2);
+    for (auto _ : state)
+    {
+        middle = pSequence->InsertAt(middle, 7);
+        Consume(state, *middle, 7);
+        middle = pSequence->EraseAt(middle);
+    }
+}
+
+template <class TSequence, Where where>
+void RegisterAll(const std::string& row, const std::string& contestant)
+{
+    Register("refill and clear, " + row, contestant, ClearAndRefill<TSequence, where>);
+    Register("iterate, " + row, contestant, Iterate<TSequence, where>);
+    Register("insert and erase in middle, " + row, contestant, InsertAndErase<TSequence, where>);
+    Register("copy, " + row, contestant, Copy<TSequence, where>);
+    Register("move there and back, " + row, contestant, Move<TSequence, where>);
+}
+
+template <class TOwn, class TStandard, class TBoost, Where where>
+void RegisterPush(const std::string& row)
+{
+    Register(row, "own", Push<TOwn, where>);
+    Register(row, "standard", Push<TStandard, where>);
+    Register(row, "Boost", Push<TBoost, where>);
+}
+
+template <class T>
+void RegisterElement(const std::string& element)
+{
+    namespace container = boost::container;
+    using OwnBlocks = Own<TBlockArray<T>>;
+    using StdBlocks = Peer<std::deque<T>>;
+    using BoostBlocks = Peer<container::deque<T>>;
+    using OwnList = Own<TList<T>>;
+    using StdList = Peer<std::list<T>>;
+    using BoostList = Peer<container::list<T>>;
+    using OwnSList = Own<TSList<T>>;
+    using StdSList = ForwardPeer<std::forward_list<T>>;
+    using BoostSList = ForwardPeer<container::slist<T>>;
+    using OwnMax = Own<TMaxArray<T, kMost>>;
+    using BoostMax = Peer<container::static_vector<T, kMost>>;
+
+    RegisterAll<OwnMax, Where::kBack>("TMaxArray of " + element, "own");
+    RegisterAll<BoostMax, Where::kBack>("TMaxArray of " + element, "Boost");
+
+    RegisterPush<OwnBlocks, StdBlocks, BoostBlocks, Where::kBack>("push back, TBlockArray of " + element);
+    RegisterPush<OwnBlocks, StdBlocks, BoostBlocks, Where::kFront>("push front, TBlockArray of " + element);
+    RegisterAll<OwnBlocks, Where::kBack>("TBlockArray of " + element, "own");
+    RegisterAll<StdBlocks, Where::kBack>("TBlockArray of " + element, "standard");
+    RegisterAll<BoostBlocks, Where::kBack>("TBlockArray of " + element, "Boost");
+
+    RegisterPush<OwnList, StdList, BoostList, Where::kBack>("push back, TList of " + element);
+    RegisterPush<OwnList, StdList, BoostList, Where::kFront>("push front, TList of " + element);
+    RegisterAll<OwnList, Where::kBack>("TList of " + element, "own");
+    RegisterAll<StdList, Where::kBack>("TList of " + element, "standard");
+    RegisterAll<BoostList, Where::kBack>("TList of " + element, "Boost");
+
+    RegisterPush<OwnSList, StdSList, BoostSList, Where::kFront>("push front, TSList of " + element);
+    RegisterAll<OwnSList, Where::kFront>("TSList of " + element, "own");
+    RegisterAll<StdSList, Where::kFront>("TSList of " + element, "standard");
+    RegisterAll<BoostSList, Where::kFront>("TSList of " + element, "Boost");
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    RegisterElement<int>("int");
+    RegisterElement<Block64>("64 bytes");
+    return RunBenchmarks(argc, argv);
+}

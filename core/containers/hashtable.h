@@ -1,0 +1,436 @@
+// The table behind THashMap, TMultiHashMap and THashSet: separate chaining without an allocation for each element. All
+// nodes lie in one array; chains are indices into it, and so is the list of the nodes that are free again.
+//
+//   a map after the keys 1, 2, 3, 4 were inserted; its walk is 1, 4, 3, 2:
+//
+//   m_pBuckets    bucket       0      1      2      3
+//                 head         0      -      3      1      a node, or none
+//
+//   m_pNodes      node         0      1      2      3
+//                 m_nNext      -      -      -      2      a node, or none
+//                 key          1      2      3      4
+//                 value        ...
+//
+//   There are as many nodes as buckets: m_nBucketCount, which is 0 (no arrays) or at least 4, and not below m_nSize. A
+//   live node is in the chain of bucket Hash(key) % m_nBucketCount, and in no other; a freed one in the free list,
+//   which starts at m_nFreeHead. Nodes that were never used are the last ones of the array, so where the free list is
+//   empty the live nodes are exactly 0 to m_nSize - 1.
+//
+// What sets it apart from the standard unordered containers:
+//
+// - Two allocations for a whole table, none for an element. Chains and nodes can be copied as they are, since an index
+//   means the same in any array.
+// - It grows when it is full, to one and a half times the buckets: 4, 6, 9, 13, 19, 28, 42, 63, 94, 141, ... Growth
+//   copies the elements, and destroys the old ones, even if they could be moved.
+// - The order of a walk can be predicted: by bucket, and within a bucket by chain. It hangs on the history of
+//   insertions, and growth changes it.
+// - Iterators point at the container, so moving a container away invalidates them. Rehash, growth, Clear and assignment
+//   invalidate all of them, Erase only those to its element, and insertion with room none. Elements stay where they are
+//   until the next rehash.
+// - A violated precondition takes the debug break; see detail::BreakUnless.
+#pragma once
+
+#include "core/containers/hashiterator.h"
+#include "core/containers/lifetime.h"
+#include "core/memory/memorymanager.h"
+
+#include <cstddef>
+#include <cstring>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+namespace detail
+{
+// The interface that the three containers have in common. TFields is one of the two structs above. With bMulti a new
+// node goes directly behind the first one of an equal key, or to the end of its chain; without, keys are unique, and a
+// new node goes to the head.
+template <class TFields, class TPolicy, bool bMulti>
+class THashTable : protected TFields
+{
+protected:
+    using TKey = typename TFields::TKey;
+    using TElement = typename TFields::TElement;
+    using TNode = SHashNode<std::remove_const_t<TElement>>;
+
+public:
+    using value_type = std::remove_const_t<TElement>;
+    using iterator = THashIterator<TFields, TElement>;
+    using const_iterator = THashIterator<TFields, const TElement>;
+
+    // No arrays, no allocator call.
+    THashTable() = default;
+
+    // As an assignment to an empty container.
+    THashTable(const THashTable& other) : TFields() { *this = other; }
+
+    // Takes the arrays over. No element is touched, no allocator is called. The source is left as by the default
+    // constructor.
+    THashTable(THashTable&& other) noexcept : TFields(std::exchange<TFields>(other, {})) {}
+
+    // Destroys the elements in the order of the walk, each value before its key, then releases the bucket array and the
+    // node array, if there are any.
+    ~THashTable()
+    {
+        static_assert(sizeof(THashTable) == 32 && offsetof(TFields, m_pBuckets) == 16
+                          && offsetof(TFields, m_nFreeHead) == offsetof(TFields, m_nSize) + 4
+                          && offsetof(TFields, m_nBucketCount) == offsetof(TFields, m_nFreeHead) + 4,
+                      "the fields are the layout that type descriptions and debugger views rely on");
+        DestroyAll();
+    }
+
+    // Destroys the old elements, rehashes to the bucket count of the source (even to the same count; to no table if the
+    // source has none), then inserts copies in the order of the source's walk. So the chains of a map or a set come out
+    // reversed. Assigning a container to itself has no effect.
+    THashTable& operator=(const THashTable& other)
+    {
+        if (this == &other)
+            return *this;
+        if (m_nSize != 0)
+            Clear();
+        Rehash(other.m_nBucketCount);
+        // With the same number of buckets every key has the bucket that it has there.
+        ForEachNode(other, [this](const TNode& node, uint32 nBucket) { AddNode(nBucket, node.m_element); });
+        return *this;
+    }
+
+    // Does what the destructor does, then takes the arrays of the source over, which is left as by the default
+    // constructor. Moving a container onto itself has no effect.
+    THashTable& operator=(THashTable&& other) noexcept
+    {
+        if (this == &other)
+            return *this;
+        DestroyAll();
+        static_cast<TFields&>(*this) = std::exchange<TFields>(other, {});
+        return *this;
+    }
+
+    uint32 Size() const { return m_nSize; }
+    bool IsEmpty() const { return m_nSize == 0; }
+
+    // Begin() looks for the first bucket in use: linear in the buckets. A whole walk is linear in buckets and elements.
+    iterator Begin() { return First<iterator>(); }
+    const_iterator Begin() const { return First<const_iterator>(); }
+    iterator End() { return {nullptr, Table(), kHashNone}; }
+    const_iterator End() const { return {nullptr, Table(), kHashNone}; }
+    iterator begin() { return Begin(); }
+    const_iterator begin() const { return Begin(); }
+    iterator end() { return End(); }
+    const_iterator end() const { return End(); }
+
+    // Stands before the first element. What invalidates iterators invalidates it too.
+    THashEnumerator<TFields, TElement> GetEnumerator() { return THashEnumerator<TFields, TElement>(Table()); }
+    THashEnumerator<TFields, const TElement> GetEnumerator() const
+    {
+        return THashEnumerator<TFields, const TElement>(Table());
+    }
+
+    // The element of that key, of several the first one in the walk, whose equals follow it; End() if there is none.
+    // Constant on average.
+    iterator Find(const TKey& key) { return FindAs<iterator>(key); }
+    const_iterator Find(const TKey& key) const { return FindAs<const_iterator>(key); }
+
+    bool Contains(const TKey& key) const { return Find(key) != End(); }
+
+    // Removes the element at pos, value before key; the result is the position of the element that followed. Its node
+    // is the next one that an insertion takes. Takes the debug break for End(), and for an element that is not in this
+    // container. Constant on average, but for the way to the next bucket in use.
+    iterator Erase(iterator pos)
+    {
+        BreakUnless(m_pBuckets != nullptr && pos != End());
+        iterator next = pos;
+        ++next;
+        TNode* pNode = HashNodeOf(pos.operator->());
+        uint32* pLink = FindLink(BucketOf(TFields::KeyOf(*pos)), [pNode](const TNode& node) { return &node == pNode; });
+        BreakUnless(*pLink != kHashNone);
+        RemoveNode(pLink, *pNode);
+        return next;
+    }
+
+    // Removes the element of that key; false if there is none. Constant on average.
+    bool Remove(const TKey& key) requires(!bMulti)
+    {
+        if (m_pBuckets == nullptr)
+            return false;
+        uint32* pLink = FindKey(BucketOf(key), key);
+        if (*pLink == kHashNone)
+            return false;
+        RemoveNode(pLink, m_pNodes[*pLink]);
+        return true;
+    }
+
+    // Destroys the elements in the order of the walk, each value before its key. Keeps both arrays.
+    void Clear()
+    {
+        DestroyElements();
+        if (m_nSize != 0)
+            EmptyBuckets();
+        m_nFreeHead = kHashNone;
+        m_nSize = 0;
+    }
+
+    // Copies the elements into new arrays of nCount buckets and nodes, at least 4, or to no arrays for 0; even if the
+    // count is what it was. The bucket array is allocated first. Then each element, in the order of the walk, is copied
+    // to the next node and the old one destroyed, so that every chain comes out reversed, and equal keys stay together.
+    // Last the old node array and bucket array are released. Takes the debug break for a count below Size(), and in a
+    // set whose m_bNoRehash is set, before that.
+    void Rehash(uint32 nCount)
+    {
+        static_assert(
+            alignof(TNode) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
+            "the node array is aligned as plain operator new aligns: an over-aligned type has no place in it");
+        BreakUnless(TFields::MayRehash());
+        BreakUnless(m_nSize <= nCount);
+        const TFields old = *this;
+        m_nFreeHead = kHashNone;
+        AllocateArrays(nCount);
+        uint32 nIndex = 0;
+        ForEachNode(old,
+                    [&](TNode& node, uint32)
+                    {
+                        TNode& copy = m_pNodes[nIndex];
+                        ConstructAt(PointerTo(copy.m_element), std::as_const(node.m_element));
+                        uint32& nHead = m_pBuckets[BucketOf(TFields::KeyOf(copy.m_element))];
+                        copy.m_nNext = std::exchange(nHead, nIndex++);
+                        node.m_element.~value_type();
+                    });
+        Release(old.m_pNodes);
+        Release(old.m_pBuckets);
+    }
+
+    // Whether the invariants hold. For tests and debugging; linear.
+    bool Validate() const
+    {
+        if ((m_pBuckets == nullptr) != (m_nBucketCount == 0) || (m_pNodes == nullptr) != (m_nBucketCount == 0)
+            || (m_nBucketCount != 0 && m_nBucketCount < kFewestBuckets) || m_nSize > m_nBucketCount)
+            return false;
+
+        uint32 nFree = 0;
+        uint32 nUsed = 0;
+        uint32 nLastFree = kHashNone;
+        for (uint32 nNode = m_nFreeHead; nNode != kHashNone; nNode = m_pNodes[nNode].m_nNext)
+        {
+            if (nNode >= m_nBucketCount || ++nFree > m_nBucketCount - m_nSize)
+                return false;
+            nUsed = nNode < nUsed ? nUsed : nNode + 1;
+            nLastFree = nNode;
+        }
+        if (nUsed > m_nSize + nFree)
+            return false;
+
+        // Live and free nodes are as many as the nodes below that sum, so they are these if none is counted twice. A
+        // node in two chains would have two hashes; one in a chain and in the free list, and both would end alike.
+        uint32 nLive = 0;
+        for (uint32 nBucket = 0; nBucket < m_nBucketCount; ++nBucket)
+        {
+            for (uint32 nNode = m_pBuckets[nBucket]; nNode != kHashNone; nNode = m_pNodes[nNode].m_nNext)
+            {
+                if (nNode >= m_nSize + nFree || ++nLive > m_nSize || nNode == nLastFree
+                    || BucketOf(TFields::KeyOf(m_pNodes[nNode].m_element)) != nBucket)
+                    return false;
+            }
+        }
+        return nLive == m_nSize;
+    }
+
+protected:
+    using TFields::m_nBucketCount;
+    using TFields::m_nFreeHead;
+    using TFields::m_nSize;
+    using TFields::m_pBuckets;
+    using TFields::m_pNodes;
+
+    // Inserts an element constructed from key and values. Where keys are unique and the key exists, the value (if there
+    // is one) is assigned instead. Full tables grow, and only for an element that does go in.
+    template <class... TValues>
+    iterator InsertElement(const TKey& key, const TValues&... values)
+    {
+        const uint32 nHash = TPolicy::Hash(key);
+        if (m_pBuckets == nullptr) [[unlikely]]
+            return InsertGrowing(nHash, key, values...);
+        const uint32 nBucket = nHash % m_nBucketCount;
+        if constexpr (!bMulti)
+        {
+            if (const uint32 nFound = *FindKey(nBucket, key); nFound != kHashNone)
+            {
+                TElement& element = m_pNodes[nFound].m_element;
+                ((element.Value() = values), ...);
+                return {PointerTo(element), Table(), nBucket};
+            }
+        }
+        if (m_nBucketCount < m_nSize + 1) [[unlikely]]
+            return InsertGrowing(nHash, key, values...);
+        return AddNode(nBucket, key, values...);
+    }
+
+private:
+    static constexpr uint32 kFewestBuckets = 4;
+
+    // A reference to an argument of an insertion that growth is about to precede. An argument that lies in a node goes
+    // with it: rehashing copies the nodes in the order of the walk, so a node's new index is its place in the walk.
+    // (The table is full, so every node is in it.)
+    template <class T>
+    struct SArgument
+    {
+        SArgument(const THashTable& table, const T& argument) : m_pArgument(PointerTo(argument))
+        {
+            const std::uintptr_t nOffset = AddressOf(m_pArgument) - AddressOf(table.m_pNodes);
+            if (nOffset >= table.m_nBucketCount * sizeof(TNode))
+                return;
+            const TNode* pNode = table.m_pNodes + nOffset / sizeof(TNode);
+            std::uintptr_t nNewIndex = 0;
+            for (const_iterator pos = table.Begin(); HashNodeOf(pos.operator->()) != pNode; ++pos)
+                ++nNewIndex;
+            m_pArgument = nullptr;
+            m_nNewOffset = nNewIndex * sizeof(TNode) + nOffset % sizeof(TNode);
+        }
+
+        const T& In(const THashTable& grown) const
+        {
+            return m_pArgument != nullptr ? *m_pArgument
+                                          : *reinterpret_cast<const T*>(AddressOf(grown.m_pNodes) + m_nNewOffset);
+        }
+
+        const T* m_pArgument;
+        std::uintptr_t m_nNewOffset = 0;
+    };
+
+    template <class... TArgs>
+    KX_NOINLINE iterator InsertGrowing(uint32 nHash, const TArgs&... args)
+    {
+        const auto growAndAdd = [this, nHash](const auto&... arguments)
+        {
+            const uint32 nGrown = (m_nBucketCount * 3) >> 1;
+            Rehash(nGrown != 0 ? nGrown : kFewestBuckets);
+            return AddNode(nHash % m_nBucketCount, arguments.In(*this)...);
+        };
+        return growAndAdd(SArgument<TArgs>(*this, args)...);
+    }
+
+    // Constructs an element from args in a node, the one freed last or the first that was never used, and links it.
+    template <class... TArgs>
+    iterator AddNode(uint32 nBucket, const TArgs&... args)
+    {
+        const uint32 nIndex = TakeNode();
+        TNode& node = m_pNodes[nIndex];
+        ConstructAt(PointerTo(node.m_element), args...);
+        uint32* pLink = &m_pBuckets[nBucket];
+        if constexpr (bMulti)
+        {
+            pLink = FindKey(nBucket, TFields::KeyOf(node.m_element));
+            if (*pLink != kHashNone)
+                pLink = &m_pNodes[*pLink].m_nNext;
+        }
+        node.m_nNext = std::exchange(*pLink, nIndex);
+        ++m_nSize;
+        return {PointerTo(node.m_element), Table(), nBucket};
+    }
+
+    uint32 TakeNode()
+    {
+        if (m_nFreeHead != kHashNone)
+            return std::exchange(m_nFreeHead, m_pNodes[m_nFreeHead].m_nNext);
+        BreakUnless(m_nSize < m_nBucketCount);
+        return m_nSize;
+    }
+
+    // Unlinks the node that pLink leads to, destroys its element, and puts it at the head of the free list.
+    void RemoveNode(uint32* pLink, TNode& node)
+    {
+        *pLink = node.m_nNext;
+        node.m_element.~value_type();
+        node.m_nNext = std::exchange(m_nFreeHead, static_cast<uint32>(&node - m_pNodes));
+        --m_nSize;
+    }
+
+    // The place of the index of the first node in the bucket's chain that matches: the bucket or the m_nNext of the
+    // node in front. It holds kHashNone, as the chain's last link, if there is no such node.
+    template <class TMatch>
+    uint32* FindLink(uint32 nBucket, TMatch matches) const
+    {
+        uint32* pLink = &m_pBuckets[nBucket];
+        while (*pLink != kHashNone && !matches(m_pNodes[*pLink]))
+            pLink = &m_pNodes[*pLink].m_nNext;
+        return pLink;
+    }
+
+    uint32* FindKey(uint32 nBucket, const TKey& key) const
+    {
+        return FindLink(nBucket,
+                        [&key](const TNode& node) { return TPolicy::Equals(TFields::KeyOf(node.m_element), key); });
+    }
+
+    uint32 BucketOf(const TKey& key) const { return TPolicy::Hash(key) % m_nBucketCount; }
+
+    const uint32* Table() const { return &m_nBucketCount; }
+
+    // An iterator to the first element, to the element of a key.
+    template <class TIterator>
+    TIterator First() const
+    {
+        uint32 nBucket = kHashNone;
+        TElement* pFirst = m_nSize != 0 ? NextInBuckets<TFields>(*this, nBucket) : nullptr;
+        return {pFirst, Table(), nBucket};
+    }
+
+    template <class TIterator>
+    TIterator FindAs(const TKey& key) const
+    {
+        if (m_pBuckets == nullptr)
+            return {nullptr, Table(), kHashNone};
+        const uint32 nBucket = BucketOf(key);
+        const uint32 nFound = *FindKey(nBucket, key);
+        if (nFound == kHashNone)
+            return {nullptr, Table(), kHashNone};
+        return {PointerTo(m_pNodes[nFound].m_element), Table(), nBucket};
+    }
+
+    // Calls function(node, bucket) for each live node in the order of the walk. It may destroy the element.
+    template <class TFunction>
+    static void ForEachNode(const TFields& fields, TFunction function)
+    {
+        for (uint32 nBucket = 0; nBucket < fields.m_nBucketCount; ++nBucket)
+        {
+            for (uint32 nNode = fields.m_pBuckets[nBucket]; nNode != kHashNone;)
+            {
+                TNode& node = fields.m_pNodes[nNode];
+                nNode = node.m_nNext;
+                function(node, nBucket);
+            }
+        }
+    }
+
+    void DestroyElements()
+    {
+        if constexpr (!std::is_trivially_destructible_v<TElement>)
+            ForEachNode(*this, [](TNode& node, uint32) { node.m_element.~value_type(); });
+    }
+
+    void DestroyAll()
+    {
+        DestroyElements();
+        Release(m_pBuckets);
+        Release(m_pNodes);
+    }
+
+    void AllocateArrays(uint32 nCount)
+    {
+        m_nBucketCount = nCount == 0 || nCount >= kFewestBuckets ? nCount : kFewestBuckets;
+        m_pBuckets = nullptr;
+        m_pNodes = nullptr;
+        if (m_nBucketCount == 0)
+            return;
+        m_pBuckets = static_cast<uint32*>(::operator new[](m_nBucketCount * sizeof(uint32), *GetNormalAllocator()));
+        m_pNodes = static_cast<TNode*>(::operator new[](m_nBucketCount * sizeof(TNode), *GetNormalAllocator()));
+        EmptyBuckets();
+    }
+
+    static void Release(void* pArray)
+    {
+        if (pArray != nullptr)
+            ReleaseArrayStorage(pArray);
+    }
+
+    void EmptyBuckets() { std::memset(m_pBuckets, 0xFF, m_nBucketCount * sizeof(uint32)); }
+};
+} // namespace detail

@@ -1,0 +1,132 @@
+// TMap<K, V> and TMultiMap<K, V>: the ordered maps. Both are the tree of redblacktree.h over pairs of a key and a
+// value, with its layout, iterators and operations, and differ in what Insert does with a key that is there already.
+// Elements are looked up by the key alone; no pair is made for it.
+#pragma once
+
+#include "core/containers/redblacktree.h"
+
+namespace detail
+{
+// The distance of the value in a pair.
+template <class K, class V>
+inline constexpr std::size_t kValueDistance = MemberDistance(sizeof(K), alignof(V));
+} // namespace detail
+
+// Walks the values alone, in the order of the keys; V is const for a read-only walk.
+template <class K, class V>
+using TTreeValueEnumerator =
+    detail::TTreePartEnumerator<V, detail::kElementDistance<TKeyValuePair<K, V>> + detail::kValueDistance<K, V>>;
+
+// Keeps one pair of each key; a later value replaces the earlier one.
+template <class K, class V>
+class TMap : public detail::TOrderedTree<TKeyValuePair<K, V>>
+{
+    using Pair = TKeyValuePair<K, V>;
+
+public:
+    // No allocator call.
+    TMap() = default;
+
+    // Inserts the pairs in their order.
+    TMap(std::initializer_list<Pair> pairs)
+    {
+        for (const Pair& pair : pairs)
+            Insert(pair);
+    }
+
+    // The value of the key. A missing key is inserted, with V() as its value: reading through this operator changes the
+    // map. Logarithmic; for a new key one allocation and two copies of key and value, of which a temporary pair is one.
+    V& operator[](const K& key) requires std::default_initializable<V>
+    {
+        typename TMap::SWay way;
+        if (auto* pNode = this->template FindNode<true>(key, way))
+            return pNode->m_Element.Value();
+        return this->InsertMissing(Pair(key, V()), way)->Value();
+    }
+
+    // The value of the key. A missing key takes the debug break; resumed, the result is a null reference.
+    const V& operator[](const K& key) const
+    {
+        const auto pos = this->Find(key);
+        if (pos == this->End()) [[unlikely]]
+        {
+            detail::BreakUnless(false);
+            // Read anew from memory, so that the compiler does not see that the reference is null.
+            const V* volatile pNone = nullptr;
+            return *pNone;
+        }
+        return pos->Value();
+    }
+
+    // The value of the key, or defaultValue itself, which may be a temporary of the caller.
+    const V& GetValue(const K& key, const V& defaultValue) const
+    {
+        const auto pos = this->Find(key);
+        return pos != this->End() ? pos->Value() : defaultValue;
+    }
+
+    // Inserts copies, or copy-assigns the value of an existing key, whose key object and node stay. The result is the
+    // element. Logarithmic; for a new key one allocation and two copies of key and value, one if they come as a pair.
+    TTreeIterator<Pair> Insert(const K& key, const V& value)
+    {
+        typename TMap::SWay way;
+        if (auto* pNode = this->template FindNode<true>(key, way))
+            return Assign(pNode, value);
+        return this->InsertMissing(Pair(key, value), way);
+    }
+
+    TTreeIterator<Pair> Insert(const Pair& pair)
+    {
+        typename TMap::SWay way;
+        if (auto* pNode = this->template FindNode<true>(pair.Key(), way))
+            return Assign(pNode, pair.Value());
+        return this->InsertMissing(pair, way);
+    }
+
+    // Stands before the first value.
+    TTreeValueEnumerator<K, V> GetValueEnumerator() { return TTreeValueEnumerator<K, V>(this->Header()); }
+    TTreeValueEnumerator<K, const V> GetValueEnumerator() const
+    {
+        return TTreeValueEnumerator<K, const V>(this->Header());
+    }
+
+    // Exchanges the elements. None is touched, and iterators to them stay valid and belong to the other map now.
+    void Swap(TMap& other) { this->SwapWith(other); }
+
+    // The same keys with the same values: keys are compared by <, values by ==. Linear; the shapes do not matter.
+    bool operator==(const TMap& other) const requires std::equality_comparable<V> { return !Differs(other); }
+    bool operator!=(const TMap& other) const requires std::equality_comparable<V> { return Differs(other); }
+
+private:
+    TTreeIterator<Pair> Assign(SRedBlackTreeNode<Pair>* pNode, const V& value)
+    {
+        pNode->m_Element.Value() = value;
+        return this->PositionOf(pNode);
+    }
+
+    bool Differs(const TMap& other) const
+    {
+        if (this->Size() != other.Size())
+            return true;
+        auto walk = this->GetEnumerator();
+        auto otherWalk = other.GetEnumerator();
+        while (walk.MoveNext())
+        {
+            const bool bMoved = otherWalk.MoveNext();
+            detail::BreakUnless(bMoved);
+            const Pair& pair = walk.Current();
+            const Pair& otherPair = otherWalk.Current();
+            if (pair.Key() < otherPair.Key() || otherPair.Key() < pair.Key() || !(pair.Value() == otherPair.Value()))
+                return true;
+        }
+        return false;
+    }
+};
+
+// Keeps every pair that it is given; the pairs of one key are walked newest first.
+template <class K, class V>
+class TMultiMap : public TRedBlackTree<TKeyValuePair<K, V>>
+{
+public:
+    using TRedBlackTree<TKeyValuePair<K, V>>::TRedBlackTree;
+};

@@ -1,0 +1,654 @@
+// The red-black tree behind the ordered containers, and TRedBlackTree<T>, the plainest of them.
+//
+//        the tree object                       a node (one allocation each)
+//      +------------------+                  +------------------+
+//      | m_nColor = black |<----------+      | m_nColor         |
+//      | m_pParent = null |           |      | m_pParent        |
+//      | m_pChild[0] -----+---> root  |      | m_pChild[0], [1] |
+//      | m_pChild[1] -----+---> root -+      |                  |
+//      | m_nSize          |<-- End()         | m_Element        |<-- iterator
+//      +------------------+  m_pParent of    +------------------+
+//                            the root
+//
+//   Both child links of the tree object hold the root, or null. The root is black; no red node has a red child; every
+//   path from a node down to a null link passes the same number of black nodes. In order, no element is less than the
+//   one before it.
+//
+// What sets it apart from std::multiset and its family:
+//
+// - The tree object is shaped like a node. Its left link is the root, so a climb from the last node ends at the tree
+//   object; its right link is the root too, so the step from there leads to the first node. The walk is a circle, and
+//   ++, enumerators, Begin() and Erase share one step without a special case.
+// - Iterators point at the element. m_nSize lies as far from the start of the tree object as an element from the start
+//   of its node, so End() is the address of m_nSize, read as an element's. It must not be dereferenced. An End() stays
+//   with its tree object where a Swap or a move takes the elements elsewhere.
+// - No comparator and no allocator parameter: the order is operator<, memory comes from GetNormalAllocator(), asked
+//   anew at each allocation and release. The walk goes forward only.
+// - No first node is cached: Begin() is a descent.
+// - Elements are copied in. None is moved, and none changes its address while it is in a tree.
+// - A violated precondition takes the debug break; see detail::BreakUnless.
+//
+// Iterators and enumerators stay valid until their own element is removed. The size must stay below 2^31.
+#pragma once
+
+#include "core/containers/keyvaluepair.h"
+#include "core/containers/lifetime.h"
+#include "core/memory/memorymanager.h"
+
+#include <concepts>
+#include <cstddef>
+#include <initializer_list>
+#include <type_traits>
+#include <utility>
+
+namespace detail
+{
+inline constexpr uint32 kBlack = 0;
+inline constexpr uint32 kRed = 1;
+
+// What a node and a tree object have in common, and all that the balancing needs to know.
+struct SRedBlackTreeLinks
+{
+    uint32 m_nColor;
+    SRedBlackTreeLinks* m_pParent;
+    SRedBlackTreeLinks* m_pChild[2];
+};
+} // namespace detail
+
+template <class T>
+struct SRedBlackTreeNode : detail::SRedBlackTreeLinks
+{
+    // Leaves the links to whoever puts the node into a tree.
+    explicit SRedBlackTreeNode(const T& value) : m_Element(value) {}
+
+    T m_Element;
+};
+
+namespace detail
+{
+// Hangs pNode under pParent, where the link of that side (0 left, 1 right) must be free, and restores the colours.
+// Under the header, the tree object of an empty tree, pNode becomes the root. Takes the debug break for a side above 1
+// and for a link that is not free.
+KX_API void InsertNode(SRedBlackTreeLinks* pNode, SRedBlackTreeLinks* pParent, uint32 nSide,
+                       SRedBlackTreeLinks* pHeader);
+
+// Unlinks pNode and restores the colours. Its successor takes the place of a node with two children, by links alone.
+KX_API void RemoveNode(SRedBlackTreeLinks* pNode, const SRedBlackTreeLinks* pHeader);
+
+// Whether links, colours and count are in order; the elements are not looked at.
+KX_API bool ValidateNodes(const SRedBlackTreeLinks* pHeader, int32 nSize);
+
+// Has the processor fetch a node, or nothing for null, that is going to be visited soon: in a large tree a walk spends
+// its time waiting for nodes, and this way it waits for several at once.
+inline void Prefetch(const SRedBlackTreeLinks* pNode)
+{
+    __builtin_prefetch(pNode);
+}
+
+// The next node in order; the header behind the last one, the first one behind the header. The header of an empty tree
+// follows itself.
+inline SRedBlackTreeLinks* NextNode(SRedBlackTreeLinks* pNode)
+{
+    if (SRedBlackTreeLinks* pNext = pNode->m_pChild[1])
+    {
+        while (pNext->m_pChild[0] != nullptr)
+        {
+            Prefetch(pNext->m_pChild[1]);
+            pNext = pNext->m_pChild[0];
+        }
+        return pNext;
+    }
+    SRedBlackTreeLinks* pParent = pNode->m_pParent;
+    while (pParent != nullptr && pParent->m_pChild[0] != pNode)
+    {
+        pNode = pParent;
+        pParent = pNode->m_pParent;
+    }
+    return pParent != nullptr ? pParent : pNode;
+}
+
+// How far behind the start of an object the member lies that follows nBytes of others.
+constexpr std::size_t MemberDistance(std::size_t nBytes, std::size_t nAlignment)
+{
+    return (nBytes + nAlignment - 1) / nAlignment * nAlignment;
+}
+
+// The distance of the element in a node, and of m_nSize in the tree object. Not offsetof, which is for
+// standard-layout types alone.
+template <class T>
+inline constexpr std::size_t kElementDistance = MemberDistance(sizeof(SRedBlackTreeLinks), alignof(T));
+
+// From a node to its part at a distance and back. Where the node is a header nothing of the part's type is there, and
+// maybe nothing at all; so the address is worked out as a number.
+template <class TPart, std::size_t kDistance>
+TPart* PartOf(const SRedBlackTreeLinks* pNode)
+{
+    return reinterpret_cast<TPart*>(AddressOf(pNode) + kDistance);
+}
+
+template <std::size_t kDistance, class TPart>
+SRedBlackTreeLinks* NodeOf(const TPart* pPart)
+{
+    return reinterpret_cast<SRedBlackTreeLinks*>(AddressOf(pPart) - kDistance);
+}
+
+template <std::size_t kDistance, class TPart>
+TPart* NextPart(TPart* pPart)
+{
+    return PartOf<TPart, kDistance>(NextNode(NodeOf<kDistance>(pPart)));
+}
+
+// Walks a tree and shows the part at kDistance of each node.
+template <class TPart, std::size_t kDistance>
+class TTreePartEnumerator
+{
+public:
+    explicit TTreePartEnumerator(const SRedBlackTreeLinks* pHeader)
+        : m_pCurrent(PartOf<TPart, kDistance>(pHeader)), m_pEnd(m_pCurrent)
+    {
+    }
+
+    // Advances; true exactly when the enumerator then stands on an element. It begins before the first element, and
+    // after false the walk starts over.
+    bool MoveNext()
+    {
+        m_pCurrent = NextPart<kDistance>(m_pCurrent);
+        return m_pCurrent != m_pEnd;
+    }
+
+    // What it stands on. Takes the debug break where that is no element, which after a false MoveNext() it is not.
+    TPart& Current() const
+    {
+        BreakUnless(m_pCurrent != m_pEnd);
+        return *m_pCurrent;
+    }
+
+private:
+    TPart* m_pCurrent;
+    TPart* m_pEnd;
+};
+} // namespace detail
+
+// A position in a tree: the address of the element, or that of the tree's m_nSize behind the last one. T is const for a
+// read-only walk. The element of a set may be changed only in ways that keep its place in the order.
+template <class T>
+class TTreeIterator
+{
+public:
+    using value_type = std::remove_const_t<T>;
+    using difference_type = std::ptrdiff_t;
+
+    TTreeIterator() = default;
+    explicit TTreeIterator(T* pElement) : m_pElement(pElement) {}
+
+    operator TTreeIterator<const T>() const requires(!std::is_const_v<T>) { return TTreeIterator<const T>(m_pElement); }
+
+    T& operator*() const { return *m_pElement; }
+    T* operator->() const { return m_pElement; }
+
+    // One step on; from the last element to End(), and from End() to the first. Amortised constant.
+    TTreeIterator& operator++()
+    {
+        m_pElement = detail::NextPart<detail::kElementDistance<T>>(m_pElement);
+        return *this;
+    }
+
+    TTreeIterator operator++(int)
+    {
+        const TTreeIterator old = *this;
+        ++*this;
+        return old;
+    }
+
+    friend bool operator==(TTreeIterator left, TTreeIterator right) { return left.m_pElement == right.m_pElement; }
+
+private:
+    T* m_pElement = nullptr;
+};
+
+template <class T>
+using TTreeConstIterator = TTreeIterator<const T>;
+
+// Walks the elements; T is const for a read-only walk.
+template <class T>
+using TTreeEnumerator = detail::TTreePartEnumerator<T, detail::kElementDistance<T>>;
+
+namespace detail
+{
+// What elements are ordered by and looked up by: the element itself, or the key of a pair.
+template <class T>
+struct TTreeKey
+{
+    using Type = T;
+    static const T& Of(const T& element) { return element; }
+};
+
+template <class K, class V>
+struct TTreeKey<TKeyValuePair<K, V>>
+{
+    using Type = K;
+    static const K& Of(const TKeyValuePair<K, V>& pair) { return pair.Key(); }
+};
+
+// Everything that the ordered containers share; they differ in what an insertion does with an element that is there
+// already.
+template <class T>
+class TOrderedTree
+{
+    using Links = SRedBlackTreeLinks;
+    using Node = SRedBlackTreeNode<T>;
+
+public:
+    using value_type = T;
+    using key_type = typename TTreeKey<T>::Type;
+    using iterator = TTreeIterator<T>;
+    using const_iterator = TTreeConstIterator<T>;
+
+    // The number of elements, and whether there are none.
+    uint32 Size() const { return static_cast<uint32>(m_nSize); }
+    bool IsEmpty() const { return m_nSize == 0; }
+
+    // Begin() is a descent, logarithmic in the size; End() is constant.
+    iterator Begin() { return ++End(); }
+    iterator End() { return PositionOf(Header()); }
+    const_iterator Begin() const { return ++End(); }
+    const_iterator End() const { return PositionOf(Header()); }
+    iterator begin() { return Begin(); }
+    iterator end() { return End(); }
+    const_iterator begin() const { return Begin(); }
+    const_iterator end() const { return End(); }
+
+    // Stands before the first element.
+    TTreeEnumerator<T> GetEnumerator() { return TTreeEnumerator<T>(Header()); }
+    TTreeEnumerator<const T> GetEnumerator() const { return TTreeEnumerator<const T>(Header()); }
+
+    // The element of that key, End() if there is none. Logarithmic. Of several it is the one that stands highest in the
+    // tree, which need not be the first in order. Takes the debug break where operator< contradicts itself.
+    iterator Find(const key_type& key) { return PositionOf(FindOrHeader(key)); }
+    const_iterator Find(const key_type& key) const { return PositionOf(FindOrHeader(key)); }
+
+    bool Contains(const key_type& key) const { return FindOrHeader(key) != Header(); }
+
+    // The first element in order that is not less than the key, End() if there is none. Logarithmic. Several elements
+    // of one key follow each other from here, the newest first.
+    iterator LowerBound(const key_type& key) { return PositionOf(FindLowerBound(key)); }
+    const_iterator LowerBound(const key_type& key) const { return PositionOf(FindLowerBound(key)); }
+
+    // Removes the element at pos, which takes the debug break at End(): the element is destroyed, its node released.
+    // The result is the position that followed. Constant but for the step to that position, which is amortised
+    // constant over a walk.
+    iterator Erase(const_iterator pos)
+    {
+        Links* pNode = NodeOf<kElementDistance<T>>(pos.operator->());
+        BreakUnless(pNode != Header());
+        Links* pNext = NextNode(pNode);
+        RemoveElement(pNode);
+        return PositionOf(pNext);
+    }
+
+    // Removes the element that Find finds; false if there is none. Of several, each call removes one.
+    bool Remove(const key_type& key)
+    {
+        Links* pNode = FindOrHeader(key);
+        if (pNode == Header())
+            return false;
+        RemoveElement(pNode);
+        return true;
+    }
+
+    // Destroys the elements and releases the nodes, each node after its children, the left one first.
+    void Clear()
+    {
+        if (m_nSize > 0)
+            DestroyTree(m_links.m_pChild[1]);
+        m_nSize = 0;
+        m_links.m_pChild[0] = nullptr;
+        m_links.m_pChild[1] = nullptr;
+    }
+
+    // Whether the invariants hold. For tests and debugging; linear.
+    bool Validate() const
+    {
+        if (!ValidateNodes(Header(), m_nSize))
+            return false;
+        for (const_iterator pos = Begin(), next = pos; pos != End() && ++next != End(); pos = next)
+        {
+            if (TTreeKey<T>::Of(*next) < TTreeKey<T>::Of(*pos))
+                return false;
+        }
+        return true;
+    }
+
+protected:
+    // Where a new node goes: under m_pParent, on that side.
+    struct SPlace
+    {
+        Links* m_pParent;
+        uint32 m_nSide;
+    };
+
+    // The way of a search that found nothing, to the place where it would have been: bit i of m_nTurns is the side
+    // taken at step i. A tree of less than 2^31 elements is at most 62 steps high.
+    struct SWay
+    {
+        SPlace m_place;
+        uint64 m_nTurns;
+        uint32 m_nSteps;
+    };
+
+    TOrderedTree() = default;
+
+    // Copies the nodes with their colours, so the shape too: an allocation and a copy for each, no comparison, each
+    // node before its children, the left one first.
+    TOrderedTree(const TOrderedTree& other) { CopyFrom(other); }
+
+    // Takes the nodes over; the source is left empty. No element is touched. Takes the debug break where the two links
+    // of the source differ.
+    TOrderedTree(TOrderedTree&& other) noexcept { TakeFrom(other); }
+
+    ~TOrderedTree()
+    {
+        static_assert(offsetof(TOrderedTree, m_links) == 0 && offsetof(TOrderedTree, m_nSize) == kElementDistance<T>,
+                      "the count must stand in the tree object where the element stands in a node");
+        static_assert(sizeof(Node) == MemberDistance(kElementDistance<T> + sizeof(T), alignof(Node)),
+                      "the element must follow the links of its node directly");
+        if (m_nSize > 0)
+            DestroyTree(m_links.m_pChild[1]);
+    }
+
+    // Clears, then copies as the copy constructor does; no node is used again. Assigning a tree to itself has no
+    // effect.
+    TOrderedTree& operator=(const TOrderedTree& other)
+    {
+        if (this == &other)
+            return *this;
+        Clear();
+        CopyFrom(other);
+        return *this;
+    }
+
+    // Clears, then takes over as the move constructor does. Moving a tree onto itself has no effect.
+    TOrderedTree& operator=(TOrderedTree&& other) noexcept
+    {
+        if (this == &other)
+            return *this;
+        Clear();
+        TakeFrom(other);
+        return *this;
+    }
+
+    void SwapWith(TOrderedTree& other)
+    {
+        std::swap(m_links, other.m_links);
+        std::swap(m_nSize, other.m_nSize);
+        other.AdoptRoot();
+        AdoptRoot();
+    }
+
+    // The node of the element of that key, or null, and then way tells where one would go.
+    //
+    // Sides are numbers and not branches: a search turns at random, which a processor guesses wrong every other time.
+    // But keys are often inserted in ascending order; so bInserting begins with a branch, as long as the way goes down
+    // the right edge. It also fetches both children, since the balancing is going to look at the one that is passed by.
+    template <bool bInserting>
+    Node* FindNode(const key_type& key, SWay& way) const
+    {
+        way = {{Header(), 0}, 0, 0};
+        [[maybe_unused]] bool bRightEdge = true;
+        Links* pNode = m_links.m_pChild[1];
+        while (pNode != nullptr)
+        {
+            const uint32 nSide = KeyOf(pNode) < key;
+            if (nSide == 0 && !(key < KeyOf(pNode)))
+            {
+                BreakUnless(!(KeyOf(pNode) < key) && !(key < KeyOf(pNode)));
+                break;
+            }
+            way = {{pNode, nSide}, way.m_nTurns | uint64{nSide} << way.m_nSteps, way.m_nSteps + 1};
+            if constexpr (bInserting)
+            {
+                bRightEdge = bRightEdge && nSide == 1;
+                if (bRightEdge)
+                {
+                    pNode = pNode->m_pChild[1];
+                    continue;
+                }
+                PrefetchChildren(pNode);
+            }
+            pNode = pNode->m_pChild[nSide];
+        }
+        return static_cast<Node*>(pNode);
+    }
+
+    // Inserts a copy before all elements that are equivalent to it. One allocation; the copy is made first, then its
+    // place is searched.
+    iterator InsertNew(const T& value)
+    {
+        Node* pNode = CreateNode(value);
+        return LinkIn(pNode, FindInsertPosition(TTreeKey<T>::Of(value)));
+    }
+
+    // InsertNew, where FindNode has just gone this way and found no element. A second search would go the same way
+    // again. Its comparisons are made, since somebody may count them; where the compiler sees that they have no effect,
+    // it leaves out the whole loop.
+    iterator InsertMissing(const T& value, const SWay& way)
+    {
+        Node* pNode = CreateNode(value);
+        const Links* pPassed = m_links.m_pChild[0];
+        for (uint32 nStep = 0; nStep < way.m_nSteps; ++nStep)
+        {
+            static_cast<void>(KeyOf(pPassed) < TTreeKey<T>::Of(value));
+            pPassed = pPassed->m_pChild[way.m_nTurns >> nStep & 1];
+        }
+        return LinkIn(pNode, way.m_place);
+    }
+
+    // The tree object as the node that it is to the walk.
+    Links* Header() const { return const_cast<Links*>(&m_links); }
+
+    static iterator PositionOf(Links* pNode) { return iterator(PartOf<T, kElementDistance<T>>(pNode)); }
+
+private:
+    static const key_type& KeyOf(const Links* pNode)
+    {
+        return TTreeKey<T>::Of(static_cast<const Node*>(pNode)->m_Element);
+    }
+
+    Links* FindOrHeader(const key_type& key) const
+    {
+        SWay way;
+        Links* pNode = FindNode<false>(key, way);
+        return pNode != nullptr ? pNode : Header();
+    }
+
+    Links* FindLowerBound(const key_type& key) const
+    {
+        Links* pBound = Header();
+        for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr;)
+        {
+            const uint32 nSide = KeyOf(pNode) < key;
+            if (nSide == 0)
+                pBound = pNode;
+            pNode = pNode->m_pChild[nSide];
+        }
+        return pBound;
+    }
+
+    SPlace FindInsertPosition(const key_type& key) const
+    {
+        SPlace place{Header(), 0};
+        for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr; pNode = pNode->m_pChild[1])
+        {
+            place = {pNode, KeyOf(pNode) < key};
+            if (place.m_nSide == 0)
+                break;
+        }
+        while (Links* pNode = place.m_pParent->m_pChild[place.m_nSide])
+        {
+            PrefetchChildren(pNode);
+            place = {pNode, KeyOf(pNode) < key};
+        }
+        return place;
+    }
+
+    static void PrefetchChildren(const Links* pNode)
+    {
+        Prefetch(pNode->m_pChild[0]);
+        Prefetch(pNode->m_pChild[1]);
+    }
+
+    iterator LinkIn(Node* pNode, SPlace place)
+    {
+        InsertNode(pNode, place.m_pParent, place.m_nSide, Header());
+        ++m_nSize;
+        return PositionOf(pNode);
+    }
+
+    void RemoveElement(Links* pNode)
+    {
+        RemoveNode(pNode, Header());
+        ReleaseNode(pNode);
+        --m_nSize;
+    }
+
+    // Nodes are aligned as operator new aligns, or as an element needs that asks for more.
+    static Node* CreateNode(const T& value)
+    {
+        constexpr std::size_t kAlignment =
+            alignof(Node) > __STDCPP_DEFAULT_NEW_ALIGNMENT__ ? alignof(Node) : __STDCPP_DEFAULT_NEW_ALIGNMENT__;
+        return ConstructAt(static_cast<Node*>(GetNormalAllocator()->Allocate(sizeof(Node), kAlignment, 0)), value);
+    }
+
+    static void ReleaseNode(Links* pNode)
+    {
+        static_cast<Node*>(pNode)->~Node();
+        GetNormalAllocator()->Free(pNode);
+    }
+
+    // Both of these go by links alone, without recursion and without a stack. pRoot must not be null, which takes the
+    // debug break. The walk is over where the parent is the root's; that must be asked before the parent is looked at
+    // for a right child, since a tree object shows its root on both sides.
+
+    static Links* CopyNode(const Links* pNode, Links* pParent)
+    {
+        Links* pCopy = CreateNode(static_cast<const Node*>(pNode)->m_Element);
+        *pCopy = {pNode->m_nColor, pParent, {nullptr, nullptr}};
+        return pCopy;
+    }
+
+    // The copy's root gets pParent as its parent.
+    static Links* CloneTree(const Links* pRoot, Links* pParent)
+    {
+        BreakUnless(pRoot != nullptr);
+        Links* pRootCopy = CopyNode(pRoot, pParent);
+        const Links* pNode = pRoot;
+        Links* pCopy = pRootCopy;
+        for (;;)
+        {
+            while (const Links* pLeft = pNode->m_pChild[0])
+            {
+                Prefetch(pNode->m_pChild[1]);
+                pNode = pLeft;
+                pCopy = pCopy->m_pChild[0] = CopyNode(pLeft, pCopy);
+            }
+            const Links* pRight = pNode->m_pChild[1];
+            while (pRight == nullptr)
+            {
+                if (pNode == pRoot)
+                    return pRootCopy;
+                const Links* pDone = pNode;
+                pNode = pNode->m_pParent;
+                pCopy = pCopy->m_pParent;
+                if (pNode->m_pChild[0] == pDone)
+                    pRight = pNode->m_pChild[1];
+            }
+            pNode = pRight;
+            pCopy = pCopy->m_pChild[1] = CopyNode(pRight, pCopy);
+        }
+    }
+
+    static void DestroyTree(Links* pRoot)
+    {
+        BreakUnless(pRoot != nullptr);
+        const Links* pStop = pRoot->m_pParent;
+        Links* pNode = pRoot;
+        for (;;)
+        {
+            // Down to a leaf, to the left where there is a choice.
+            while (Links* pChild = pNode->m_pChild[0] != nullptr ? pNode->m_pChild[0] : pNode->m_pChild[1])
+            {
+                Prefetch(pNode->m_pChild[1]);
+                pNode = pChild;
+            }
+
+            // Up from it, through the nodes that have lost their last child by now.
+            Links* pRight = nullptr;
+            do
+            {
+                Links* pParent = pNode->m_pParent;
+                if (pParent->m_pChild[0] == pNode)
+                    pRight = pParent->m_pChild[1];
+                ReleaseNode(pNode);
+                if (pParent == pStop)
+                    return;
+                pNode = pParent;
+            } while (pRight == nullptr);
+            pNode = pRight;
+        }
+    }
+
+    // These two expect an empty tree.
+
+    void CopyFrom(const TOrderedTree& other)
+    {
+        if (other.m_nSize < 1)
+            return;
+        m_nSize = other.m_nSize;
+        m_links.m_pChild[0] = m_links.m_pChild[1] = CloneTree(other.m_links.m_pChild[1], Header());
+    }
+
+    void TakeFrom(TOrderedTree& other)
+    {
+        m_nSize = std::exchange(other.m_nSize, 0);
+        m_links.m_pChild[1] = std::exchange(other.m_links.m_pChild[1], nullptr);
+        m_links.m_pChild[0] = std::exchange(other.m_links.m_pChild[0], nullptr);
+        BreakUnless(m_links.m_pChild[0] == m_links.m_pChild[1]);
+        AdoptRoot();
+    }
+
+    void AdoptRoot()
+    {
+        for (Links* pRoot : m_links.m_pChild)
+        {
+            if (pRoot != nullptr)
+                pRoot->m_pParent = Header();
+        }
+    }
+
+    Links m_links = {};
+    alignas(T) alignas(int32) int32 m_nSize = 0;
+};
+} // namespace detail
+
+// Keeps every element that it is given, equivalent ones side by side.
+template <class T>
+class TRedBlackTree : public detail::TOrderedTree<T>
+{
+public:
+    // No allocator call.
+    TRedBlackTree() = default;
+
+    // Inserts the values in their order.
+    TRedBlackTree(std::initializer_list<T> values)
+    {
+        for (const T& value : values)
+            Insert(value);
+    }
+
+    // Inserts a copy before all elements that are equivalent to it, so that these are walked newest first; the result
+    // is the new element. Logarithmic. One allocation and one copy.
+    TTreeIterator<T> Insert(const T& value) { return this->InsertNew(value); }
+
+    // Exchanges the elements. None is touched, and iterators to them stay valid and belong to the other tree now.
+    void Swap(TRedBlackTree& other) { this->SwapWith(other); }
+};

@@ -1,0 +1,37 @@
+# Configures, builds and runs the consumer as its author would.
+#
+#   cmake -DROAD=package|subdirectory|pkgconfig|wrong_version -DBUILD=<build tree of the library> -DSOURCE=<its source>
+#     -DCOMPILER=<compiler> -DFLAGS=<compiler flags> -P consume.cmake
+set(work ${BUILD}/consumer/${ROAD})
+file(REMOVE_RECURSE ${work})
+set(prefix ${work}/installed)
+
+function(run)
+  execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+set(configure ${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR} -B ${work}/build -G Ninja -DCMAKE_BUILD_TYPE=Release
+  -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_CXX_FLAGS=${FLAGS})
+if(ROAD STREQUAL "subdirectory")
+  run(${configure} -DKXCORE_SOURCE=${SOURCE})
+else()
+  run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
+  if(ROAD STREQUAL "pkgconfig")
+    file(GLOB_RECURSE file ${prefix}/kxcore.pc)
+    get_filename_component(folder ${file} DIRECTORY)
+    set(ENV{PKG_CONFIG_PATH} ${folder})
+    execute_process(COMMAND pkg-config --cflags --libs kxcore OUTPUT_VARIABLE options COMMAND_ERROR_IS_FATAL ANY)
+    separate_arguments(options UNIX_COMMAND "${FLAGS} ${options}")
+    file(MAKE_DIRECTORY ${work}/build)
+    run(${COMPILER} ${CMAKE_CURRENT_LIST_DIR}/main.cpp -o ${work}/build/consumer ${options} -Wl,-rpath,${folder}/..)
+    run(${work}/build/consumer)
+    return()
+  endif()
+  set(version 1.0)
+  if(ROAD STREQUAL "wrong_version")
+    set(version 2.0)
+  endif()
+  run(${configure} -DCMAKE_PREFIX_PATH=${prefix} -DKXCORE_VERSION=${version})
+endif()
+run(${CMAKE_COMMAND} --build ${work}/build)
+run(${work}/build/consumer)

@@ -1,0 +1,143 @@
+// What the collection suites need of the containers beyond their contract: where elements come from, how they are
+// added, and a check that compares a whole collection with a list of values.
+#pragma once
+
+#include "core/containers/array.h"
+#include "core/containers/blockarray.h"
+#include "core/containers/hashmap.h"
+#include "core/containers/hashset.h"
+#include "core/containers/map.h"
+#include "core/containers/maxarray.h"
+#include "core/containers/multihashmap.h"
+#include "core/containers/set.h"
+#include "verification/integraltesttype.h"
+
+#include <gtest/gtest.h>
+#include <vector>
+
+// The factory of a container's values: of elements, or of pairs of them. What counts in a pair is the value; with each
+// value goes one key.
+template <class TValue>
+struct TTestFactory
+{
+    TValue Create() { return TValue(m_keys.Create(), m_values.Create()); }
+    const STypeStats& GetStats() const { return m_values.GetStats(); }
+
+    ZIntegralTestFactory m_keys;
+    ZIntegralTestFactory m_values;
+};
+
+template <>
+struct TTestFactory<E> : ZIntegralTestFactory
+{
+};
+
+// An element is hashed, like it is compared, by its value alone.
+inline uint32 HashKey(const E& element)
+{
+    return HashKey(element.GetValue());
+}
+
+// Adds in the collection's own way. The lists and the ordered and hashed containers place the value themselves.
+template <class TCollection, class T>
+void AddValue(TCollection& collection, T&& value)
+{
+    if constexpr (requires { collection.Insert(value); })
+        collection.Insert(value);
+    else
+        collection.Insert(value.Key(), value.Value());
+}
+
+template <class T>
+void AddValue(TArray<T>& array, T&& value)
+{
+    array.Add(std::move(value));
+}
+
+template <class T>
+void AddValue(TBlockArray<T>& array, T&& value)
+{
+    array.Insert(array.End(), std::move(value));
+}
+
+template <class T, uint32 N>
+void AddValue(TMaxArray<T, N>& array, T&& value)
+{
+    array.Insert(array.End(), value);
+}
+
+// Adds one of many values: at the end, where the collection has such an operation.
+template <class TCollection, class T>
+void AppendValue(TCollection& collection, T&& value)
+{
+    if constexpr (requires { collection.Add(value); })
+        collection.Add(std::move(value));
+    else
+        AddValue(collection, std::move(value));
+}
+
+// EXPECT_RANGE(col, {1, 2, 3}), or {{1, 2}, {3, 4}} for keys and values: col has these values, in this order. A failure
+// shows both by name, so that elements which are moved from or dead can be told.
+#define EXPECT_RANGE(col, ...)                                                                                         \
+    do                                                                                                                 \
+    {                                                                                                                  \
+        /* NOLINTNEXTLINE(bugprone-reserved-identifier): the name that the report shows */                             \
+        const std::vector<decltype(detail::Plain(*col.Begin()))> local__range __VA_ARGS__;                             \
+        EXPECT_PRED_FORMAT2(detail::RangeEquals, local__range, col);                                                   \
+    } while (false)
+
+namespace detail
+{
+// An element as the lists spell it.
+inline int Plain(const E& element)
+{
+    return element.GetValue();
+}
+
+template <class TPair>
+std::pair<int, int> Plain(const TPair& pair)
+{
+    return {Plain(pair.Key()), Plain(pair.Value())};
+}
+
+template <class TElement>
+void PrintElement(std::ostream& stream, const TElement& element)
+{
+    if constexpr (requires { element.Key(); })
+        stream << "(" << element.Key() << ", " << element.Value() << ")";
+    else if constexpr (requires { element.first; })
+        stream << "(" << element.first << ", " << element.second << ")";
+    else
+        stream << element;
+}
+
+template <class TRange>
+void PrintRange(std::ostream& stream, const TRange& range)
+{
+    const char* pszSeparator = "";
+    stream << "(";
+    for (const auto& element : range)
+    {
+        PrintElement(stream << pszSeparator, element);
+        pszSeparator = ", ";
+    }
+    stream << ")";
+}
+
+template <class TValue, class TCollection>
+testing::AssertionResult RangeEquals(const char* pszRange, const char* pszCollection, const std::vector<TValue>& range,
+                                     const TCollection& collection)
+{
+    bool bEqual = range.size() == collection.Size();
+    auto value = range.begin();
+    for (auto i = collection.Begin(); bEqual && i != collection.End(); ++i, ++value)
+        bEqual = value != range.end() && *value == Plain(*i);
+    if (bEqual && value == range.end())
+        return testing::AssertionSuccess();
+
+    std::ostringstream message;
+    PrintRange(message << "Expected equality of these collections:\n  " << pszRange << "\n    Which is: ", range);
+    PrintRange(message << "\n  " << pszCollection << "\n    Which is: ", collection);
+    return testing::AssertionFailure() << message.str();
+}
+} // namespace detail
