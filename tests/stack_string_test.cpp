@@ -31,13 +31,15 @@ TEST(StackStrings, FormatHasNoLimitOfItsOwn)
 {
     for (const uint32 nCapacity : {5000u, 100000u, 250000u})
     {
+        // The second text is cut, and the string itself is in the part that stays.
         GuardedString string(nCapacity);
-        std::string model(nCapacity / 3, 'x');
+        std::string model(nCapacity / 9, 'x');
         string.append(model);
-        for (int i = 0; i < 2; ++i)
+        for (const uint32 nFiller : {1u, nCapacity})
         {
-            string.format("<%s>", string.get());
-            model = (model + '<' + model + '>').substr(0, nCapacity - 1);
+            const std::string filler(nFiller, 'y');
+            string.format("<%s>%s", string.get(), filler.c_str());
+            model = (model + '<' + model + '>' + filler).substr(0, nCapacity - 1);
             ASSERT_TRUE(string.Intact());
             ASSERT_EQ(model, string.get());
         }

@@ -1,4 +1,5 @@
 // ZString and the conversions: what is allocated and when, positions that lie outside, and numbers at the edges.
+#include "core/containers/hashset.h"
 #include "core/strings/string.h"
 #include "core/strings/stringfunc.h"
 #include "tests/support/breaks.h"
@@ -208,6 +209,9 @@ TEST_F(StringTest, MeetsTheStandardLibrary)
     EXPECT_TRUE(view == text && text == view && "text" == text && text != "tex" && text < ZString("texts"));
     const std::unordered_set<ZString> set{text, "text", "other"};
     EXPECT_EQ(2u, set.size());
+    THashSet<ZString> keys;
+    keys.Insert("text");
+    EXPECT_TRUE(keys.Find(text) != keys.End());
 }
 
 // Numbers of every length, around the ends of all types, with all that may stand before and behind them.

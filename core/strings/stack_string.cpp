@@ -127,9 +127,8 @@ void ZStackStringBase::AppendCutting(std::string_view text)
     char* pBuffer = buffer();
     const uint64 nMax = capacity() - 1;
     const uint64 nNew = std::min<uint64>(text.size(), nMax);
-    const uint64 nOld = std::min<uint64>(m_nSize, nMax - nNew);
-    std::memmove(pBuffer + nOld, text.data(), nNew);
-    EndAt(pBuffer, nOld + nNew);
+    std::memmove(pBuffer + nMax - nNew, text.data(), nNew);
+    EndAt(pBuffer, nMax);
 }
 
 void ZStackStringBase::Prepend(char* pBuffer, uint32 nCapacity, std::string_view text)

@@ -110,6 +110,7 @@ private:
     virtual char* buffer() = 0;
     virtual uint32 capacity() const = 0;
 
+    // The rest of append: a text that does not fit, or none at all.
     void AppendCutting(std::string_view text);
     void Prepend(char* pBuffer, uint32 nCapacity, std::string_view text);
 

@@ -127,8 +127,8 @@ public:
             m_string.prepend(piece);
             return Prepend(tail.substr(0, nSize));
         case 7:
-            m_string.format("%s%d%s", text.c_str(), static_cast<int>(nFrom), pszTail);
-            return Format(text + std::to_string(nFrom) + tail);
+            m_string.format("%d%s%s", static_cast<int>(nFrom), pszTail, text.c_str());
+            return Format(std::to_string(nFrom) + tail + text);
         case 8:
             m_string.xmlEncode();
             return Encode();
