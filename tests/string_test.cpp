@@ -1,5 +1,7 @@
 // ZString and the conversions: what is allocated and when, positions that lie outside, and numbers at the edges.
+#include "core/containers/hashmap.h"
 #include "core/containers/hashset.h"
+#include "core/containers/map.h"
 #include "core/strings/string.h"
 #include "core/strings/stringfunc.h"
 #include "tests/support/breaks.h"
@@ -268,4 +270,21 @@ TEST(TextIntoABuffer, BreaksWhereItDoesNotFit)
     EXPECT_EQ('#', acBuffer[4]);
     EXPECT_STREQ("", GetStringPlusString("1234", "56789", acBuffer));
     EXPECT_EQ(3, breaks.Take());
+}
+
+// A literal and an owned copy of it are one key.
+TEST_F(StringTest, IsAKeyOfTheContainers)
+{
+    const ZString owned(std::string_view("two"));
+    THashMap<ZString, int> hashed{{"one", 1}, {"two", 2}};
+    hashed.Insert(owned, 3);
+    EXPECT_EQ(2u, hashed.Size());
+    EXPECT_EQ(3, hashed.Find("two")->Value());
+    EXPECT_EQ(HashBytes("two", 3), HashKey(owned));
+
+    TMap<ZString, int> ordered{{"two", 2}, {"one", 1}};
+    ordered.Insert(owned, 3);
+    EXPECT_EQ(2u, ordered.Size());
+    EXPECT_EQ("one", ordered.Begin()->Key());
+    EXPECT_EQ(3, ordered["two"]);
 }

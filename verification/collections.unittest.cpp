@@ -22,7 +22,7 @@ class TSequenceCollectionsTest : public testing::Test
 protected:
     TSequenceCollectionsTest() : f() {}
 
-    ZIntegralTestFactory f;
+    ZIntegralTestFactory f; // NOLINT(readability-identifier-naming): the name that the report shows
 };
 
 using SequenceCollections = testing::Types<

@@ -51,13 +51,13 @@ void AddValue(TCollection& collection, T&& value)
 template <class T>
 void AddValue(TArray<T>& array, T&& value)
 {
-    array.Add(std::move(value));
+    array.Add(std::forward<T>(value));
 }
 
 template <class T>
 void AddValue(TBlockArray<T>& array, T&& value)
 {
-    array.Insert(array.End(), std::move(value));
+    array.Insert(array.End(), std::forward<T>(value));
 }
 
 template <class T, uint32 N>
@@ -71,9 +71,9 @@ template <class TCollection, class T>
 void AppendValue(TCollection& collection, T&& value)
 {
     if constexpr (requires { collection.Add(value); })
-        collection.Add(std::move(value));
+        collection.Add(std::forward<T>(value));
     else
-        AddValue(collection, std::move(value));
+        AddValue(collection, std::forward<T>(value));
 }
 
 // EXPECT_RANGE(col, {1, 2, 3}), or {{1, 2}, {3, 4}} for keys and values: col has these values, in this order. A failure

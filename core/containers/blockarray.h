@@ -394,7 +394,8 @@ private:
         if constexpr (std::is_lvalue_reference_v<TValue>)
             *pElement = value;
         else
-            detail::ConstructAt(pElement, std::move(value)); // without destroying the moved-from one: see Insert
+            detail::ConstructAt(pElement,
+                                static_cast<TValue&&>(value)); // without destroying the moved-from one: see Insert
         return {pElement, this, nIndex};
     }
 

@@ -28,8 +28,8 @@ constexpr SEntity kEntities[] = {
 constexpr auto kEntityOf = []
 {
     std::array<uint8, 256> places{};
-    for (uint8 i = 1; i < std::size(kEntities); ++i)
-        places[static_cast<uint8>(kEntities[i].m_cCharacter)] = i;
+    for (size_t i = 1; i < std::size(kEntities); ++i)
+        places[static_cast<uint8>(kEntities[i].m_cCharacter)] = static_cast<uint8>(i);
     return places;
 }();
 

@@ -137,6 +137,8 @@ public:
     ZStackString(const ZStackString& other) : ZStackStringBase(other) { CopyText(other); }
     ZStackString& operator=(const ZStackString& other)
     {
+        if (this == &other)
+            return *this;
         ZStackStringBase::operator=(other);
         CopyText(other);
         return *this;
@@ -146,8 +148,7 @@ private:
     char* buffer() override { return m_aBuffer; }
     uint32 capacity() const override { return N; }
 
-    // By memmove, for an assignment to itself.
-    void CopyText(const ZStackString& other) { std::memmove(m_aBuffer, other.m_aBuffer, size() + uint64{1}); }
+    void CopyText(const ZStackString& other) { std::memcpy(m_aBuffer, other.m_aBuffer, size() + uint64{1}); }
 
     char m_aBuffer[N];
 };

@@ -21,6 +21,7 @@
 // not know does not compile, and a const char* is never converted silently.
 #pragma once
 
+#include "core/containers/hashpolicy.h"
 #include "core/memory/memorymanager.h"
 #include "core/strings/text.h"
 
@@ -180,10 +181,10 @@ KX_API ZString operator+(const ZString& first, const ZString& second);
 // Writes the text as std::string_view is written, with the stream's width and fill.
 KX_API std::ostream& operator<<(std::ostream& stream, const ZString& text);
 
-// The hash by which the hash containers keep keys. Equal texts have equal hashes, whoever owns them.
+// The hash by which the hash containers keep keys: that of the characters, whoever owns them.
 inline uint32 HashKey(const ZString& text)
 {
-    return static_cast<uint32>(std::hash<std::string_view>()(text));
+    return HashBytes(text.ToCString(), static_cast<uint64>(text.Length()));
 }
 
 template <>
