@@ -62,9 +62,9 @@ TEST(LineReader, basic_tests)
         255, 0};
     char buffer[8] = {};
     ZLineReader reader(ReadSource, reinterpret_cast<uint64>(&source), buffer, sizeof(buffer));
-    char* pszString;
-    uint32 nStringLength;
-    int nLine;
+    char* pszString = nullptr;
+    uint32 nStringLength = 0;
+    int nLine = 0;
 
     // A macro, so that a failure shows the line of the step and its number.
 #define EXPECT_PIECE(line, piece)                                      \
