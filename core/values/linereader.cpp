@@ -57,6 +57,8 @@ int ZLineReader::GetNextLine(char** ppLine, uint32* pLength)
 
 char* ZLineReader::FindNewline(char* pFrom) const
 {
+    if (pFrom == m_pEnd)
+        return nullptr; // there may be no buffer at all
     return static_cast<char*>(std::memchr(pFrom, '\n', static_cast<size_t>(m_pEnd - pFrom)));
 }
 
