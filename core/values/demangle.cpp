@@ -164,9 +164,11 @@ private:
         return true;
     }
 
+    bool IsAt(Text text) const { return Text(m_pRead, static_cast<size_t>(m_pEnd - m_pRead)).starts_with(text); }
+
     bool Consume(Text text)
     {
-        if (!Text(m_pRead, static_cast<size_t>(m_pEnd - m_pRead)).starts_with(text))
+        if (!IsAt(text))
             return false;
         m_pRead += text.size();
         return true;
@@ -552,13 +554,13 @@ private:
     {
         const uint32 nBegin = m_nEnd;
         Put(before);
-        if (Peek() == '?')
+        if (!IsAt("?") || IsAt("?$"))
+            ScopeList();
+        else
         {
             Symbol();
             Expect("@@");
         }
-        else
-            ScopeList();
         Put("''");
         return {SetAside(nBegin), EName::Unscoped};
     }
@@ -806,7 +808,7 @@ private:
 
     void PutAround(const SAround* pAround, bool bInParentheses = false)
     {
-        for (; pAround != nullptr; pAround = pAround->m_pNext, bInParentheses = false)
+        for (; pAround != nullptr; pAround = pAround->m_pNext)
         {
             if (pAround->m_mark.empty())
             {
@@ -861,9 +863,8 @@ private:
 
     void TemplateArgument()
     {
-        if (Peek() != '$' || (m_pEnd - m_pRead > 1 && m_pRead[1] == '$'))
+        if (IsAt("$$") || !Consume('$'))
             return Type(nullptr);
-        Next();
         if (Consume('M')) // of the type that stands before it
         {
             const uint32 nBegin = m_nEnd;
