@@ -54,7 +54,7 @@ inline constexpr ZCodeTable kTypes({
 });
 
 // Behind "_".
-inline constexpr ZCodeTable kMoreTypes({
+inline constexpr ZCodeTable kExtendedTypes({
     {'D', "__int8"},
     {'E', "unsigned __int8"},
     {'F', "__int16"},
@@ -108,7 +108,7 @@ inline constexpr ZCodeTable kOperators({
 });
 
 // Behind "?_". What no program can name is in quotes. Left out are C, P and R, which have operands.
-inline constexpr ZCodeTable kMoreOperators({
+inline constexpr ZCodeTable kSpecialOperators({
     {'0', "operator/="},
     {'1', "operator%="},
     {'2', "operator>>="},
@@ -142,7 +142,7 @@ inline constexpr ZCodeTable kMoreOperators({
 });
 
 // Behind "?__". Left out are E and F, the initializers and finalizers of variables, and K, the literal operators.
-inline constexpr ZCodeTable kStillMoreOperators({
+inline constexpr ZCodeTable kRareOperators({
     {'A', "'managed vector constructor iterator'"},
     {'B', "'managed vector destructor iterator'"},
     {'C', "'eh vector copy constructor iterator'"},
