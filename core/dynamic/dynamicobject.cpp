@@ -37,7 +37,7 @@ SDynamicObjectKeyValuePair* FindProperty(const ZDynamicObject& object, std::stri
     return nPosition != detail::ZPropertyIndex::kMissing ? node.m_properties.Begin() + nPosition : nullptr;
 }
 
-void Store(SObjectNode& node, std::string_view key, const ZString* pKey, ZDynamicObject&& value)
+void StoreProperty(SObjectNode& node, std::string_view key, const ZString* pKey, ZDynamicObject&& value)
 {
     const uint32 nPosition = node.m_index.Find(node.m_properties, key);
     if (nPosition != detail::ZPropertyIndex::kMissing)
@@ -103,9 +103,8 @@ const ZDynamicObject& ZDynamicObject::Get(uint64 nIndex) const
     return nIndex < elements.Size() ? elements.Begin()[nIndex] : detail::g_nullObject;
 }
 
-ZDynamicObject& ZDynamicObject::PushBack(ZDynamicObject&& value)
+ZDynamicObject& ZDynamicObject::Append(ZDynamicObject value)
 {
-    ZDynamicObject element(std::move(value));
     if (IsNull())
     {
         *this = Array();
@@ -117,7 +116,7 @@ ZDynamicObject& ZDynamicObject::PushBack(ZDynamicObject&& value)
     {
         TArray<ZDynamicObject>& elements = SVariantAccess::Array(*this)->m_elements;
         MakeRoom(elements);
-        elements.Add(std::move(element));
+        elements.Add(std::move(value));
     }
     return *this;
 }
@@ -163,9 +162,8 @@ bool ZDynamicObject::TryGet(const ZString& key, ZDynamicObject& result) const
     return pProperty != nullptr;
 }
 
-ZDynamicObject& ZDynamicObject::Set(const ZString& key, ZDynamicObject&& value)
+ZDynamicObject& ZDynamicObject::Store(const ZString& key, ZDynamicObject value)
 {
-    ZDynamicObject property(std::move(value));
     if (IsNull())
     {
         *this = Object();
@@ -174,7 +172,7 @@ ZDynamicObject& ZDynamicObject::Set(const ZString& key, ZDynamicObject&& value)
     }
     detail::BreakUnless(IsObject());
     if (IsObject())
-        Store(*SVariantAccess::Object(*this), key, &key, std::move(property));
+        StoreProperty(*SVariantAccess::Object(*this), key, &key, std::move(value));
     return *this;
 }
 
@@ -226,7 +224,7 @@ bool ZDynamicObject::TrySetPathImpl(const ZString& path, const ZDynamicObject& v
         pParent = Walk(this, steps.substr(0, steps.size() - last.size() - 1));
     if (pParent == nullptr || !pParent->IsObject())
         return false;
-    Store(*SVariantAccess::Object(*pParent), last, nullptr, ZDynamicObject(value));
+    StoreProperty(*SVariantAccess::Object(*pParent), last, nullptr, ZDynamicObject(value));
     return true;
 }
 

@@ -158,15 +158,17 @@ public:
     const ZDynamicObject& Get(uint64 nIndex) const;
     const ZDynamicObject& operator[](uint64 nIndex) const { return Get(nIndex); }
 
-    // Appends; constant time on average. The argument may be a part of this tree.
-    ZDynamicObject& PushBack(const ZDynamicObject& value) { return PushBack(ZDynamicObject(value)); }
-    ZDynamicObject& PushBack(ZDynamicObject&& value);
-    template <DynamicValue T>
-    ZDynamicObject& PushBack(const T& value)
+    // Appends; constant time on average. The argument may be a part of this tree. On a temporary the result may be
+    // moved from, so a tree that is built by a chain of calls is not copied.
+    template <class T>
+    requires std::constructible_from<ZDynamicObject, T&&> ZDynamicObject& PushBack(T&& value) &
     {
-        return PushBack(ZDynamicObject(value));
+        return Append(ZDynamicObject(std::forward<T>(value)));
     }
-    ZDynamicObject& PushBack(const char* pszText) { return PushBack(ZDynamicObject(pszText)); }
+    template <class T>
+    requires std::constructible_from<ZDynamicObject, T&&> ZDynamicObject && PushBack(T&& value) && {
+        return std::move(Append(ZDynamicObject(std::forward<T>(value))));
+    }
 
     // The array's own storage, writable. Takes the debug break on anything but an array; there is nothing behind it
     // then.
@@ -224,16 +226,17 @@ public:
         return Get(key).TryGetValue(result);
     }
 
-    // Replaces the property, or adds it behind the others. The value may be a part of this tree.
-    ZDynamicObject& Set(const ZString& key, const ZDynamicObject& value) { return Set(key, ZDynamicObject(value)); }
-    ZDynamicObject& Set(const ZString& key, ZDynamicObject&& value);
-    template <DynamicValue T>
-    ZDynamicObject& Set(const ZString& key, const T& value)
+    // Replaces the property, or adds it behind the others. The value may be a part of this tree. On a temporary as
+    // PushBack.
+    template <class T>
+    requires std::constructible_from<ZDynamicObject, T&&> ZDynamicObject& Set(const ZString& key, T&& value) &
     {
-        return Set(key, ZDynamicObject(value));
+        return Store(key, ZDynamicObject(std::forward<T>(value)));
     }
-    ZDynamicObject& Set(const ZString& key, const char* pszText) { return Set(key, ZDynamicObject(pszText)); }
-    ZDynamicObject& Set(const ZString& key, const ZVariant& value) { return Set(key, ZDynamicObject(value)); }
+    template <class T>
+    requires std::constructible_from<ZDynamicObject, T&&> ZDynamicObject && Set(const ZString& key, T&& value) && {
+        return std::move(Store(key, ZDynamicObject(std::forward<T>(value))));
+    }
     using ZVariant::Set;
 
     // Removes the property; the order of the others stays. False where there is none.
@@ -275,6 +278,8 @@ public:
     bool Validate() const;
 
 private:
+    ZDynamicObject& Append(ZDynamicObject value);
+    ZDynamicObject& Store(const ZString& key, ZDynamicObject value);
     ZDynamicObject* FindPath(const ZString& path) const;
     bool TrySetPathImpl(const ZString& path, const ZDynamicObject& value);
 };

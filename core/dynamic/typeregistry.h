@@ -24,7 +24,7 @@ class ZObjectRef;
 // The life of a type's values, on raw storage.
 struct STypeOperations
 {
-    void (*Construct)(void* pStorage);                          // nothing if pStorage is null
+    void (*Construct)(void* pStorage); // nothing if pStorage is null; null itself if T has no default value
     void (*CopyConstruct)(void* pStorage, const void* pSource); // nothing if pStorage is null
     void (*Destruct)(void* pObject);                            //
     void (*Assign)(void* pTarget, const void* pSource);         // nothing if both are the same object
@@ -63,7 +63,7 @@ struct IType
     void* m_pReserved8;
     STypeID* m_pElementTypeID; // of an array
     const SContainerOperations* m_pContainerOperations;
-    void (*m_pfnResize)(void* pContainer, uint64 nSize); // as TArray::Resize
+    void (*m_pfnResize)(void* pContainer, uint64 nSize); // as TArray::Resize; null like Construct
 };
 
 // Stands behind the record of a template: its argument, and the name that the record points at.
@@ -225,7 +225,11 @@ struct TContainerOperations
     static void* SetAt(void* pContainer, ZObjectRef value, int32 nIndex);
     static void Clear(void* pContainer) { Self(pContainer).Clear(); }
     static void Reserve(void* pContainer, uint64 nCapacity) { Self(pContainer).Reserve(nCapacity, false); }
-    static void Resize(void* pContainer, uint64 nSize) { Self(pContainer).Resize(nSize); }
+    static void Resize(void* pContainer, uint64 nSize)
+    {
+        if constexpr (std::default_initializable<T>)
+            Self(pContainer).Resize(nSize);
+    }
 
     static constexpr SContainerOperations kOperations = {&Begin, &End, &Next, &Size, &SetAt, &Clear, &Reserve, nullptr};
 };
@@ -286,7 +290,7 @@ struct KX_LOCAL TTypeRecord<TArray<T>>
                 nullptr,
                 nullptr,
                 &TContainerOperations<T>::kOperations,
-                &TContainerOperations<T>::Resize};
+                std::default_initializable<T> ? &TContainerOperations<T>::Resize : nullptr};
     }
 
     static constexpr STypeEntry Enter(IType* pType, bool bRegister)

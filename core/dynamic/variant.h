@@ -146,7 +146,7 @@ void* detail::TContainerOperations<T>::SetAt(void* pContainer, ZObjectRef value,
     if (nIndex == nCount && bReadable)
         return &array.Add(*pValue);
     if (nIndex > nCount)
-        array.Resize(static_cast<uint64>(nIndex) + 1);
+        Resize(pContainer, static_cast<uint64>(nIndex) + 1);
     const bool bStorable = bReadable && nIndex >= 0 && static_cast<uint64>(nIndex) < array.Size();
     BreakUnless(bStorable);
     if (!bStorable)
