@@ -241,8 +241,9 @@ TEST_F(DynamicObject, WalksPaths)
                                               {ZString(".a"), 2},   {ZString(".b"), 0},  {ZString("a."), 0},
                                               {ZString("n.x"), 0},  {ZString(".."), 0},  {ZString("a.b.c"), 0},
                                               {ZString("a..b"), 0}, {ZString("b"), 0}};
-    for (const auto& [path, nValue] : aNodes)
+    for (const auto& [path, nExpected] : aNodes)
     {
+        const int nValue = nExpected;
         int nRead = 0;
         EXPECT_EQ(nValue != 0, tree.TryGetPath(path, nRead)) << path;
         EXPECT_EQ(nValue, nRead) << path;

@@ -180,10 +180,14 @@ TEST(ContainerOperations, WalkAndStore)
     TArray<SVertex> array;
     const SVertex one{1, 0, 0}, two{2, 0, 0};
 
-    EXPECT_EQ(array.Begin(), operations.SetAt(&array, ZVariantRef(one), 0)) << "appended";
-    EXPECT_EQ(array.Begin() + 3, operations.SetAt(&array, ZVariantRef(two), 3)) << "the gap is filled";
-    EXPECT_EQ(array.Begin() + 1, operations.SetAt(&array, ZVariantRef(one), 1)) << "assigned";
-    EXPECT_EQ(array.Begin() + 4, operations.SetAt(&array, ZVariantRef(array.Begin()[3]), 4)) << "of a part of itself";
+    void* pElement = operations.SetAt(&array, ZVariantRef(one), 0);
+    EXPECT_EQ(array.Begin(), pElement) << "appended";
+    pElement = operations.SetAt(&array, ZVariantRef(two), 3);
+    EXPECT_EQ(array.Begin() + 3, pElement) << "the gap is filled";
+    pElement = operations.SetAt(&array, ZVariantRef(one), 1);
+    EXPECT_EQ(array.Begin() + 1, pElement) << "assigned";
+    pElement = operations.SetAt(&array, ZVariantRef(array.Begin()[3]), 4);
+    EXPECT_EQ(array.Begin() + 4, pElement) << "of a part of itself";
     const SVertex aExpected[] = {one, one, SVertex(), two, two};
     EXPECT_EQ(5u, operations.Size(&array));
     const SVertex* pExpected = aExpected;

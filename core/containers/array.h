@@ -199,7 +199,8 @@ public:
 
     // Makes it nSize elements. More: reallocates to exactly nSize if the buffer is too small, and default-constructs the
     // new ones behind the old. Fewer: destroys the surplus in ascending order and keeps the buffer.
-    void Resize(uint64 nSize) requires std::default_initializable<T>
+    template <std::default_initializable U = T>
+    void Resize(uint64 nSize)
     {
         T* pOldEnd = m_pEnd;
         if (nSize < Distance(m_pBegin, m_pEnd))

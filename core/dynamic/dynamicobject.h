@@ -154,9 +154,13 @@ public:
     // The number of elements of an array or of properties of an object, 0 for anything else.
     uint64 Size() const;
 
-    // The element, a null object past the end and on anything but an array.
+    // The element, a null object past the end, for a negative index and on anything but an array.
     const ZDynamicObject& Get(uint64 nIndex) const;
-    const ZDynamicObject& operator[](uint64 nIndex) const { return Get(nIndex); }
+    template <std::integral TIndex>
+    const ZDynamicObject& operator[](TIndex nIndex) const
+    {
+        return Get(static_cast<uint64>(nIndex));
+    }
 
     // Appends; constant time on average. The argument may be a part of this tree. On a temporary the result may be
     // moved from, so a tree that is built by a chain of calls is not copied.

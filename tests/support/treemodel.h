@@ -10,8 +10,9 @@
 #include <vector>
 
 struct ModelNode;
+struct ModelProperty;
 using ModelArray = std::vector<ModelNode>;
-using ModelObject = std::vector<std::pair<std::string, ModelNode>>;
+using ModelObject = std::vector<ModelProperty>;
 
 struct ModelNode
 {
@@ -21,22 +22,31 @@ struct ModelNode
     ModelObject* Object() { return std::get_if<ModelObject>(&m_value); }
     bool IsNull() const { return m_value.index() == 0; }
 
-    ModelNode* Find(const std::string& key)
-    {
-        if (Object() == nullptr)
-            return nullptr;
-        const auto found =
-            std::find_if(Object()->begin(), Object()->end(), [&](auto& pair) { return pair.first == key; });
-        return found != Object()->end() ? &found->second : nullptr;
-    }
-
-    ModelNode& FindOrAdd(const std::string& key)
-    {
-        if (ModelNode* pNode = Find(key))
-            return *pNode;
-        return Object()->emplace_back(key, ModelNode()).second;
-    }
+    ModelNode* Find(const std::string& key);
+    ModelNode& FindOrAdd(const std::string& key);
 };
+
+struct ModelProperty
+{
+    std::string m_key;
+    ModelNode m_node;
+};
+
+inline ModelNode* ModelNode::Find(const std::string& key)
+{
+    if (Object() == nullptr)
+        return nullptr;
+    const auto found = std::find_if(Object()->begin(), Object()->end(),
+                                    [&](ModelProperty& property) { return property.m_key == key; });
+    return found != Object()->end() ? &found->m_node : nullptr;
+}
+
+inline ModelNode& ModelNode::FindOrAdd(const std::string& key)
+{
+    if (ModelNode* pNode = Find(key))
+        return *pNode;
+    return Object()->emplace_back(ModelProperty{key, ModelNode()}).m_node;
+}
 
 class ModelledTree
 {
@@ -61,9 +71,9 @@ public:
             }
             else if (pModel->Object() != nullptr && !pModel->Object()->empty())
             {
-                auto& [key, child] = (*pModel->Object())[below(pModel->Object()->size())];
-                path += (pModel == &m_model ? "" : ".") + key;
-                pNode = &pNode->Get(ZString(key));
+                auto& [key1, child] = (*pModel->Object())[below(pModel->Object()->size())];
+                path += (pModel == &m_model ? "" : ".") + key1;
+                pNode = &pNode->Get(ZString(key1));
                 pModel = &child;
             }
             else
@@ -108,7 +118,7 @@ public:
         case 7:
             m_bAgrees &= pNode->Remove(name) == (pModel->Find(key) != nullptr);
             if (pModel->Object() != nullptr)
-                std::erase_if(*pModel->Object(), [&](auto& pair) { return pair.first == key; });
+                std::erase_if(*pModel->Object(), [&](ModelProperty& property) { return property.m_key == key; });
             break;
         case 8: // a part takes the place of the whole that it is a part of, copied or moved
             if (ModelNode* pChild = pModel->Find(key))
@@ -242,7 +252,7 @@ private:
             while (properties.MoveNext())
             {
                 const auto& [key, value] = properties.Current();
-                if (!(key == model1->first) || &node[key] != &value || !Agrees(model1->second, value))
+                if (!(key == model1->m_key) || &node[key] != &value || !Agrees(model1->m_node, value))
                     return false;
                 ++model1;
             }
