@@ -1,5 +1,4 @@
-// The strings and conversions beside the standard library and {fmt}. A turn of a benchmark is kBatch operations, since
-// one takes a few nanoseconds.
+// The strings and conversions beside the standard library and {fmt}.
 #include "core/strings/string.h"
 #include "bench/support.h"
 #include "core/strings/stack_string.h"
@@ -18,29 +17,6 @@
 
 namespace
 {
-constexpr int64 kBatch = 100;
-
-// Runs operation(i) for i from 0 to kBatch - 1. The operation returns a number that adds up to nExpected.
-template <class TOperation>
-void RunBatches(benchmark::State& state, int64 nExpected, TOperation operation)
-{
-    for (auto _ : state)
-    {
-        int64 nSum = 0;
-        for (int64 i = 0; i < kBatch; ++i)
-            nSum += static_cast<int64>(operation(static_cast<size_t>(i)));
-        Consume(state, nSum, nExpected);
-    }
-}
-
-void RegisterAt(const char* pszRow, const char* pszContestant, void (*pFunction)(benchmark::State&),
-                std::initializer_list<int64> sizes)
-{
-    auto* pBenchmark = benchmark::RegisterBenchmark((std::string(pszRow) + "/" + pszContestant).c_str(), pFunction);
-    for (const int64 n : sizes)
-        pBenchmark->Arg(n);
-}
-
 std::string Letters(int64 n, char cFirst = 'a')
 {
     std::string text;
