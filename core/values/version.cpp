@@ -2,13 +2,8 @@
 
 #include "core/strings/text.h"
 
-#include <cstddef>
-
 namespace
 {
-// That many digits fit in 64 bits, whatever they are.
-constexpr std::ptrdiff_t kSafeDigits = 19;
-
 // Reads the digits at p, moves p behind them and adds their value to nAbs, nShift bits up. False if there is no digit
 // or the value is above nMax.
 inline bool ReadPart(const char*& p, uint64 nMax, int nShift, uint64& nAbs)
@@ -21,7 +16,7 @@ inline bool ReadPart(const char*& p, uint64 nMax, int nShift, uint64& nAbs)
         nValue = nValue * 10 + nDigit;
 
     // More digits may have wrapped the sum, unless those in front are zeros.
-    while (p - pFirst > kSafeDigits)
+    while (p - pFirst > detail::kSafeDigits)
     {
         if (*pFirst++ != '0')
             return false;
