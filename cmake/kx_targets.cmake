@@ -14,6 +14,8 @@ function(kx_add_module target alias exports)
   add_library(${target} SHARED ${ARGN})
   add_library(kx::${alias} ALIAS ${target})
   kx_configure(${target})
+  # Its own calls of what it exports stay inside, and may be inlined.
+  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
   target_include_directories(${target} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/kxcore>)

@@ -197,6 +197,22 @@ public:
         return Capacity();
     }
 
+    // Makes it nSize elements. More: reallocates to exactly nSize if the buffer is too small, and default-constructs the
+    // new ones behind the old. Fewer: destroys the surplus in ascending order and keeps the buffer.
+    void Resize(uint64 nSize) requires std::default_initializable<T>
+    {
+        T* pOldEnd = m_pEnd;
+        if (nSize < Distance(m_pBegin, m_pEnd))
+        {
+            m_pEnd = m_pBegin + nSize;
+            detail::DestroyRange(m_pEnd, pOldEnd);
+            return;
+        }
+        Reserve(nSize);
+        for (T* pNewEnd = m_pBegin + nSize; m_pEnd != pNewEnd; ++m_pEnd)
+            detail::ConstructAt(m_pEnd);
+    }
+
     // Equal sizes and equal elements in the same order, by the element's own ==.
     bool operator==(const TArray& other) const requires std::equality_comparable<T>
     {

@@ -24,13 +24,16 @@ static_assert(sizeof(float32) == 4 && sizeof(float64) == 8, "float32 and float64
 static_assert(std::endian::native == std::endian::little, "kxcore needs little-endian words: values overlay them");
 
 // KX_EXPORT marks what a shared library offers, KX_IMPORT the same declaration seen from outside. Everything is
-// compiled with hidden visibility, so a declaration without the mark stays inside its module.
+// compiled with hidden visibility, so a declaration without the mark stays inside its module. KX_LOCAL stays inside its
+// module even where a user compiles with another visibility.
 #if defined(_WIN32)
 #define KX_EXPORT __declspec(dllexport)
 #define KX_IMPORT __declspec(dllimport)
+#define KX_LOCAL
 #else
 #define KX_EXPORT __attribute__((visibility("default")))
 #define KX_IMPORT __attribute__((visibility("default")))
+#define KX_LOCAL __attribute__((visibility("hidden")))
 #endif
 
 // The public interface of the module kxbase.
@@ -60,6 +63,41 @@ static_assert(std::endian::native == std::endian::little, "kxcore needs little-e
 #define KX_PRINTF(nFormat, nFirst) __attribute__((format(printf, nFormat, nFirst)))
 #define KX_STACK_ALLOC(nBytes) __builtin_alloca(nBytes)
 #define KX_EXTENSION __extension__
+#endif
+
+// Words that any source of a module may contribute to, and that the linker gathers into one range: a section whose name
+// is a C identifier gets two boundary symbols. KX_GATHER(section, key) marks an inline variable, key being a text that
+// no other one in the section has; each lies on a multiple of 16, so null words stand between them, and a walk skips
+// these. KX_GATHER_ALWAYS keeps one that no code names. KX_GATHERED(type, section) declares the range, whose ends are
+// KX_GATHER_BEGIN(section) and KX_GATHER_END(section): the module's own, and both null in a module that has no such
+// word. KX_INIT_FIRST has an object initialised before all others of its module.
+//
+// For each inline variable the linker keeps one of the copies that the sources bring, by a group that is named after
+// it. GCC 12 puts all variables of one section into one group, so that two sources with different ones clash. The name
+// that it is given here therefore ends the directive itself, with a group of the variable's own, and has the assembler
+// take what GCC adds for a comment. Link-time optimisation would find that nobody writes the word, which another module
+// does.
+#if defined(__ELF__)
+#if defined(__clang__)
+#define KX_GATHER(section_name, key) __attribute__((section(#section_name), aligned(16)))
+#else
+#if defined(__aarch64__)
+#define KX_ASSEMBLER_COMMENT "//"
+#else
+#define KX_ASSEMBLER_COMMENT "#"
+#endif
+#define KX_GATHER(section_name, key)                                                                                   \
+    __attribute__((                                                                                                    \
+        section(#section_name ",\"awG\",@progbits,\"" #section_name "." key "\",comdat" KX_ASSEMBLER_COMMENT),         \
+        aligned(16), externally_visible))
+#endif
+#define KX_GATHER_ALWAYS __attribute__((used))
+#define KX_GATHERED(type, section_name)                                                                                \
+    extern "C" KX_LOCAL __attribute__((weak)) type __start_##section_name[];                                           \
+    extern "C" KX_LOCAL __attribute__((weak)) type __stop_##section_name[]
+#define KX_GATHER_BEGIN(section_name) __start_##section_name
+#define KX_GATHER_END(section_name) __stop_##section_name
+#define KX_INIT_FIRST __attribute__((init_priority(101)))
 #endif
 
 namespace detail

@@ -50,6 +50,15 @@ ZString ZString::AllocateFromCString(const char* pszText, int64 nLength)
     return ZString(std::string_view(pszText, static_cast<uint64>(nLength)));
 }
 
+ZString ZString::Reserve(uint64 nLength, char** ppChars)
+{
+    *ppChars = AllocateChars(nLength);
+    ZString text;
+    text.m_nLength = static_cast<uint32>(nLength);
+    text.m_pChars = *ppChars;
+    return text;
+}
+
 int ZString::IndexOf(char c, int64 nStart) const
 {
     return static_cast<int>(std::string_view(*this).find(c, static_cast<uint64>(std::max<int64>(nStart, 0))));
@@ -91,15 +100,12 @@ ZString operator+(const ZString& first, const ZString& second)
 {
     const std::string_view head = first;
     const std::string_view tail = second;
-    ZString text;
-    if (NeedsBlock(head.size() + tail.size()))
-    {
-        char* pChars = AllocateChars(head.size() + tail.size());
-        std::memcpy(pChars, head.data(), head.size());
-        std::memcpy(pChars + head.size(), tail.data(), tail.size());
-        text.m_nLength = static_cast<uint32>(head.size() + tail.size());
-        text.m_pChars = pChars;
-    }
+    if (!NeedsBlock(head.size() + tail.size()))
+        return {};
+    char* pChars = nullptr;
+    ZString text = ZString::Reserve(head.size() + tail.size(), &pChars);
+    std::memcpy(pChars, head.data(), head.size());
+    std::memcpy(pChars + head.size(), tail.data(), tail.size());
     return text;
 }
 

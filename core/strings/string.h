@@ -39,6 +39,8 @@ namespace detail
 void ThisCharacterArrayHasNoTerminator();
 } // namespace detail
 
+class ZVariantRef;
+
 class KX_API ZString
 {
 public:
@@ -123,6 +125,19 @@ public:
     // length counts as one that is too large. Null gives an empty string.
     static ZString AllocateFromCString(const char* pszText, int64 nLength);
 
+    // A copy of the format in which {0} to {7} are replaced by the texts of the arguments: of a number the decimal text,
+    // the shortest one that reads back as the same value where it has a fraction; "true" and "false"; of a string the
+    // string. {{ and }} stand for one brace. Everything else stays as it is: a brace without its partner, a number that
+    // has no argument, an argument whose type has no text. One allocation, none for an empty result.
+    //
+    // The references are core/dynamic/variant.h's, which is to be included. The shorter form passes empty ones for the
+    // rest; it also takes C strings, and what has a ToString(), as arguments.
+    static ZString Format(const ZString& format, const ZVariantRef& arg0, const ZVariantRef& arg1,
+                          const ZVariantRef& arg2, const ZVariantRef& arg3, const ZVariantRef& arg4,
+                          const ZVariantRef& arg5, const ZVariantRef& arg6, const ZVariantRef& arg7);
+    template <class... TArgs>
+    requires(sizeof...(TArgs) < 8) static ZString Format(const ZString& format, const TArgs&... args);
+
     // The text, NUL-terminated, for as long as the string lives and is not assigned to. A view has the same life.
     const char* ToCString() const { return m_pChars; }
     operator std::string_view() const { return {m_pChars, m_nLength & ~kBorrowed}; }
@@ -159,6 +174,9 @@ private:
     static constexpr uint32 kBorrowed = 0x80000000;
 
     friend KX_API ZString operator+(const ZString& first, const ZString& second);
+
+    // An owned string of nLength characters, more than none, for the caller to write: *ppChars points at the first.
+    static ZString Reserve(uint64 nLength, char** ppChars);
 
     static std::string_view TextWithin(const char* pBuffer, uint64 nSize)
     {

@@ -1,0 +1,108 @@
+// demangle beside LLVM's demangler for the same symbols. A turn is all symbols of a list that both read.
+#include "core/values/demangle.h"
+#include "bench/support.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <llvm/Demangle/Demangle.h>
+#include <string>
+#include <vector>
+
+namespace
+{
+using Symbols = std::vector<std::string>;
+
+struct Own
+{
+    explicit Own(bool bVerbose) : m_bVerbose(bVerbose) {}
+
+    uint64 operator()(const std::string& symbol)
+    {
+        m_text.clear();
+        demangle(m_text, symbol.c_str(), m_bVerbose);
+        return m_text.size();
+    }
+
+    bool m_bVerbose;
+    ZStackString<4096> m_text;
+};
+
+// Given its text buffer again at each call, which saves it an allocation. The result 0: not read.
+struct Llvm
+{
+    explicit Llvm(bool bVerbose)
+    {
+        if (!bVerbose)
+            m_flags = static_cast<llvm::MSDemangleFlags>(llvm::MSDF_NoAccessSpecifier | llvm::MSDF_NoCallingConvention);
+    }
+    Llvm(const Llvm&) = delete;
+    Llvm& operator=(const Llvm&) = delete;
+    ~Llvm() { std::free(m_pBuffer); }
+
+    uint64 operator()(const std::string& symbol)
+    {
+        uint64 nSize = m_nBuffer;
+        int nStatus = 0;
+        char* pText = llvm::microsoftDemangle(symbol.c_str(), nullptr, m_pBuffer, &nSize, &nStatus, m_flags);
+        return pText != nullptr ? nSize : 0;
+    }
+
+    llvm::MSDemangleFlags m_flags = llvm::MSDF_None;
+    uint64 m_nBuffer = 4096;
+    char* m_pBuffer = static_cast<char*>(std::malloc(m_nBuffer));
+};
+
+// The first column of the file, without what the peer cannot read.
+Symbols ReadSymbols(const char* pszFile)
+{
+    Symbols symbols;
+    std::ifstream file(std::string(KX_TEST_DATA) + pszFile);
+    Llvm peer(true);
+    for (std::string line; std::getline(file, line);)
+    {
+        std::string symbol = line.substr(0, line.find('\t'));
+        if (symbol.starts_with('?') && peer(symbol) != 0)
+            symbols.push_back(std::move(symbol));
+    }
+    return symbols;
+}
+
+template <class TContestant>
+void Demangle(benchmark::State& state, const Symbols& symbols, bool bVerbose)
+{
+    TContestant contestant(bVerbose);
+    const auto sum = [&]
+    {
+        uint64 nSum = 0;
+        for (const std::string& symbol : symbols)
+            nSum += contestant(symbol);
+        return static_cast<int64>(nSum);
+    };
+    const int64 nExpected = sum();
+    for (auto _ : state)
+        Consume(state, sum(), nExpected);
+}
+
+void RegisterList(const std::string& row, const char* pszFile)
+{
+    const Symbols symbols = ReadSymbols(pszFile);
+    for (const bool bVerbose : {true, false})
+    {
+        const std::string name = row + (bVerbose ? ", verbose" : ", plain");
+        const auto add = [&](const char* pszContestant, auto function)
+        {
+            benchmark::RegisterBenchmark((name + "/" + pszContestant).c_str(), function, symbols, bVerbose)
+                ->Arg(static_cast<int64>(symbols.size()));
+        };
+        add("demangle", Demangle<Own>);
+        add("llvm::microsoftDemangle", Demangle<Llvm>);
+    }
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    RegisterList("symbols of a game", "vectors.tsv");
+    RegisterList("every code", "symbols.tsv");
+    return RunBenchmarks(argc, argv);
+}

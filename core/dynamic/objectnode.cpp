@@ -1,0 +1,142 @@
+#include "core/dynamic/objectnode.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace detail
+{
+namespace
+{
+uint32 HashOf(std::string_view key)
+{
+    return HashBytes(key.data(), key.size());
+}
+
+bool IsKey(const SDynamicObjectKeyValuePair& property, std::string_view key)
+{
+    const std::string_view other = property.m_key;
+    return other.size() == key.size() && std::memcmp(other.data(), key.data(), key.size()) == 0;
+}
+} // namespace
+
+// Keys of one object tend to have a beginning in common, so the last character is looked at first.
+uint32 ZPropertyIndex::FindInOrder(const Properties& properties, std::string_view key)
+{
+    const uint64 nLast = key.size() - 1;
+    for (const SDynamicObjectKeyValuePair& property : properties)
+    {
+        const std::string_view other = property.m_key;
+        if (other.size() == key.size()
+            && (key.empty() || (other[nLast] == key[nLast] && std::memcmp(other.data(), key.data(), nLast) == 0)))
+            return static_cast<uint32>(&property - properties.Begin());
+    }
+    return kMissing;
+}
+
+uint32 ZPropertyIndex::FindSlot(const Properties& properties, std::string_view key) const
+{
+    const uint32 nHash = HashOf(key);
+    for (uint32 nSlot = nHash & m_nMask; m_pSlots[nSlot].m_nPosition != kMissing; nSlot = (nSlot + 1) & m_nMask)
+    {
+        const SSlot& slot = m_pSlots[nSlot];
+        if (slot.m_nHash == nHash && IsKey(properties.Begin()[slot.m_nPosition], key))
+            return slot.m_nPosition;
+    }
+    return kMissing;
+}
+
+void ZPropertyIndex::Insert(uint32 nHash, uint32 nPosition)
+{
+    uint32 nSlot = nHash & m_nMask;
+    while (m_pSlots[nSlot].m_nPosition != kMissing)
+        nSlot = (nSlot + 1) & m_nMask;
+    m_pSlots[nSlot] = {nHash, nPosition};
+}
+
+void ZPropertyIndex::Added(const Properties& properties)
+{
+    const uint32 nSize = properties.Size();
+    if (nSize <= kUnindexed)
+        return;
+    if (m_pSlots == nullptr || nSize > (m_nMask + 1) / 2)
+        Build(properties);
+    else
+        Insert(HashOf(properties.Begin()[nSize - 1].m_key), nSize - 1);
+}
+
+// The positions behind it have moved down by one. A slot that falls free in the middle of a run would hide what stands
+// behind it in the run, so these are inserted anew.
+void ZPropertyIndex::Removed(const Properties& properties, uint32 nPosition)
+{
+    if (m_pSlots == nullptr)
+        return;
+    if (properties.Size() <= kUnindexed)
+        return Release();
+    uint32 nFree = 0;
+    for (uint32 nSlot = 0; nSlot <= m_nMask; ++nSlot)
+    {
+        SSlot& slot = m_pSlots[nSlot];
+        if (slot.m_nPosition == nPosition)
+        {
+            slot.m_nPosition = kMissing;
+            nFree = nSlot;
+        }
+        else if (slot.m_nPosition != kMissing && slot.m_nPosition > nPosition)
+            --slot.m_nPosition;
+    }
+    for (uint32 nSlot = (nFree + 1) & m_nMask; m_pSlots[nSlot].m_nPosition != kMissing; nSlot = (nSlot + 1) & m_nMask)
+    {
+        const SSlot moved = m_pSlots[nSlot];
+        m_pSlots[nSlot].m_nPosition = kMissing;
+        Insert(moved.m_nHash, moved.m_nPosition);
+    }
+}
+
+void ZPropertyIndex::Build(const Properties& properties)
+{
+    const uint32 nSize = properties.Size();
+    if (nSize <= kUnindexed)
+        return;
+    uint32 nSlots = 64;
+    while (nSlots / 4 < nSize)
+        nSlots *= 2;
+    Allocate(nSlots);
+    for (uint32 i = 0; i < nSize; ++i)
+        Insert(HashOf(properties.Begin()[i].m_key), i);
+}
+
+void ZPropertyIndex::CopyFrom(const ZPropertyIndex& other)
+{
+    if (other.m_pSlots == nullptr)
+        return;
+    Allocate(other.m_nMask + 1);
+    std::copy_n(other.m_pSlots, other.m_nMask + 1, m_pSlots);
+}
+
+bool ZPropertyIndex::Validate(const Properties& properties) const
+{
+    if ((m_pSlots != nullptr) != (properties.Size() > kUnindexed))
+        return false;
+    for (const SDynamicObjectKeyValuePair& property : properties)
+    {
+        if (Find(properties, property.m_key) != static_cast<uint32>(&property - properties.Begin()))
+            return false;
+    }
+    return true;
+}
+
+void ZPropertyIndex::Allocate(uint32 nSlots)
+{
+    Release();
+    m_pSlots = static_cast<SSlot*>(GetNormalAllocator()->Allocate(nSlots * sizeof(SSlot), alignof(SSlot), 0));
+    m_nMask = nSlots - 1;
+    std::fill_n(m_pSlots, nSlots, SSlot{0, kMissing});
+}
+
+void ZPropertyIndex::Release()
+{
+    if (m_pSlots != nullptr)
+        GetNormalAllocator()->Free(m_pSlots);
+    m_pSlots = nullptr;
+}
+} // namespace detail

@@ -1,0 +1,122 @@
+// Type identity: one STypeID for each type in the whole process, whichever modules name the type.
+//
+//        a module                              kxbase                             another module
+//
+//   slot of T     record of T             the identity of T                    slot of T     record of T
+//   +-------+     +---------+             +---------------+                    +-------+     +---------+
+//   |   *-----X-->| kind    |      +----->| kind, name,   |<-----+             |   *-----X-->| kind    |
+//   +---|---+     | name of |      |      | operations    |      |             +---|---+     | name of |
+//       |         | T*      |      |      +---------------+      |                 |         | T*      |
+//       +--------------------------+                             +-----------------+
+//
+// Each module that names T has a slot of its own, one word, which at first points at the module's record of T. When the
+// module starts, before any of its other initialisers, its slots are overwritten with the identities: a record tells by
+// its text which one it means. From then on a type test is one load of a slot and one comparison, and values may cross
+// from module to module.
+//
+// The standard's types that variants know have their slots declared here. A type of your own takes one line beside its
+// definition: KX_DECLARE_TYPE of core/dynamic/typeregistry.h.
+#pragma once
+
+#include "core/platform/platform.h"
+#include "core/strings/string.h"
+
+#include <type_traits>
+#include <typeinfo>
+
+// The identity of a type, for comparison by address. What is inside is kxbase's own.
+struct STypeID;
+
+// What a module says of a type. Constant data, but for the three fields that the merge works with.
+struct STypeIDData
+{
+    uint32 m_nKind;             // in the high 16 bits: the number of a built-in type, else 0; the low 16 are zero
+    void* m_pReserved2;         // null
+    STypeID* m_pTypeID;         // null until the merge has found the identity
+    const char* (*m_pfnName)(); // the run-time name of T*: what tells two modules that they mean the same type
+    void* m_pReserved5;         // null
+};
+
+static_assert(sizeof(STypeIDData) == 40 && offsetof(STypeIDData, m_pTypeID) == 16
+                  && offsetof(STypeIDData, m_pfnName) == 24,
+              "modules that were built apart share this layout");
+
+// Merges the slots of a module, [ppFirst, ppLast): each gets the identity of the type that its record names, a new one
+// where no module has named the type before. Null words are skipped, and a slot that is merged already stays. Done for
+// every module when it starts; nobody else need call it. Identities live to the end of the process.
+KX_API void SharedInitTypeIDs(STypeIDData** ppFirst, STypeIDData** ppLast);
+
+namespace detail
+{
+template <class T>
+inline constexpr bool kNever = false;
+
+struct STypeEntry;
+
+// See STypeEntry in core/dynamic/typeregistry.h.
+KX_API void FillTypeRecords(STypeEntry** ppFirst, STypeEntry** ppLast);
+} // namespace detail
+
+// A module's slot of T and the record behind it. Specialised by KX_TYPE_SLOT.
+template <class T>
+struct TTypeSlot
+{
+    static_assert(detail::kNever<T>,
+                  "this type has no identity: write KX_DECLARE_TYPE(T); beside its definition, and include "
+                  "core/dynamic/typeregistry.h there");
+};
+
+// The slot of a type. A specialisation and not a template's own static, because GCC 12 leaves such a one out of the
+// section; hidden, because across modules the slots must not become one; volatile, because the module that writes it is
+// another one, so that the compiler, which sees the whole program under link-time optimisation, may not take the
+// address of the record for the value.
+#define KX_TYPE_SLOT(nKindNumber, ...)                                                                                 \
+    template <>                                                                                                        \
+    struct KX_LOCAL TTypeSlot<__VA_ARGS__>                                                                             \
+    {                                                                                                                  \
+        static const char* Name() { return typeid(std::add_pointer_t<__VA_ARGS__>).name(); }                           \
+        inline static STypeIDData ms_data = {uint32{nKindNumber} << 16, nullptr, nullptr, &Name, nullptr};             \
+        KX_GATHER(kxtype, #__VA_ARGS__) inline static STypeIDData* ms_pSlot = &ms_data;                                \
+    }
+
+KX_TYPE_SLOT(2, int8);
+KX_TYPE_SLOT(3, int16);
+KX_TYPE_SLOT(4, int32);
+KX_TYPE_SLOT(5, int64);
+KX_TYPE_SLOT(6, uint8);
+KX_TYPE_SLOT(7, uint16);
+KX_TYPE_SLOT(8, uint32);
+KX_TYPE_SLOT(9, uint64);
+KX_TYPE_SLOT(11, float32);
+KX_TYPE_SLOT(12, float64);
+KX_TYPE_SLOT(20, bool);
+KX_TYPE_SLOT(32, ZString);
+
+// The identity of T: reads this module's slot, each time: it is written by another module, so the compiler must not
+// take what it sees in here for the value. Not to be called before the module has started, which is before its first
+// initialiser.
+template <class T>
+inline STypeID* GetTypeID()
+{
+    static_assert(std::is_same_v<T, std::remove_cv_t<T>>, "identity is that of the type without const and volatile");
+    return reinterpret_cast<STypeID*>(*const_cast<STypeIDData* const volatile*>(&TTypeSlot<T>::ms_pSlot));
+}
+
+KX_GATHERED(STypeIDData*, kxtype);
+KX_GATHERED(detail::STypeEntry*, kxtypeentry);
+
+namespace detail
+{
+// Starts the types of the module that it is compiled into. Whoever includes this header has one of it, hidden, so there
+// is one for each module.
+struct KX_LOCAL STypeStart
+{
+    STypeStart()
+    {
+        SharedInitTypeIDs(KX_GATHER_BEGIN(kxtype), KX_GATHER_END(kxtype));
+        FillTypeRecords(KX_GATHER_BEGIN(kxtypeentry), KX_GATHER_END(kxtypeentry));
+    }
+};
+
+KX_LOCAL KX_INIT_FIRST inline const STypeStart g_typeStart;
+} // namespace detail

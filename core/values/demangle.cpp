@@ -1,0 +1,897 @@
+#include "core/values/demangle.h"
+#include "core/values/demanglecodes.h"
+#include "core/values/demangletext.h"
+
+#include <span>
+
+// The grammar, where "-" is a list, (x) an option and CODE a text of the tables:
+//
+//   symbol      ? name encoding
+//   name        component scopes                     "a@b@c@@" is c::b::a
+//             | ?0 scopes | ?1 scopes                constructor, destructor
+//             | ?CODE scopes                         operators, and what has no name of its own
+//   scopes      component- @
+//   component   text @ | digit                       a name; one of the name table
+//             | ?$ text @ argument- @                a template; also ?$? and the code of an operator
+//             | ?A0x text @ | ?number | ?symbol      anonymous namespace, block of a function, the function
+//   encoding    A...X (offset) cv function           member functions: four kinds each for three kinds of access
+//             | Y function                           global functions
+//             | 0...4 type cv                        variables
+//             | 5 number | 6 cv name- @ | 8 | 9      guards, tables, run-time types, C functions
+//             | $ ...                                thunks
+//   function    convention type parameters Z
+//   parameters  X | parameter- @ | parameter- Z      none, a list, a list with "..."
+//   parameter   type | digit                         one of the type table
+//   type        CODE
+//             | U scopes | V scopes | W4 scopes      classes, enums
+//             | P cv type | A cv type                pointers, references; Q, R, S, B with a cv of their own
+//             | P6 function | P8 scopes cv function
+//             | Y number number- type                arrays
+//   argument    type | $0 number | $1 symbol | ...
+//   cv          A | B | C | D                        nothing, const, volatile, both; Q to T for members
+//   number      digit | nibble- @                    "?" in front for a negative one
+
+namespace
+{
+using Text = std::string_view;
+
+// const, volatile and what else can stand there. The lowest two bits are the letters A to D.
+enum ECv : uint8
+{
+    kConst = 1,
+    kVolatile = 2,
+    kUnaligned = 4,
+    kRestrict = 8,
+    kLeftReference = 16,
+    kRightReference = 32,
+};
+
+// What stands around a type, from the inside out. In the code it comes before the type, in the text behind it.
+struct SAround
+{
+    Text m_mark;            // of a pointer or reference; empty for an array
+    uint8 m_targetCv;       // of what it points to, or consists of
+    uint8 m_cv;             // its own
+    Text m_text;            // the class of a pointer to members; the bounds of an array
+    const SAround* m_pNext; // a pointer to this pointer, say
+};
+
+struct SName
+{
+    enum EKind : uint8
+    {
+        kPlain,
+        kConstructor,
+        kDestructor,
+        kConversion, // the type is missing
+        kUnscoped,   // no scopes follow
+        kSymbol,     // nothing follows
+    };
+
+    Text m_text;
+    EKind m_kind = kPlain;
+};
+
+// The functions of the grammar read their piece of the symbol and write its text.
+class ZDemangler : public detail::ZDemangleText
+{
+public:
+    ZDemangler(Text symbol, bool bVerbose) : ZDemangleText(symbol), m_bVerbose(bVerbose) {}
+
+    KX_NOINLINE void Symbol()
+    {
+        const ZLevel level(*this);
+        Expect("?");
+        const SName name = SymbolName();
+        if (name.m_kind == SName::kSymbol)
+            PutBack(name.m_text);
+        else
+            Encoding(name);
+    }
+
+private:
+    // A level of nesting. The deepest symbol that is read takes some 30 KB of stack for its levels.
+    class ZLevel
+    {
+    public:
+        explicit ZLevel(ZDemangler& demangler) : m_demangler(demangler)
+        {
+            if (++m_demangler.m_nLevel > kMaxLevels)
+                m_demangler.Fail();
+        }
+        ZLevel(const ZLevel&) = delete;
+        ZLevel& operator=(const ZLevel&) = delete;
+        ~ZLevel() { --m_demangler.m_nLevel; }
+
+    private:
+        static constexpr uint32 kMaxLevels = 128;
+
+        ZDemangler& m_demangler;
+    };
+
+    void PutVerbose(Text text)
+    {
+        if (m_bVerbose)
+            Put(text);
+    }
+
+    void PutNumber()
+    {
+        const SNumber number = ReadNumber();
+        if (number.m_bNegative)
+            Put("-");
+        PutInteger(number.m_nMagnitude);
+    }
+
+    // Numbers that are 32 bits with a sign, however they are spelled.
+    void PutOffsets(Text before, int nCount, Text behind)
+    {
+        Put(before);
+        for (int i = 0; i < nCount; ++i)
+        {
+            if (i > 0)
+                Put(", ");
+            const SNumber number = ReadNumber();
+            PutInteger(static_cast<int32>(number.m_bNegative ? 0 - number.m_nMagnitude : number.m_nMagnitude));
+        }
+        Put(behind);
+    }
+
+    // ---- Names.
+
+    // The name of a symbol, set aside.
+    SName SymbolName()
+    {
+        const uint32 nBegin = End();
+        SName name = FirstComponent();
+        if (name.m_kind == SName::kConstructor || name.m_kind == SName::kDestructor)
+        {
+            const uint32 nClass = Scopes(Component());
+            const Text className = WrittenSince(nClass);
+            Put(name.m_kind == SName::kDestructor ? "::~" : "::");
+            Put(className);
+            Put(name.m_text);
+        }
+        else if (name.m_kind == SName::kPlain || name.m_kind == SName::kConversion)
+            Scopes(name.m_text);
+        else
+            PutBack(name.m_text);
+        name.m_text = SetAside(nBegin);
+        return name;
+    }
+
+    SName FirstComponent()
+    {
+        if (!Consume('?'))
+            return {PlainName()};
+        return Consume('$') ? Template() : Operator();
+    }
+
+    // The scopes behind a component, and then the component. The result is where its text begins.
+    uint32 Scopes(Text component)
+    {
+        const ZLevel level(*this);
+        if (!ConsumeEnd('@'))
+        {
+            Scopes(Component());
+            Put("::");
+        }
+        const uint32 nBegin = End();
+        PutBack(component);
+        return nBegin;
+    }
+
+    void ScopedName() { Scopes(Component()); }
+
+    Text SetAsideScopedName()
+    {
+        const uint32 nBegin = End();
+        ScopedName();
+        return SetAside(nBegin);
+    }
+
+    Text Component()
+    {
+        if (!Consume('?'))
+            return PlainName();
+        if (Consume('$'))
+        {
+            const SName name = Template();
+            return name.m_kind == SName::kPlain ? name.m_text : (Fail(), Text());
+        }
+        if (Consume("A0x")) // which could be the beginning of a number
+            return ReadToAt(), "'anonymous namespace'";
+
+        const uint32 nBegin = End();
+        Put("'");
+        if (IsAt("?"))
+            Symbol();
+        else
+            Block();
+        Put("'");
+        return SetAside(nBegin);
+    }
+
+    // The name table: the plain names in the order in which they are first read. There is one for the whole symbol. The
+    // encoder has one for each template, so behind a template the digits can stand for other names than it meant; the
+    // texts of such symbols are known in this form, and stay as they are.
+    Text PlainName()
+    {
+        if (IsDigit(Peek()))
+            return Known(m_names[Next()]);
+        const Text name = ReadToAt();
+        if (!m_names.IsFull() && !m_names.Contains(name))
+            m_names.Add(name);
+        return name;
+    }
+
+    // The number of a block, plus 1: in decimal if it is a digit, in hexadecimal if it is spelled with letters. So both
+    // "?9" and "?P@" read 10.
+    void Block()
+    {
+        if (IsDigit(Peek()))
+            return PutNumber();
+        const uint64 nBlock = ReadNumber().m_nMagnitude + 1;
+        if (nBlock == 0)
+            Fail();
+        int nShift = 60;
+        while (nShift > 0 && nBlock >> nShift == 0)
+            nShift -= 4;
+        for (; nShift >= 0; nShift -= 4)
+            Put(Text("0123456789ABCDEF").substr(nBlock >> nShift & 15, 1));
+    }
+
+    // Behind "?$".
+    KX_NOINLINE SName Template()
+    {
+        const uint32 nBegin = End();
+        SName name = Consume('?') ? Operator() : SName{PlainName()};
+        if (name.m_kind == SName::kUnscoped || name.m_kind == SName::kSymbol)
+            Fail();
+        PutBack(name.m_text);
+        TemplateArguments();
+        name.m_text = SetAside(nBegin);
+        return name;
+    }
+
+    // Behind "?".
+    SName Operator()
+    {
+        const char c = Next();
+        if (c == '_')
+            return SpecialOperator();
+        if (c == '0' || c == '1')
+            return {{}, c == '0' ? SName::kConstructor : SName::kDestructor};
+        return {Known(detail::kOperators[c]), c == 'B' ? SName::kConversion : SName::kPlain};
+    }
+
+    // Behind "?_".
+    SName SpecialOperator()
+    {
+        const char c = Next();
+        if (c == '_')
+            return RareOperator();
+        if (c == 'C')
+            return StringLiteral();
+        return {c == 'R' ? RunTimeType() : Known(detail::kSpecialOperators[c])};
+    }
+
+    // Behind "?__".
+    SName RareOperator()
+    {
+        const char c = Next();
+        if (c == 'E')
+            return Lifetime("'dynamic initializer for '");
+        if (c == 'F')
+            return Lifetime("'dynamic atexit destructor for '");
+        return {c == 'K' ? LiteralOperator() : Known(detail::kRareOperators[c])};
+    }
+
+    // The function that initialises or destroys a variable, which is given by its name or its symbol.
+    SName Lifetime(Text before)
+    {
+        const uint32 nBegin = End();
+        Put(before);
+        if (!IsAt("?") || IsAt("?$"))
+            ScopedName();
+        else
+        {
+            Symbol();
+            Expect("@@");
+        }
+        Put("''");
+        return {SetAside(nBegin), SName::kUnscoped};
+    }
+
+    // Its suffix takes no entry in the name table.
+    Text LiteralOperator()
+    {
+        const uint32 nBegin = End();
+        Put("operator\"\"");
+        Put(ReadToAt());
+        return SetAside(nBegin);
+    }
+
+    // Behind "?_R".
+    Text RunTimeType()
+    {
+        const uint32 nBegin = End();
+        const char c = Next();
+        if (c == '0')
+        {
+            Type();
+            Put(" 'RTTI Type Descriptor'");
+        }
+        else if (c == '1')
+            PutOffsets("'RTTI Base Class Descriptor at (", 4, ")'");
+        else
+            return Known(detail::kRunTimeTypes[c]);
+        return SetAside(nBegin);
+    }
+
+    // Behind "?_C": "@_", 0 for char or 1 for wchar_t, the size in bytes, a checksum, and as many characters as there
+    // are up to 32 bytes. A longer literal is shown with dots behind it.
+    SName StringLiteral()
+    {
+        const uint32 nBegin = End();
+        Expect("@_");
+        const char cWidth = Next();
+        if (cWidth != '0' && cWidth != '1')
+            Fail();
+        const uint32 nWidth = cWidth == '1' ? 2 : 1;
+        uint64 nBytes = ReadNumber().m_nMagnitude;
+        ReadToAt();
+        Put(nWidth == 2 ? "L\"" : "\"");
+        while (!ConsumeEnd('@'))
+        {
+            uint32 nCharacter = LiteralByte();
+            if (nWidth == 2)
+                nCharacter = nCharacter << 8 | LiteralByte();
+            if (nBytes < nWidth)
+                Fail();
+            nBytes -= nWidth;
+            if (nBytes != 0 || nCharacter != 0) // the terminator
+                PutCharacter(nCharacter);
+        }
+        Put(nBytes == 0 ? "\"" : "\"...");
+        return {SetAside(nBegin), SName::kSymbol};
+    }
+
+    // A letter behind "?" is itself with the top bit set.
+    uint8 LiteralByte()
+    {
+        const char c = Next();
+        if (c != '?')
+            return static_cast<uint8>(c);
+        const char cCode = Next();
+        if (IsDigit(cCode))
+            return static_cast<uint8>(detail::kLiteralCharacters[cCode - '0']);
+        if (cCode != '$')
+            return static_cast<uint8>(cCode | 0x80);
+        const char cHigh = Next();
+        const char cLow = Next();
+        if (!IsNibble(cHigh) || !IsNibble(cLow))
+            Fail();
+        return static_cast<uint8>((cHigh - 'A') << 4 | (cLow - 'A'));
+    }
+
+    void PutCharacter(uint32 nCharacter)
+    {
+        constexpr Text kEscaped = "\"\\\n\t\r\v\f\a\b";
+        constexpr Text kEscapes = "\"\\ntrvfab";
+        const char c = static_cast<char>(nCharacter);
+        const size_t nEscape = nCharacter < 0x80 ? kEscaped.find(c) : Text::npos;
+        if (nEscape != Text::npos)
+        {
+            Put("\\");
+            Put(kEscapes.substr(nEscape, 1));
+        }
+        else if (nCharacter >= ' ' && nCharacter < 0x7F)
+            Put(Text(&c, 1));
+        else
+        {
+            Put("\\x");
+            PutInteger(nCharacter, 16);
+        }
+    }
+
+    // ---- Types. Each function writes a type and what stands around it.
+
+    void Type(const SAround* pAround = nullptr)
+    {
+        const ZLevel level(*this);
+        const char c = Next();
+        switch (c)
+        {
+        case 'A':
+        case 'B':
+            return Pointer("&", static_cast<uint8>((c - 'A') * kVolatile), pAround);
+        case 'P':
+        case 'Q':
+        case 'R':
+        case 'S':
+            return Pointer("*", static_cast<uint8>(c - 'P'), pAround);
+        case 'T':
+            return Class("union ", pAround);
+        case 'U':
+            return Class("struct ", pAround);
+        case 'V':
+            return Class("class ", pAround);
+        case 'W':
+            return Enum(pAround);
+        case 'Y':
+            return Array(pAround);
+        case '?':
+            return QualifiedType(pAround);
+        case '$':
+            return DollarType(pAround);
+        case '_':
+            return BasicType(detail::kExtendedTypes[Next()], pAround);
+        default:
+            return BasicType(detail::kTypes[c], pAround);
+        }
+    }
+
+    // Behind "$".
+    KX_NOINLINE void DollarType(const SAround* pAround)
+    {
+        Expect("$");
+        const char c = Next();
+        switch (c)
+        {
+        case 'A':
+            return BareFunction(pAround);
+        case 'B': // an array, whose code follows
+            return Type(pAround);
+        case 'C':
+            return QualifiedType(pAround);
+        case 'Q':
+        case 'R':
+            return Pointer("&&", static_cast<uint8>((c - 'Q') * kVolatile), pAround);
+        case 'T':
+            return BasicType("std::nullptr_t", pAround);
+        case 'Y': // a template that has no arguments
+            return Class({}, pAround);
+        default:
+            return Fail();
+        }
+    }
+
+    void BasicType(Text text, const SAround* pAround)
+    {
+        Put(Known(text));
+        PutBehind(pAround);
+    }
+
+    void Class(Text keyword, const SAround* pAround)
+    {
+        PutVerbose(keyword);
+        ScopedName();
+        PutBehind(pAround);
+    }
+
+    // The digit is the type that the enum is stored in. No text has a keyword.
+    void Enum(const SAround* pAround)
+    {
+        const char c = Next();
+        if (c < '0' || c > '7')
+            Fail();
+        Class({}, pAround);
+    }
+
+    KX_NOINLINE void Array(const SAround* pAround)
+    {
+        const uint32 nBegin = End();
+        SNumber bounds = ReadNumber();
+        if (bounds.m_bNegative || bounds.m_nMagnitude == 0)
+            Fail();
+        for (; bounds.m_nMagnitude > 0 && !HasFailed(); --bounds.m_nMagnitude)
+        {
+            Put("[");
+            PutNumber();
+            Put("]");
+        }
+        const SAround array{{}, 0, 0, SetAside(nBegin), pAround};
+        Type(&array);
+    }
+
+    // A type with a cv of its own, which a pointer to it or an array of it would have spelled out.
+    KX_NOINLINE void QualifiedType(const SAround* pAround)
+    {
+        SAround around = pAround != nullptr ? *pAround : SAround{};
+        around.m_targetCv = TargetCv(ReadCv(), around.m_targetCv);
+        Type(&around);
+    }
+
+    KX_NOINLINE void Pointer(Text mark, uint8 nCv, const SAround* pAround)
+    {
+        SAround pointer{mark, 0, nCv, {}, pAround};
+        if (Consume('6'))
+            return Function(0, &pointer);
+        if (Consume('8'))
+        {
+            pointer.m_text = SetAsideScopedName();
+            return Function(ReadCv(), &pointer);
+        }
+        bool bMember = false;
+        const uint8 nTarget = ReadCv(&bMember);
+        pointer.m_targetCv = TargetCv(nTarget);
+        pointer.m_cv |= nTarget & kRestrict;
+        if (bMember)
+            pointer.m_text = SetAsideScopedName();
+        Type(&pointer);
+    }
+
+    // A function as a template argument.
+    void BareFunction(const SAround* pAround)
+    {
+        if (Consume('6'))
+            return Function(0, pAround);
+        Expect("8@@");
+        Function(ReadCv(), pAround);
+    }
+
+    // Its text has no calling convention.
+    KX_NOINLINE void Function(uint8 nCv, const SAround* pAround)
+    {
+        ReadConvention();
+        Type();
+        PutInParentheses(pAround);
+        Signature(nCv);
+    }
+
+    Text ReadConvention() { return Known(detail::kConventions[Next()]); }
+
+    // What may stand before the letter comes in any order: E, the mark of 64-bit pointers, says nothing.
+    uint8 ReadCv(bool* pMember = nullptr)
+    {
+        uint8 nCv = 0;
+        for (;;)
+        {
+            const char c = Next();
+            if (c >= 'A' && c <= 'D')
+                return static_cast<uint8>(nCv | (c - 'A'));
+            if (c >= 'E' && c <= 'I')
+            {
+                constexpr uint8 kMarks[] = {0, kUnaligned, kLeftReference, kRightReference, kRestrict};
+                nCv |= kMarks[c - 'E'];
+                continue;
+            }
+            if (c < 'Q' || c > 'T' || pMember == nullptr)
+                return Fail(), uint8{0};
+            *pMember = true;
+            return static_cast<uint8>(nCv | (c - 'Q'));
+        }
+    }
+
+    static uint8 TargetCv(uint8 nCv, uint8 nMore = 0)
+    {
+        return static_cast<uint8>((nCv & (kConst | kVolatile | kUnaligned)) | nMore);
+    }
+
+    void PutCv(uint8 nCv)
+    {
+        constexpr Text kTexts[] = {" const", " volatile", " __unaligned", " __restrict", "&", "&&"};
+        for (const Text* pText = kTexts; nCv != 0; nCv >>= 1, ++pText)
+        {
+            if ((nCv & 1) != 0)
+                Put(*pText);
+        }
+    }
+
+    // Behind a target that is no pointer. A const target says so here, where a const pointer has said it itself.
+    void PutBehind(const SAround* pAround)
+    {
+        if (pAround == nullptr)
+            return;
+        PutCv(pAround->m_targetCv);
+        PutAround(pAround, " ");
+    }
+
+    // Behind a function or an array: a pointer to it stands in parentheses.
+    void PutInParentheses(const SAround* pAround)
+    {
+        if (pAround == nullptr)
+            return;
+        PutCv(pAround->m_targetCv);
+        if (pAround->m_mark.empty())
+            return PutAround(pAround, {});
+        Put("(");
+        PutAround(pAround, {});
+        Put(")");
+    }
+
+    void PutAround(const SAround* pAround, Text beforeClass)
+    {
+        for (; pAround != nullptr; pAround = pAround->m_pNext)
+        {
+            if (pAround->m_mark.empty())
+            {
+                PutInParentheses(pAround->m_pNext);
+                return Put(pAround->m_text);
+            }
+            if (!pAround->m_text.empty())
+            {
+                Put(beforeClass);
+                Put(pAround->m_text);
+                Put("::");
+            }
+            Put(pAround->m_mark);
+            PutCv(pAround->m_cv);
+        }
+    }
+
+    // ---- Template arguments.
+
+    // The parameters of functions in here have a type table of their own.
+    KX_NOINLINE void TemplateArguments()
+    {
+        const detail::ZTenTexts types = m_types;
+        const uint32 nAside = AsideMark();
+        Put("<");
+        for (bool bFirst = true; !ConsumeEnd('@');)
+        {
+            if (Consume("$S") || Consume("$$V") || Consume("$$$V") || Consume("$$Z")) // the end of a pack
+                continue;
+            if (!bFirst)
+                Put(", ");
+            bFirst = false;
+            TemplateArgument();
+        }
+        Put(">");
+        ReleaseAside(nAside);
+        m_types = types;
+    }
+
+    void TemplateArgument()
+    {
+        if (IsAt("$$") || !Consume('$'))
+            return Type();
+        if (Consume('M')) // its type
+        {
+            const uint32 nBegin = End();
+            Type();
+            Drop(nBegin);
+        }
+        const char c = Next();
+        switch (c)
+        {
+        case '0':
+            return PutNumber();
+        case '1':
+            return Address();
+        case 'E': // a reference
+            return Symbol();
+        case 'F': // a pointer to a member, as the compiler stores it
+        case 'G':
+            return PutOffsets("{", c - 'F' + 2, "}");
+        case 'H':
+        case 'I':
+        case 'J':
+            Put("{");
+            Address();
+            return PutOffsets(", ", c - 'H' + 1, "}");
+        default:
+            return Fail();
+        }
+    }
+
+    void Address()
+    {
+        Put("&");
+        Symbol();
+    }
+
+    // ---- Functions and variables.
+
+    void Encoding(SName name)
+    {
+        if (Consume("$$")) // the mark of another language, which the text does not show
+        {
+            if (!Consume('F') && !Consume('H'))
+                Expect("J0");
+        }
+        const char c = Next();
+        if (c >= 'A' && c <= 'X')
+            return MemberFunction(name, (c - 'A') / 8, (c - 'A') / 2 % 4);
+        switch (c)
+        {
+        case '0':
+        case '1':
+        case '2':
+        case '3':
+        case '4':
+            return Variable(name);
+        case '5': // the number of a guard
+            AddOffsets(name, "{", 1, "}");
+            return PutBack(name.m_text);
+        case '6':
+        case '7':
+            return Table(name);
+        case '8':
+        case '9':
+            return PutBack(name.m_text);
+        case 'Y':
+        case 'Z':
+            return FunctionSymbol(name, {}, false);
+        case '$':
+            return Thunk(name);
+        default:
+            return Fail();
+        }
+    }
+
+    // The code is even for near functions and odd for far ones, which read the same.
+    void MemberFunction(SName name, int nAccess, int nKind)
+    {
+        if (nKind == kAdjusting)
+            AddOffsets(name, "'adjustor{", 1, "}'");
+        const Text prefixes[] = {nKind == kAdjusting ? kThunk : Text(), kAccess[nAccess], kKinds[nKind]};
+        FunctionSymbol(name, prefixes, nKind != kStatic);
+    }
+
+    // Behind "$": thunks that find the object by a table, with two offsets or four, for virtual functions.
+    void Thunk(SName name)
+    {
+        if (Consume('B'))
+            return VirtualCall(name);
+        const bool bExtended = Consume('R');
+        const char c = Next();
+        if (c < '0' || c > '5')
+            return Fail();
+        AddOffsets(name, bExtended ? "'vtordispex{" : "'vtordisp{", bExtended ? 4 : 2, "}'");
+        const Text prefixes[] = {kThunk, kAccess[(c - '0') / 2], kKinds[kVirtual]};
+        FunctionSymbol(name, prefixes, true);
+    }
+
+    // What a pointer to a virtual member function points to. It has no signature.
+    void VirtualCall(SName name)
+    {
+        AddOffsets(name, "{", 1, "}");
+        Expect("A");
+        PutVerbose(ReadConvention());
+        PutVerbose(kThunk);
+        PutBack(name.m_text);
+    }
+
+    void AddOffsets(SName& name, Text before, int nCount, Text behind)
+    {
+        const uint32 nBegin = End();
+        PutBack(name.m_text);
+        PutOffsets(before, nCount, behind);
+        name.m_text = SetAside(nBegin);
+    }
+
+    // Only verbose texts have the prefixes, and the calling convention.
+    void FunctionSymbol(const SName& name, std::span<const Text> prefixes, bool bHasThis)
+    {
+        const uint8 nCv = bHasThis ? ReadCv() : uint8{0};
+        const Text convention = ReadConvention();
+        const uint32 nBegin = End();
+        Text converted;
+        if (!Consume('@')) // constructors and destructors return nothing
+        {
+            Type();
+            if (name.m_kind == SName::kConversion)
+                converted = SetAside(nBegin);
+            else
+                Put(" ");
+        }
+        PutVerbose(convention);
+        for (const Text prefix : prefixes)
+            PutVerbose(prefix);
+        PutBack(name.m_text);
+        if (!converted.empty())
+        {
+            Put(" ");
+            PutBack(converted);
+        }
+        Signature(nCv);
+    }
+
+    // The cv behind the type is that of the variable, or if it is a pointer, once more that of its target. It is not
+    // written, so a variable does not say that it is const.
+    void Variable(const SName& name)
+    {
+        Type();
+        Put(" ");
+        bool bMember = false;
+        ReadCv(&bMember);
+        if (bMember)
+            SetAsideScopedName();
+        PutBack(name.m_text);
+    }
+
+    // A class with several bases has several tables, each with the name of its base.
+    void Table(const SName& name)
+    {
+        ReadCv();
+        PutBack(name.m_text);
+        if (ConsumeEnd('@'))
+            return;
+        Text before = "{for '";
+        do
+        {
+            Put(before);
+            ScopedName();
+            Put("'");
+            before = ", '";
+        } while (!ConsumeEnd('@'));
+        Put("}");
+    }
+
+    // The parameters, the cv of "this", the exception specification.
+    void Signature(uint8 nCv)
+    {
+        Put("(");
+        Parameters();
+        Put(")");
+        PutCv(nCv);
+        if (Consume("_E"))
+            Put(" noexcept");
+        else
+            Expect("Z");
+    }
+
+    void Parameters()
+    {
+        if (Consume('X'))
+            return Put("void");
+        Text before;
+        do
+        {
+            Put(before);
+            before = ", ";
+            if (Consume('Z'))
+                return Put("...");
+            Parameter();
+        } while (!ConsumeEnd('@'));
+    }
+
+    // The type table: the parameter types with codes of more than one character. Those of a pointer to a function come
+    // before the pointer, and go on counting behind it.
+    void Parameter()
+    {
+        if (IsDigit(Peek()))
+            return Put(Known(m_types[Next()]));
+        const char* pBegin = Position();
+        const uint32 nBegin = End();
+        Type();
+        if (Position() - pBegin > 1 && !m_types.IsFull())
+            m_types.Add(Keep(nBegin));
+    }
+
+    enum EKind : uint8
+    {
+        kStatic = 1,
+        kVirtual = 2,
+        kAdjusting = 3,
+    };
+
+    static constexpr Text kThunk = "[thunk]: ";
+    static constexpr Text kAccess[] = {"privat: ", "protected: ", "public: "}; // callers match on the misspelling
+    static constexpr Text kKinds[] = {"", "static ", "virtual ", "virtual "};
+
+    const bool m_bVerbose;
+    uint32 m_nLevel = 0;
+    detail::ZTenTexts m_names;
+    detail::ZTenTexts m_types;
+};
+} // namespace
+
+void demangle(ZStackStringBase& out, const char* mangled, bool verbose)
+{
+    demangle(out, detail::TextOf(mangled), verbose);
+}
+
+void demangle(ZStackStringBase& out, std::string_view mangled, bool verbose)
+{
+    if (!mangled.starts_with('?'))
+    {
+        mangled.remove_prefix(mangled.starts_with('_') ? 1 : 0);
+        return out.append(mangled);
+    }
+    ZDemangler demangler(mangled, verbose);
+    demangler.Symbol();
+    out.append(demangler.IsComplete() ? demangler.Written() : mangled);
+}

@@ -1,0 +1,38 @@
+// A module that is loaded at run time. It names types that the program that loads it and kxbase name too, and one that
+// they do not.
+#include "tests/support/usertypes.h"
+
+struct SOnlyHere
+{
+    int m_nValue;
+    bool operator==(const SOnlyHere&) const = default;
+};
+KX_DECLARE_TYPE(SOnlyHere);
+
+extern "C"
+{
+    KX_EXPORT STypeID* PluginTypeOfVertex()
+    {
+        return GetTypeID<SVertex>();
+    }
+
+    KX_EXPORT STypeIDData* PluginRecordOfVertex()
+    {
+        return &TTypeSlot<SVertex>::ms_data;
+    }
+
+    // Stores values of three types into the object.
+    KX_EXPORT void PluginFill(ZDynamicObject* pObject)
+    {
+        pObject->Set("vertex", ZVariant(SVertex{1, 2, 3}));
+        pObject->Set("here", ZVariant(SOnlyHere{42}));
+        pObject->Set("number", 42);
+    }
+
+    // Whether it reads the same from the object.
+    KX_EXPORT bool PluginReads(const ZDynamicObject* pObject)
+    {
+        return pObject->Get("vertex").As<SVertex>() == SVertex{1, 2, 3}
+               && pObject->Get("here").As<SOnlyHere>().m_nValue == 42 && pObject->Get("number") == 42;
+    }
+}
