@@ -2,6 +2,7 @@
 // This is the one file of the library with an #if on a compiler or a system.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #if defined(_MSC_VER)
 #include <malloc.h>
@@ -20,6 +21,7 @@ using float64 = double;
 
 static_assert(sizeof(void*) == 8, "kxcore needs 64-bit pointers: the layouts of the containers are pinned for them");
 static_assert(sizeof(float32) == 4 && sizeof(float64) == 8, "float32 and float64 must be the IEEE 754 formats");
+static_assert(std::endian::native == std::endian::little, "kxcore needs little-endian words: values overlay them");
 
 // KX_EXPORT marks what a shared library offers, KX_IMPORT the same declaration seen from outside. Everything is
 // compiled with hidden visibility, so a declaration without the mark stays inside its module.
@@ -43,18 +45,21 @@ static_assert(sizeof(float32) == 4 && sizeof(float64) == 8, "float32 and float64
 // BreakUnless alone: inlined at every optimisation level, and shown by a debugger as the line that calls it.
 // KX_PRINTF(nFormat, nFirst) lets the compiler hold the arguments of a function to its printf format; a member function
 // counts its object as the first one. KX_STACK_ALLOC(nBytes) is memory that the calling function gives back on return.
+// KX_EXTENSION stands before what all compilers have and the standard has not: a struct without a name in a union.
 #if defined(_MSC_VER) && !defined(__clang__)
 #define KX_NOINLINE __declspec(noinline)
 #define KX_RESTRICT __restrict
 #define KX_CHECK_INLINE __forceinline
 #define KX_PRINTF(nFormat, nFirst)
 #define KX_STACK_ALLOC(nBytes) _alloca(nBytes)
+#define KX_EXTENSION
 #else
 #define KX_NOINLINE __attribute__((noinline))
 #define KX_RESTRICT __restrict__
 #define KX_CHECK_INLINE inline __attribute__((always_inline, artificial))
 #define KX_PRINTF(nFormat, nFirst) __attribute__((format(printf, nFormat, nFirst)))
 #define KX_STACK_ALLOC(nBytes) __builtin_alloca(nBytes)
+#define KX_EXTENSION __extension__
 #endif
 
 namespace detail

@@ -7,16 +7,8 @@
 
 namespace
 {
-bool IsSpace(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-// The value of a digit, 10 or more for any other character.
-uint64 DigitOf(char c)
-{
-    return static_cast<uint64>(static_cast<unsigned char>(c)) - '0';
-}
+using detail::DigitOf;
+using detail::IsSpace;
 
 // That many digits fit in 64 bits, whatever they are.
 constexpr int64 kSafeDigits = 19;

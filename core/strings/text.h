@@ -1,5 +1,8 @@
-// What the strings share: in all of them a null pointer to text is the empty text.
+// What the strings and the parsers share: in all of them a null pointer to text is the empty text, and characters are
+// classed without a locale.
 #pragma once
+
+#include "core/platform/platform.h"
 
 #include <string_view>
 
@@ -13,5 +16,16 @@ constexpr const char* NotNull(const char* pszText)
 constexpr std::string_view TextOf(const char* pszText)
 {
     return NotNull(pszText);
+}
+
+constexpr bool IsSpace(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+// The value of a digit, 10 or more for any other character.
+constexpr uint64 DigitOf(char c)
+{
+    return static_cast<uint64>(static_cast<unsigned char>(c)) - '0';
 }
 } // namespace detail
