@@ -13,8 +13,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
-#include <cstring>
 #include <getopt.h>
+#include <string_view>
 #include <unistd.h>
 
 namespace
@@ -88,7 +88,7 @@ private:
         if (c == '>')
             return m_nOpen-- > 0;
         const unsigned char nCode = static_cast<unsigned char>(c);
-        return std::isalnum(nCode) != 0 || nCode >= 0x80 || std::strchr("<?@$_", c) != nullptr;
+        return std::isalnum(nCode) != 0 || nCode >= 0x80 || std::string_view("<?@$_").find(c) != std::string_view::npos;
     }
 
     const bool m_bVerbose;
@@ -109,15 +109,15 @@ void Filter(bool bVerbose)
     ZFilter filter(bVerbose);
     char* pLine = nullptr;
     uint32 nLength = 0;
-    bool bAny = false;
-    for (int nLine = 1; const int nNext = reader.GetNextLine(&pLine, &nLength); nLine = nNext)
+    int nLast = 0;
+    while (const int nLine = reader.GetNextLine(&pLine, &nLength))
     {
-        if (nNext != nLine)
+        if (nLast != 0 && nLast != nLine)
             filter.EndLine();
         filter.Write({pLine, nLength});
-        bAny = true;
+        nLast = nLine;
     }
-    if (bAny)
+    if (nLast != 0)
         filter.EndLine();
 }
 } // namespace
