@@ -821,7 +821,7 @@ private:
         Put("}");
     }
 
-    // The parameters, the cv of "this", the exception specification.
+    // The parameters, the cv of "this", and whether it is noexcept.
     void Signature(uint8 nCv)
     {
         Put("(");
