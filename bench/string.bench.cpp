@@ -1,5 +1,4 @@
-// The strings and conversions beside the standard library and {fmt}. A turn of a benchmark is kBatch operations, since
-// one takes a few nanoseconds.
+// The strings and conversions beside the standard library and {fmt}.
 #include "core/strings/string.h"
 #include "bench/support.h"
 #include "core/strings/stack_string.h"
@@ -11,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
+#include <memory>
 #include <random>
 #include <string>
 #include <string_view>
@@ -18,29 +18,6 @@
 
 namespace
 {
-constexpr int64 kBatch = 100;
-
-// Runs operation(i) for i from 0 to kBatch - 1. The operation returns a number that adds up to nExpected.
-template <class TOperation>
-void RunBatches(benchmark::State& state, int64 nExpected, TOperation operation)
-{
-    for (auto _ : state)
-    {
-        int64 nSum = 0;
-        for (int64 i = 0; i < kBatch; ++i)
-            nSum += static_cast<int64>(operation(static_cast<size_t>(i)));
-        Consume(state, nSum, nExpected);
-    }
-}
-
-void RegisterAt(const char* pszRow, const char* pszContestant, void (*pFunction)(benchmark::State&),
-                std::initializer_list<int64> sizes)
-{
-    auto* pBenchmark = benchmark::RegisterBenchmark((std::string(pszRow) + "/" + pszContestant).c_str(), pFunction);
-    for (const int64 n : sizes)
-        pBenchmark->Arg(n);
-}
-
 std::string Letters(int64 n, char cFirst = 'a')
 {
     std::string text;
@@ -246,18 +223,19 @@ struct PrintfText
     size_t m_nSize = 0;
 };
 
-// Ten texts of the given length, one behind the other.
+// Ten texts of the given length, one behind the other. What is appended lies far from the buffer: strlen reads more
+// bytes than the text has, and would wait for a store next to it.
 template <class TText>
 void Append(benchmark::State& state)
 {
-    const std::string letters = Letters(state.range(0));
+    const auto pLetters = std::make_unique<std::string>(Letters(state.range(0)));
     TText text;
     RunBatches(state, kBatch * 55 * state.range(0) / 10,
                [&](size_t i)
                {
                    if (i % 10 == 0)
                        text.Clear();
-                   text.Append(letters.c_str());
+                   text.Append(pLetters->c_str());
                    return text.Size();
                });
 }
@@ -279,14 +257,14 @@ void AppendChar(benchmark::State& state)
 template <class TText>
 void Prepend(benchmark::State& state)
 {
-    const std::string letters = Letters(state.range(0));
+    const auto pLetters = std::make_unique<std::string>(Letters(state.range(0)));
     TText text;
     RunBatches(state, kBatch * 55 * state.range(0) / 10,
                [&](size_t i)
                {
                    if (i % 10 == 0)
                        text.Clear();
-                   text.Prepend(letters.c_str());
+                   text.Prepend(pLetters->c_str());
                    return text.Size();
                });
 }
@@ -294,13 +272,13 @@ void Prepend(benchmark::State& state)
 template <class TText>
 void Format(benchmark::State& state)
 {
-    const std::string letters = Letters(state.range(0));
+    const auto pLetters = std::make_unique<std::string>(Letters(state.range(0)));
     TText text;
     RunBatches(state, kBatch * (20 + state.range(0)),
                [&](size_t)
                {
                    text.Clear();
-                   text.Format(42, letters.c_str());
+                   text.Format(42, pLetters->c_str());
                    return text.Size();
                });
 }

@@ -5,6 +5,7 @@
 #include "core/memory/memorymanager.h"
 
 #include <benchmark/benchmark.h>
+#include <initializer_list>
 #include <string>
 
 // The elements: a plain int, and a struct of a cache line.
@@ -33,6 +34,30 @@ template <class TFunction>
 void Register(const std::string& row, const std::string& contestant, TFunction function)
 {
     benchmark::RegisterBenchmark((row + "/" + contestant).c_str(), function)->Arg(16)->Arg(1000)->Arg(100000);
+}
+
+// Benchmarks of what takes a few nanoseconds: a turn is kBatch operations.
+constexpr int64 kBatch = 100;
+
+// Runs operation(i) for i from 0 to kBatch - 1. The operation returns a number that adds up to nExpected.
+template <class TOperation>
+void RunBatches(benchmark::State& state, int64 nExpected, TOperation operation)
+{
+    for (auto _ : state)
+    {
+        int64 nSum = 0;
+        for (int64 i = 0; i < kBatch; ++i)
+            nSum += static_cast<int64>(operation(static_cast<size_t>(i)));
+        Consume(state, nSum, nExpected);
+    }
+}
+
+inline void RegisterAt(const char* pszRow, const char* pszContestant, void (*pFunction)(benchmark::State&),
+                       std::initializer_list<int64> sizes)
+{
+    auto* pBenchmark = benchmark::RegisterBenchmark((std::string(pszRow) + "/" + pszContestant).c_str(), pFunction);
+    for (const int64 n : sizes)
+        pBenchmark->Arg(n);
 }
 
 // The main function of a benchmark program.

@@ -131,11 +131,18 @@ void ZStackStringBase::AppendCutting(std::string_view text)
     EndAt(pBuffer, nMax);
 }
 
-void ZStackStringBase::Prepend(char* pBuffer, uint32 nCapacity, std::string_view text)
+ZStackStringBase& ZStackStringBase::AppendCharCutting(char c)
+{
+    AppendCutting(std::string_view(&c, 1));
+    return *this;
+}
+
+void ZStackStringBase::PrependCutting(std::string_view text)
 {
     if (text.empty())
         return;
-    const uint64 nMax = nCapacity - 1;
+    char* pBuffer = buffer();
+    const uint64 nMax = capacity() - 1;
     const char* pText = text.data();
     uint64 nAt = 0;
 

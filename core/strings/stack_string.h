@@ -56,7 +56,17 @@ public:
 
     // Puts the text in front. What does not fit is cut from the end of the result.
     void prepend(const char* pszText) { prepend(detail::TextOf(pszText)); }
-    void prepend(std::string_view text) { Prepend(buffer(), capacity(), text); }
+    void prepend(std::string_view text)
+    {
+        char* pBuffer = buffer();
+        const uint64 nSize = m_nSize + uint64{text.size()};
+        const bool bOwnPiece = detail::AddressOf(text.data()) - detail::AddressOf(pBuffer) < m_nSize;
+        if (text.empty() || nSize >= capacity() || bOwnPiece)
+            return PrependCutting(text);
+        std::memmove(pBuffer + text.size(), pBuffer, m_nSize);
+        std::memcpy(pBuffer, text.data(), text.size());
+        EndAt(pBuffer, nSize);
+    }
 
     // Appends one character, by the rule of append: in a full string it takes the place of the last one. NUL is a
     // character like any other and counts; as a C string the text then ends there.
@@ -65,7 +75,7 @@ public:
         char* pBuffer = buffer();
         const uint64 nSize = m_nSize + uint64{1};
         if (nSize >= capacity())
-            return AppendCutting(std::string_view(&c, 1)), *this;
+            return AppendCharCutting(c);
         pBuffer[m_nSize] = c;
         EndAt(pBuffer, nSize);
         return *this;
@@ -110,14 +120,16 @@ private:
     virtual char* buffer() = 0;
     virtual uint32 capacity() const = 0;
 
-    // The rest of append: a text that does not fit, or none at all.
+    // The rest of the functions above: a text that does not fit, or none at all, or a piece of this string.
     void AppendCutting(std::string_view text);
-    void Prepend(char* pBuffer, uint32 nCapacity, std::string_view text);
+    ZStackStringBase& AppendCharCutting(char c);
+    void PrependCutting(std::string_view text);
 
+    // The size last: it may then stay in a register, where a character that is stored behind it could be part of it.
     void EndAt(char* pBuffer, uint64 nSize)
     {
-        m_nSize = static_cast<uint32>(nSize);
         pBuffer[nSize] = '\0';
+        m_nSize = static_cast<uint32>(nSize);
     }
 
     uint32 m_nSize = 0;

@@ -7,24 +7,64 @@
 #include "core/strings/text.h"
 
 #include <cstring>
+#include <limits>
+#include <type_traits>
 
-// Reads a decimal number: white space, for a signed type one "-", digits up to the first character that is none. What
-// follows is ignored. Stores the number and returns true; or stores 0 and returns false, where no digit stands at that
-// place or the number lies outside the range of the type. A "+" is no digit, and nor is the "-" of an unsigned type, in
-// "-0" no more than in "-1".
+namespace detail
+{
+// Whether the number of the digits fits in 64 bits.
+KX_API bool DigitsFit(const char* pFirst, const char* pLast);
+
+template <class T, class... TTypes>
+constexpr bool kIsOneOf = (std::is_same_v<T, TTypes> || ...);
+
+template <class T>
+constexpr bool kIsInt =
+    kIsOneOf<T, unsigned char, unsigned short, unsigned int, uint64, signed char, short, int, int64>;
+} // namespace detail
+
+// Reads a decimal number of any of the eight types of 8 to 64 bits: white space, for a signed type one "-", digits up
+// to the first character that is none. What follows is ignored. Stores the number and returns true; or stores 0 and
+// returns false, where no digit stands at that place or the number lies outside the range of the type. A "+" is no
+// digit, and nor is the "-" of an unsigned type, in "-0" no more than in "-1".
 //
 // ppEnd, if it is not null, gets the first character that was not consumed: the one behind the digits, even if the
 // number was too large, or pszText where there were none.
 //
-// No locale, no errno, no allocation.
-KX_API bool IntFromString(const char* pszText, unsigned char* pResult, char** ppEnd = nullptr);
-KX_API bool IntFromString(const char* pszText, unsigned short* pResult, char** ppEnd = nullptr);
-KX_API bool IntFromString(const char* pszText, unsigned int* pResult, char** ppEnd = nullptr);
-KX_API bool IntFromString(const char* pszText, uint64* pResult, char** ppEnd = nullptr);
-KX_API bool IntFromString(const char* pszText, signed char* pResult, char** ppEnd = nullptr);
-KX_API bool IntFromString(const char* pszText, short* pResult, char** ppEnd = nullptr);
-KX_API bool IntFromString(const char* pszText, int* pResult, char** ppEnd = nullptr);
-KX_API bool IntFromString(const char* pszText, int64* pResult, char** ppEnd = nullptr);
+// No locale, no errno, no allocation. In the header, since a call costs as much as reading a digit or two.
+template <class T>
+bool IntFromString(const char* pszText, T* pResult, char** ppEnd = nullptr) requires detail::kIsInt<T>
+{
+    pszText = detail::NotNull(pszText);
+    const char* pFirst = pszText;
+    bool bNegative = false;
+    uint64 nValue = detail::DigitOf(*pFirst);
+    if (nValue >= 10)
+    {
+        while (detail::IsSpace(*pFirst))
+            ++pFirst;
+        bNegative = std::is_signed_v<T> && *pFirst == '-';
+        pFirst += bNegative ? 1 : 0;
+        nValue = detail::DigitOf(*pFirst);
+    }
+
+    bool bFits = nValue < 10;
+    const char* pLast = pszText;
+    if (bFits)
+    {
+        // The sum may wrap; then there were too many digits.
+        pLast = pFirst + 1;
+        for (uint64 nDigit = detail::DigitOf(*pLast); nDigit < 10; nDigit = detail::DigitOf(*++pLast))
+            nValue = nValue * 10 + nDigit;
+        // The lowest number of a signed type is one further from zero than the highest.
+        const uint64 nLimit = static_cast<uint64>(std::numeric_limits<T>::max()) + (bNegative ? 1 : 0);
+        bFits = nValue <= nLimit && (pLast - pFirst <= detail::kSafeDigits || detail::DigitsFit(pFirst, pLast));
+    }
+    if (ppEnd != nullptr)
+        *ppEnd = const_cast<char*>(pLast);
+    *pResult = bFits ? static_cast<T>(bNegative ? 0 - nValue : nValue) : T{0};
+    return bFits;
+}
 
 // Prints into the nSize bytes at pBuffer as printf does; the result is the number of characters, without the
 // terminator. A text that does not fit with its terminator takes the debug break, as does one that printf refuses:

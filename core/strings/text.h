@@ -4,6 +4,7 @@
 
 #include "core/platform/platform.h"
 
+#include <cstddef>
 #include <string_view>
 
 namespace detail
@@ -28,4 +29,7 @@ constexpr uint64 DigitOf(char c)
 {
     return static_cast<uint64>(static_cast<unsigned char>(c)) - '0';
 }
+
+// That many digits fit in 64 bits, whatever they are.
+constexpr std::ptrdiff_t kSafeDigits = 19;
 } // namespace detail

@@ -4,44 +4,46 @@
 
 namespace
 {
-struct SPart
+// Reads the digits at p, moves p behind them and adds their value to nAbs, nShift bits up. False if there is no digit
+// or the value is above nMax.
+inline bool ReadPart(const char*& p, uint64 nMax, int nShift, uint64& nAbs)
 {
-    uint64 m_nMax;
-    int m_nShift; // of its lowest bit in the word
-};
+    const char* pFirst = p;
+    uint64 nValue = detail::DigitOf(*p);
+    if (nValue >= 10)
+        return false;
+    for (uint64 nDigit = detail::DigitOf(*++p); nDigit < 10; nDigit = detail::DigitOf(*++p))
+        nValue = nValue * 10 + nDigit;
 
-constexpr SPart kParts[] = {{UINT8_MAX, 0}, {UINT8_MAX, 8}, {UINT16_MAX, 16}, {UINT32_MAX, 32}};
+    // More digits may have wrapped the sum, unless those in front are zeros.
+    while (p - pFirst > detail::kSafeDigits)
+    {
+        if (*pFirst++ != '0')
+            return false;
+    }
+    nAbs |= nValue << nShift;
+    return nValue <= nMax;
+}
+
+// False if a number is missing or too large.
+inline bool ReadParts(const char* p, uint64& nAbs)
+{
+    while (detail::IsSpace(*p))
+        ++p;
+    if (!ReadPart(p, UINT8_MAX, 0, nAbs) || *p++ != '.' || !ReadPart(p, UINT8_MAX, 8, nAbs))
+        return false;
+    if (*p != '.')
+        return true;
+    if (!ReadPart(++p, UINT16_MAX, 16, nAbs))
+        return false;
+    return *p != '.' || ReadPart(++p, UINT32_MAX, 32, nAbs);
+}
 } // namespace
 
 bool version::FromString(const char* pszText, Version* pResult)
 {
-    pResult->abs = 0;
-    const char* p = detail::NotNull(pszText);
-    while (detail::IsSpace(*p))
-        ++p;
-
     uint64 nAbs = 0;
-    for (const SPart& part : kParts)
-    {
-        uint64 nValue = detail::DigitOf(*p);
-        if (nValue >= 10)
-            return false;
-        for (uint64 nDigit = detail::DigitOf(*++p); nDigit < 10; nDigit = detail::DigitOf(*++p))
-        {
-            nValue = nValue * 10 + nDigit;
-            if (nValue > part.m_nMax)
-                return false;
-        }
-        nAbs |= nValue << part.m_nShift;
-
-        if (*p != '.')
-        {
-            if (&part == kParts)
-                return false;
-            break;
-        }
-        ++p;
-    }
-    pResult->abs = nAbs;
-    return true;
+    const bool bRead = ReadParts(detail::NotNull(pszText), nAbs);
+    pResult->abs = bRead ? nAbs : 0;
+    return bRead;
 }
