@@ -102,7 +102,7 @@ void RegisterList(const std::string& row, const char* pszFile)
 
 int main(int argc, char** argv)
 {
-    RegisterList("symbols of a game", "vectors.tsv");
+    RegisterList("symbols of the cases", "vectors.tsv");
     RegisterList("every code", "symbols.tsv");
     return RunBenchmarks(argc, argv);
 }

@@ -14,7 +14,7 @@
 //   component   text @ | digit                       a name; one of the name table
 //             | ?$ text @ argument- @                a template; also ?$? and the code of an operator
 //             | ?A0x text @ | ?number | ?symbol      anonymous namespace, block of a function, the function
-//   encoding    A...X (offset) cv function           member functions: four kinds each for three kinds of access
+//   encoding    A...X (number) (cv) function         member functions: four kinds each for three kinds of access
 //             | Y function                           global functions
 //             | 0...4 type cv                        variables
 //             | 5 number | 6 cv name- @ | 8 | 9      guards, tables, run-time types, C functions
@@ -90,7 +90,8 @@ public:
     }
 
 private:
-    // A level of nesting. The deepest symbol that is read takes some 30 KB of stack for its levels.
+    // A level of nesting, of up to 550 bytes of stack. The functions that take part are not inlined, since each of them
+    // would add its variables to the level of all others.
     class ZLevel
     {
     public:
@@ -820,7 +821,7 @@ private:
         Put("}");
     }
 
-    // The parameters, the cv of "this", the exception specification.
+    // The parameters, the cv of "this", and whether it is noexcept.
     void Signature(uint8 nCv)
     {
         Put("(");
@@ -869,7 +870,7 @@ private:
     };
 
     static constexpr Text kThunk = "[thunk]: ";
-    static constexpr Text kAccess[] = {"privat: ", "protected: ", "public: "}; // callers match on the misspelling
+    static constexpr Text kAccess[] = {"privat: ", "protected: ", "public: "}; // as it was always spelled
     static constexpr Text kKinds[] = {"", "static ", "virtual ", "virtual "};
 
     const bool m_bVerbose;

@@ -121,7 +121,7 @@ protected:
         SNumber number{0, Consume('?')};
         if (IsDigit(Peek()))
         {
-            number.m_nMagnitude = static_cast<uint64>(Next() - '0' + 1);
+            number.m_nMagnitude = static_cast<uint64>(Next() - '0') + 1;
             return number;
         }
         for (const char c : ReadToAt())

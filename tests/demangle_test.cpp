@@ -1,0 +1,167 @@
+// demangle: the text of each code, what is not read, and hostile symbols. No normal allocator stands while these tests
+// run, so no call can have used it.
+#include "core/values/demangle.h"
+#include "tests/support/demanglemodel.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace
+{
+struct SExpected
+{
+    std::string m_symbol;
+    std::string m_plain;
+    std::string m_verbose;
+};
+
+// The rows of a file, without those that begin with "#": a symbol, its plain text and its verbose text.
+std::vector<SExpected> ReadTable(const std::string& file)
+{
+    std::vector<SExpected> rows;
+    std::ifstream stream(KX_TEST_DATA + file);
+    for (std::string line; std::getline(stream, line);)
+    {
+        const size_t nPlain = line.find('\t') + 1;
+        const size_t nVerbose = line.find('\t', nPlain) + 1;
+        if (!line.starts_with('#'))
+            rows.push_back(
+                {line.substr(0, nPlain - 1), line.substr(nPlain, nVerbose - 1 - nPlain), line.substr(nVerbose)});
+    }
+    return rows;
+}
+
+std::string Repeat(int nCount, const std::string& text)
+{
+    std::string result;
+    for (int i = 0; i < nCount; ++i)
+        result += text;
+    return result;
+}
+} // namespace
+
+// One symbol for each code at least. Each of them is complete only at its end: cut anywhere, it is appended as it is.
+TEST(Demangle, ReadsEveryCode)
+{
+    for (const char* pszFile : {"symbols.tsv", "vectors.tsv"})
+    {
+        const std::vector<SExpected> rows = ReadTable(pszFile);
+        EXPECT_LE(46u, rows.size());
+        for (const SExpected& row : rows)
+        {
+            const std::string_view symbol = row.m_symbol;
+            EXPECT_EQ(row.m_plain, Demangled(symbol, false)) << symbol;
+            EXPECT_EQ(row.m_verbose, Demangled(symbol, true)) << symbol;
+            for (size_t i = 0; i <= symbol.size(); ++i)
+            {
+                const std::string_view cut = symbol.substr(0, i);
+                EXPECT_TRUE(IsDemangledSoundly(cut, 1 + static_cast<uint32>(i) % 40)) << cut;
+                EXPECT_TRUE(i == symbol.size() || !symbol.starts_with('?') || Demangled(cut, true) == cut) << cut;
+            }
+        }
+    }
+}
+
+TEST(Demangle, AppendsAsItIsWhatItCannotRead)
+{
+    constexpr const char* kSymbols[] = {
+        // Nothing, and nothing but names.
+        "?", "??", "?@", "?a", "?a@", "?a@@", "?a@b@c@@", "???", "??@", "?@@YAXXZ",
+        // Something behind the end.
+        "?x@@3HA ", "?x@@3HA@", "?f@@YAXXZZ", "??_C@_00CNPNBAHC@?$AA@x", "?f@@9A",
+        // Not there to refer to.
+        "?1@@3HA", "?x@1@3HA", "?x@@3V1@A", "?f@@YAX0@Z", "?f@@YAXPAH1@Z", "?f@@YAXHH0@Z", "??$f@P6AXPAH@Z@@YAX0@Z",
+        "?f@@YAXPADPAEPAFPAGPAHPAIPAJPAKPAMPANPAO:@Z", "?a@b@c@d@e@f@g@h@i@j@k@@3V:@A",
+        // No such code.
+        "??.C@@QAEXXZ", "??_.C@@QAEXXZ", "??_ZC@@QAEXXZ", "??__ZC@@QAEXXZ", "??_R9C@@8", "?f@@aAXXZ", "?f@@YKXXZ",
+        "?x@@3LA", "?x@@3_AA", "?x@@3_", "?x@@3W8E@@A", "?x@@3$QAHA", "?x@@3$$DHA", "?x@@3PGHA", "?x@@3HE", "?x@@3HQ",
+        "?f@C@@QXXZ", "?f@C@@QQEXXZ", "?f@C@@$6A@A@AEXXZ", "?f@@YAXH@X", "?f@@YAX@Z", "?f@@$$GYAXXZ", "?x@@5",
+        "?x@@:HA", "?x@?Q@@3HA", "?x@?AQ@@3HA", "?x@?A0x@@3HA", "?x@@3V?$T@$3@@A", "?x@@3V?$T@$1@@A", "??_9C@@$BA@BE",
+        // Numbers of more than 64 bits, bounds that are none.
+        "?x@@3V?$T@$0BAAAAAAAAAAAAAAAA@@@A", "?x@?PPPPPPPPPPPPPPPP@@3HA", "?x@@3PAYA@HA", "?x@@3PAY?01HA",
+        // Constructors of nothing or in the wrong place.
+        "??0@QAE@XZ", "??1@QAE@XZ", "?x@?$?0H@@3HA", "??$?__Ex@@H@@YAXXZ", "??$?_C@_00A@?$AA@H@@YAXXZ",
+        // String literals: another width, more than there is, half a byte.
+        "??_C@_20A@a?$AA@", "??_C@_00A@ab?$AA@", "??_C@_01A@a?$A@", "??_C@_01A@a?$QA@", "??_C@_01A@a?",
+        "??_C@_13A@?$AA@",
+        // What is left out: managed types, based pointers, floating and nameless arguments, hashes, and a name in a
+        // name.
+        "?x@@3P$AAVC@@A", "?x@@3PMHA", "?x@@3V?$T@$2A@A@@@A", "?x@@3V?$T@$D0@@A",
+        "??@a6a285da2eea70dba6b578022be61d81@", "??_P2C@@QAEXXZ"};
+    for (const std::string symbol : kSymbols)
+    {
+        EXPECT_TRUE(IsDemangledSoundly(symbol, 10)) << symbol;
+        EXPECT_EQ(symbol, Demangled(symbol, true));
+    }
+}
+
+TEST(Demangle, BoundsTheDepthAndTheText)
+{
+    // The levels of a pointer to a pointer, of nested templates, scopes, functions, arrays and symbols.
+    const struct
+    {
+        std::string m_begin, m_open, m_middle, m_close, m_end;
+        int m_nMax;
+    } kNested[] = {
+        {"?x@@3", "PA", "H", "", "A", 126},
+        {"?x@@3", "V?$T@", "H", "@@", "A", 126},
+        {"?x@", "a@", "", "", "@3HA", 126},
+        {"?x@@3", "P6A", "X", "XZ", "A", 126},
+        {"?x@@3", "P6AX", "H", "@Z", "A", 126},
+        {"?x@@3", "PAY01", "H", "", "A", 63},
+        {"?x@@3", "V?$T@$1?x@@3", "H", "A@@", "A", 63},
+    };
+    for (const auto& row : kNested)
+    {
+        const auto read = [&](int nCount)
+        {
+            const std::string symbol =
+                row.m_begin + Repeat(nCount, row.m_open) + row.m_middle + Repeat(nCount, row.m_close) + row.m_end;
+            EXPECT_TRUE(IsDemangledSoundly(symbol, 100)) << nCount << " of " << row.m_open;
+            return IsRead(Demangled(symbol, true));
+        };
+        EXPECT_TRUE(read(row.m_nMax)) << row.m_open;
+        EXPECT_FALSE(read(row.m_nMax + 1)) << row.m_open;
+        EXPECT_FALSE(read(5000)) << row.m_open;
+    }
+
+    // Each type is more than twice as long as the one before.
+    std::string symbol = "?f@@YAXP6AXXZ";
+    for (char c = '0'; c <= '8'; ++c)
+    {
+        EXPECT_EQ(c < '8', IsRead(Demangled(symbol + "@Z", true))) << c;
+        symbol += std::string("P6AX") + c + c + "0@Z";
+    }
+
+    // A name of any length that leaves room for the text to be put together.
+    EXPECT_EQ(16002u, Demangled("?x@@3V" + std::string(16000, 'a') + "@@A", false).size());
+    EXPECT_FALSE(IsRead(Demangled("?x@@3V" + std::string(32768, 'a') + "@@A", false)));
+}
+
+TEST(Demangle, TakesItsTextFromAnywhere)
+{
+    ZStackString<64> text;
+    demangle(text, static_cast<const char*>(nullptr), true);
+    demangle(text, "", true);
+    demangle(text, "_", true);
+    EXPECT_EQ(0u, text.size());
+
+    // From the string itself, cut or not, read or not.
+    text.append("?f@@YAXXZ");
+    demangle(text, text.get(), false);
+    EXPECT_STREQ("?f@@YAXXZvoid f(void)", text.get());
+    ZStackString<12> full;
+    full.append("??f@@YAXXZ");
+    demangle(full, full.get() + 1, true);
+    EXPECT_STREQ("void __cdec", full.get());
+    full.clear();
+    full.append("_abcdefgh");
+    demangle(full, full.get(), true);
+    EXPECT_STREQ("_ababcdefgh", full.get());
+
+    // All bytes but "@" can be in a name.
+    using namespace std::string_literals;
+    EXPECT_EQ("int a\0\xFF b"s, Demangled("?a\0\xFF b@@3HA"s, true));
+    EXPECT_EQ("?a@@\0HA"s, Demangled("?a@@\0HA"s, true));
+    EXPECT_EQ("a\0b"s, Demangled("_a\0b"s, true));
+}
