@@ -2,9 +2,18 @@
 # the same as in here, the package files for find_package(kxcore), and one for pkg-config.
 include(CMakePackageConfigHelpers)
 
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/core ${PROJECT_SOURCE_DIR}/runtime
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kxcore
-  FILES_MATCHING PATTERN "*.h")
+# The public headers, in order and relative to the root. A header whose first line begins with "// Inside" is for the
+# sources of its module alone and stays behind.
+file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} core/*.h runtime/*.h)
+set(KX_PUBLIC_HEADERS)
+foreach(header IN LISTS headers)
+  file(STRINGS ${header} first LIMIT_COUNT 1)
+  if(NOT first MATCHES "^// Inside")
+    list(APPEND KX_PUBLIC_HEADERS ${header})
+    get_filename_component(folder ${header} DIRECTORY)
+    install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kxcore/${folder})
+  endif()
+endforeach()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/kxcore)
