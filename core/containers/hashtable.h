@@ -36,7 +36,6 @@
 
 #include <cstddef>
 #include <cstring>
-#include <new>
 #include <type_traits>
 #include <utility>
 

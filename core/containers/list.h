@@ -21,6 +21,7 @@
 #include "core/containers/nodeiterator.h"
 #include "core/memory/memorymanager.h"
 
+#include <cstddef>
 #include <initializer_list>
 #include <utility>
 
