@@ -197,8 +197,8 @@ public:
         return Capacity();
     }
 
-    // Makes it nSize elements. More: reallocates to exactly nSize if the buffer is too small, and default-constructs the
-    // new ones behind the old. Fewer: destroys the surplus in ascending order and keeps the buffer.
+    // Makes it nSize elements. More: reallocates to exactly nSize if the buffer is too small, and default-constructs
+    // the new ones behind the old. Fewer: destroys the surplus in ascending order and keeps the buffer.
     template <std::default_initializable U = T>
     void Resize(uint64 nSize)
     {
