@@ -74,7 +74,7 @@ int main()
     const ZVariant number(uint8{200});
     const ZVariant text(owned);
     const ZVariant vertex(SVertex{1, -0.5F});
-    const ZVariantRef reference(vertex);
+    [[maybe_unused]] const ZVariantRef reference(vertex);
     const ZDynamicObject null;
     const ZDynamicObject ship =
         ZDynamicObject::Object()
