@@ -161,7 +161,7 @@ protected:
         static_assert(std::is_copy_constructible_v<T>,
                       "an ordered container copies elements in; keep what can only be moved in a TArray");
         static_assert(
-            requires(const key_type& key) { key < key; },
+            requires(const key_type& first, const key_type& second) { first < second; },
             "an ordered container goes by operator<: give the element, or the key of a map, one beside its class");
         static_assert(offsetof(TOrderedTree, m_links) == 0 && offsetof(TOrderedTree, m_nSize) == kOffset,
                       "the count must stand in the tree object where the element stands in a node");

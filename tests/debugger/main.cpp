@@ -49,7 +49,7 @@ int main()
     TSList<int> emptySlist;
 
     TRedBlackTree<int> tree{5, 1, 4, 4, 2, 3};
-    TSet<SVertex*> emptySet;
+    TSet<int*> emptySet;
     TSet<ZString> set{ZString("b"), ZString("a")};
     TMultiSet<int> multiSet{2, 1, 2};
     TMap<int, ZString> map{{2, "two"}, {1, "one"}};
