@@ -76,7 +76,7 @@ class Container:
         return int(self.value["m_nSize"])
 
     def children(self):
-        elements = itertools.islice(self.elements(), self.size())
+        elements = itertools.islice(self.elements(), max(self.size(), 0))
         return keys_and_values(elements) if self.hint == "map" else numbered(elements)
 
     def display_hint(self):
@@ -90,28 +90,34 @@ class Array(Container):
         return (address(self.value[end]) - address(first)) // first.type.target().sizeof
 
     def size(self):
-        return self.count("m_pEnd")
+        return self.count("m_pEnd") if 0 <= self.count("m_pEnd") <= self.room() else -1
+
+    def room(self):
+        return self.count("m_pCapacityEnd")
 
     def to_string(self):
-        if not 0 <= self.count("m_pEnd") <= self.count("m_pCapacityEnd"):
+        if self.size() < 0:
             return "TArray, not initialised"
-        return "TArray of %d, room for %d" % (self.count("m_pEnd"), self.count("m_pCapacityEnd"))
+        return "TArray of %d, room for %d" % (self.size(), self.room())
 
     def elements(self):
         first = self.value["m_pBegin"]
         return ((first + index).dereference() for index in range(self.size()))
 
-    def children(self):
-        return numbered(self.elements())
-
 
 @view_of("TMaxArray")
 class MaxArray(Container):
+    def room(self):
+        return int(self.value.type.strip_typedefs().template_argument(1))
+
     def to_string(self):
-        return "TMaxArray of %d, room for %d" % (self.size(), self.value.type.strip_typedefs().template_argument(1))
+        if self.size() > self.room():
+            return "TMaxArray, not initialised"
+        return "TMaxArray of %d, room for %d" % (self.size(), self.room())
 
     def elements(self):
-        return (self.value["m_aElements"][index] for index in range(self.size()))
+        count = self.size() if self.size() <= self.room() else 0
+        return (self.value["m_aElements"][index] for index in range(count))
 
 
 @view_of("TBlockArray")
