@@ -80,27 +80,31 @@ inline void* CopyHeld(const STypeID& type, const void* pValue, SUnfilled& unfill
     }
 }
 
-inline ZDynamicObject CopyElement(const ZDynamicObject& element, SUnfilled& unfilled)
+inline void CopyElement(ZDynamicObject& target, const ZDynamicObject& source, SUnfilled& unfilled)
 {
-    STypeID* pType = element.Type();
-    if (pType == nullptr)
-        return {};
-    return SVariantAccess::Adopted(pType, CopyHeld(*pType, element.Data(), unfilled));
+    if (STypeID* pType = source.Type())
+        SVariantAccess::Adopt(target, pType, CopyHeld(*pType, source.Data(), unfilled));
 }
 
 void FillArray(TArray<ZDynamicObject>& target, const TArray<ZDynamicObject>& source, SUnfilled& unfilled)
 {
-    target.Reserve(source.Size());
+    target.Resize(source.Size());
+    ZDynamicObject* pTarget = target.Begin();
     for (const ZDynamicObject& element : source)
-        target.Add(CopyElement(element, unfilled));
+        CopyElement(*pTarget++, element, unfilled);
 }
 
 void FillObject(TArray<SDynamicObjectKeyValuePair>& target, const TArray<SDynamicObjectKeyValuePair>& source,
                 SUnfilled& unfilled)
 {
-    target.Reserve(source.Size());
+    target.Resize(source.Size());
+    SDynamicObjectKeyValuePair* pTarget = target.Begin();
     for (const SDynamicObjectKeyValuePair& property : source)
-        target.Add({property.m_key, CopyElement(property.m_value, unfilled)});
+    {
+        pTarget->m_key = property.m_key;
+        CopyElement(pTarget->m_value, property.m_value, unfilled);
+        ++pTarget;
+    }
 }
 
 void FillAll(SUnfilled& unfilled)
@@ -220,8 +224,8 @@ public:
         case EStorage::Object:
             if (nDepth == kMaxDepth)
                 return Postpone(left, right);
-            return EqualObjects(*static_cast<const SObjectNode*>(left.Data()),
-                                *static_cast<const SObjectNode*>(right.Data()), nDepth + 1);
+            return EqualObjects(static_cast<const SObjectNode*>(left.Data())->m_properties,
+                                static_cast<const SObjectNode*>(right.Data())->m_properties, nDepth + 1);
         default:
             return pType->m_pOperations->Equals != nullptr && pType->m_pOperations->Equals(left.Data(), right.Data());
         }
@@ -270,22 +274,22 @@ private:
     }
 
     // By key, in whatever order. Most often the order is the same.
-    bool EqualObjects(const SObjectNode& left, const SObjectNode& right, int nDepth)
+    bool EqualObjects(const TArray<SDynamicObjectKeyValuePair>& left, const TArray<SDynamicObjectKeyValuePair>& right,
+                      int nDepth)
     {
-        if (left.m_properties.Begin() == right.m_properties.Begin())
+        if (left.Begin() == right.Begin())
             return true;
-        if (left.m_properties.Size() != right.m_properties.Size())
+        if (left.Size() != right.Size())
             return false;
-        const SDynamicObjectKeyValuePair* pRight = right.m_properties.Begin();
-        for (const SDynamicObjectKeyValuePair& property : left.m_properties)
+        const SDynamicObjectKeyValuePair* pRight = right.Begin();
+        for (const SDynamicObjectKeyValuePair& property : left)
         {
             const SDynamicObjectKeyValuePair* pOther = pRight++;
             if (!(pOther->m_key == property.m_key))
             {
-                const uint32 nPosition = right.m_index.Find(right.m_properties, property.m_key);
-                if (nPosition == detail::ZPropertyIndex::kMissing)
+                pOther = detail::FindProperty(right, property.m_key);
+                if (pOther == nullptr)
                     return false;
-                pOther = right.m_properties.Begin() + nPosition;
             }
             if (!Equal(property.m_value, pOther->m_value, nDepth))
                 return false;
