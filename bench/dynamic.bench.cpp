@@ -268,6 +268,7 @@ void FindTen(benchmark::State& state)
     RunBatches(state, kBatch * 45,
                [&](size_t)
                {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a term of a sum
 #define KX_GET(i, key) +TContestant::Get(object, key)
                    return 0 KX_TEN_KEYS(KX_GET);
                });

@@ -201,6 +201,7 @@ bool ZDynamicObject::TrySetPathImpl(const ZString& path, ZDynamicObject value)
     return true;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value, as callers hand in a lambda and nothing else
 bool ZDynamicObject::TryUpdatePath(const ZString& path, std::function<bool(ZDynamicObject&)> update)
 {
     ZDynamicObject* pNode = FindPath(path);

@@ -248,7 +248,7 @@ struct STypeEntry
 template <class T>
 struct KX_LOCAL TTypeRecord
 {
-    static_assert(sizeof(T) <= UINT16_MAX && alignof(T) <= UINT16_MAX,
+    static_assert(sizeof(T) <= UINT16_MAX,
                   "a description has 16 bits for the size of a type: declare one that holds the large part by pointer");
 
     static constexpr IType Make(const char* pszName)

@@ -8,7 +8,6 @@
 
 namespace
 {
-using detail::EKind;
 using detail::EStorage;
 using detail::SArrayNode;
 using detail::SObjectNode;
@@ -314,7 +313,7 @@ bool detail::EqualValues(const ZObjectRef& left, const ZObjectRef& right)
     return comparison.Equal(left, right, 0) && comparison.EqualPostponed();
 }
 
-ZVariant::ZVariant(const ZVariant& other) : ZVariantRef()
+ZVariant::ZVariant(const ZVariant& other) : ZVariant()
 {
     if (other.m_pType != nullptr)
     {
