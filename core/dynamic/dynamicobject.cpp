@@ -16,9 +16,7 @@ namespace
 template <class TNode>
 ZDynamicObject EmptyNode(STypeID* pType)
 {
-    ZDynamicObject object;
-    SVariantAccess::Adopt(object, pType, ::new (detail::ZCellPool::For(sizeof(TNode)).Allocate()) TNode);
-    return object;
+    return SVariantAccess::Adopted(pType, ::new (detail::ZCellPool::For(sizeof(TNode)).Allocate()) TNode);
 }
 
 // Room for one more. The arrays of a tree grow by doubling, from a first block for four: trees are built element by

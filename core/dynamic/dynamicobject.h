@@ -282,6 +282,10 @@ public:
     bool Validate() const;
 
 private:
+    friend struct detail::SVariantAccess;
+
+    ZDynamicObject(STypeID* pType, void* pData) : ZVariant(pData, pType) {}
+
     SDynamicObjectKeyValuePair* FindProperty(std::string_view key) const;
     ZDynamicObject& Append(ZDynamicObject value);
     ZDynamicObject& Store(const ZString& key, ZDynamicObject value);
@@ -310,29 +314,27 @@ extern KX_API ZDynamicObject g_nullObject;
 inline constexpr uint32 kUnindexedProperties = 12;
 
 // The same as FindProperty, by the index.
-KX_API SDynamicObjectKeyValuePair* FindIndexed(const TArray<SDynamicObjectKeyValuePair>& properties,
-                                               std::string_view key);
+KX_PURE KX_API SDynamicObjectKeyValuePair* FindIndexed(const TArray<SDynamicObjectKeyValuePair>& properties,
+                                                       std::string_view key);
 
-// Most keys are literals, whose length and characters the compiler has in front of it: two comparisons then. Other keys
-// of one object tend to begin alike, so the last character is looked at before the others.
-inline bool IsKey(std::string_view key, std::string_view other)
-{
-    if (other.size() != key.size())
-        return false;
-    if (KX_KNOWN(key.size()) || key.empty())
-        return std::char_traits<char>::compare(other.data(), key.data(), key.size()) == 0;
-    return other.back() == key.back() && std::char_traits<char>::compare(other.data(), key.data(), key.size() - 1) == 0;
-}
-
-// The property of an object, null where there is none. In the caller's code, for the sake of the literals.
+// The property of an object, null where there is none. In the caller's code, and in one piece, for the sake of
+// literals: the compiler then has the length and the characters of the key in front of it, and needs two comparisons.
+// Other keys of one object tend to begin alike, so the last character is looked at before the others.
 inline SDynamicObjectKeyValuePair* FindProperty(const TArray<SDynamicObjectKeyValuePair>& properties,
                                                 std::string_view key)
 {
-    if (properties.Size() > kUnindexedProperties)
+    using Traits = std::char_traits<char>;
+    if (properties.End() - properties.Begin() > int64{kUnindexedProperties})
         return FindIndexed(properties, key);
+    const std::size_t nSize = key.size();
     for (const SDynamicObjectKeyValuePair& property : properties)
     {
-        if (IsKey(key, property.m_key))
+        const std::string_view other = property.m_key;
+        if (other.size() == nSize
+            && (KX_KNOWN(nSize) ? Traits::compare(other.data(), key.data(), nSize) == 0
+                                : nSize == 0
+                                      || (other[nSize - 1] == key[nSize - 1]
+                                          && Traits::compare(other.data(), key.data(), nSize - 1) == 0)))
             return const_cast<SDynamicObjectKeyValuePair*>(&property);
     }
     return nullptr;

@@ -19,7 +19,7 @@ uint32 ZPropertyIndex::Find(const Properties& properties, std::string_view key) 
     for (uint32 nSlot = nHash & m_nMask; m_pSlots[nSlot].m_nPosition != kMissing; nSlot = (nSlot + 1) & m_nMask)
     {
         const SSlot& slot = m_pSlots[nSlot];
-        if (slot.m_nHash == nHash && IsKey(key, properties.Begin()[slot.m_nPosition].m_key))
+        if (slot.m_nHash == nHash && properties.Begin()[slot.m_nPosition].m_key == key)
             return slot.m_nPosition;
     }
     return kMissing;

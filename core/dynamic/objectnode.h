@@ -82,12 +82,8 @@ struct SObjectNode
 // The first step of a tree's walk, for those that are no variant's members.
 struct SVariantAccess
 {
-    // Has a variant without a value take over what lies at pData.
-    static void Adopt(ZVariant& variant, STypeID* pType, void* pData)
-    {
-        variant.m_pType = pType;
-        variant.m_pData = pData;
-    }
+    // An object that takes over what lies at pData.
+    static ZDynamicObject Adopted(STypeID* pType, void* pData) { return ZDynamicObject(pType, pData); }
 
     static SArrayNode* Array(const ZVariant& variant) { return static_cast<SArrayNode*>(variant.m_pData); }
     static SObjectNode* Object(const ZVariant& variant) { return static_cast<SObjectNode*>(variant.m_pData); }

@@ -46,14 +46,14 @@ void FreeValue(const STypeID& type, void* pData)
 // Copies the value that a variant holds. A node stays empty and joins the unfilled ones.
 inline void* CopyHeld(const STypeID& type, const void* pValue, SUnfilled& unfilled)
 {
-    switch (type.m_eStorage)
-    {
-    case EStorage::Word:
+    if (type.m_eStorage == EStorage::Word) [[likely]]
     {
         void* pCell = ZCellPool::For(sizeof(uint64)).Allocate();
         std::memcpy(pCell, pValue, sizeof(uint64));
         return pCell;
     }
+    switch (type.m_eStorage)
+    {
     case EStorage::String:
         return ::new (ZCellPool::For(sizeof(ZString)).Allocate()) ZString(*static_cast<const ZString*>(pValue));
     case EStorage::Array:
@@ -79,31 +79,30 @@ inline void* CopyHeld(const STypeID& type, const void* pValue, SUnfilled& unfill
     }
 }
 
-inline void CopyElement(ZDynamicObject& target, const ZDynamicObject& source, SUnfilled& unfilled)
+inline ZDynamicObject CopyElement(const ZDynamicObject& source, SUnfilled& unfilled)
 {
-    if (STypeID* pType = source.Type())
-        SVariantAccess::Adopt(target, pType, CopyHeld(*pType, source.Data(), unfilled));
+    STypeID* pType = source.Type();
+    return SVariantAccess::Adopted(pType, pType != nullptr ? CopyHeld(*pType, source.Data(), unfilled) : nullptr);
 }
 
 void FillArray(TArray<ZDynamicObject>& target, const TArray<ZDynamicObject>& source, SUnfilled& unfilled)
 {
-    target.Resize(source.Size());
-    ZDynamicObject* pTarget = target.Begin();
-    for (const ZDynamicObject& element : source)
-        CopyElement(*pTarget++, element, unfilled);
+    const ZDynamicObject* pSource = source.Begin();
+    target.Append(source.Size(), [&](ZDynamicObject* pStorage)
+                  { ::new (pStorage) ZDynamicObject(CopyElement(*pSource++, unfilled)); });
 }
 
 void FillObject(TArray<SDynamicObjectKeyValuePair>& target, const TArray<SDynamicObjectKeyValuePair>& source,
                 SUnfilled& unfilled)
 {
-    target.Resize(source.Size());
-    SDynamicObjectKeyValuePair* pTarget = target.Begin();
-    for (const SDynamicObjectKeyValuePair& property : source)
-    {
-        pTarget->m_key = property.m_key;
-        CopyElement(pTarget->m_value, property.m_value, unfilled);
-        ++pTarget;
-    }
+    const SDynamicObjectKeyValuePair* pSource = source.Begin();
+    target.Append(
+        source.Size(),
+        [&](SDynamicObjectKeyValuePair* pStorage)
+        {
+            const SDynamicObjectKeyValuePair& property = *pSource++;
+            ::new (pStorage) SDynamicObjectKeyValuePair{property.m_key, CopyElement(property.m_value, unfilled)};
+        });
 }
 
 void FillAll(SUnfilled& unfilled)
