@@ -144,8 +144,8 @@ public:
 
     // Appends a copy, or by move; the result is the new element. Amortised constant. A full array grows, and the new
     // element is constructed before the old ones are touched, so the argument may be one of them.
-    T& Add(const T& value) { return Append(value); }
-    T& Add(T&& value) { return Append(std::move(value)); }
+    T& Add(const T& value) { return AddValue(value); }
+    T& Add(T&& value) { return AddValue(std::move(value)); }
 
     // Inserts before pos, which takes the debug break outside [Begin(), End()]; the result is the new element. Linear
     // in the number of elements behind pos. The argument may be an element of this array: what goes in is the value
@@ -209,9 +209,17 @@ public:
             detail::DestroyRange(m_pEnd, pOldEnd);
             return;
         }
-        Reserve(nSize);
-        for (T* pNewEnd = m_pBegin + nSize; m_pEnd != pNewEnd; ++m_pEnd)
-            detail::ConstructAt(m_pEnd);
+        Append(nSize - Distance(m_pBegin, m_pEnd), [](T* pStorage) { detail::ConstructAt(pStorage); });
+    }
+
+    // Appends nCount elements, each of which construct(pStorage) makes in raw memory; reallocates to exactly the sum if
+    // the buffer is too small.
+    template <class TConstruct>
+    void Append(uint64 nCount, TConstruct construct)
+    {
+        Reserve(Distance(m_pBegin, m_pEnd) + nCount);
+        for (T* pNewEnd = m_pEnd + nCount; m_pEnd != pNewEnd; ++m_pEnd)
+            construct(m_pEnd);
     }
 
     // Equal sizes and equal elements in the same order, by the element's own ==.
@@ -267,7 +275,7 @@ private:
     }
 
     template <class TValue>
-    T& Append(TValue&& value)
+    T& AddValue(TValue&& value)
     {
         if (m_pEnd == m_pCapacityEnd) [[unlikely]]
             return *InsertGrowing(m_pEnd, std::forward<TValue>(value));

@@ -2,7 +2,7 @@
 //
 //   chunk, 8 KB at a multiple of 8 KB                           a cell finds its chunk by the front of its address
 //   +--------------------------------+------+------+------+---------------------------+
-//   | owner, free list, used, fresh  | cell | cell | cell |  never used yet ...       |
+//   | owner, free list, fresh, used  | cell | cell | cell |  never used yet ...       |
 //   +--------------------------------+------+------+------+---------------------------+
 //
 // A number in a variant then costs a few instructions and eight bytes, and no trip to the heap. Chunks come from the
@@ -33,15 +33,12 @@ public:
     void* Allocate()
     {
         SChunk* pChunk = m_pChunks;
-        if (pChunk == nullptr || (pChunk->m_pOwner != nullptr && pChunk->m_pOwner != GetNormalAllocator())) [[unlikely]]
+        if (pChunk == nullptr || pChunk->m_pFree == nullptr
+            || (pChunk->m_pOwner != nullptr && pChunk->m_pOwner != GetNormalAllocator())) [[unlikely]]
             pChunk = FindChunk();
         void* pCell = pChunk->m_pFree;
-        if (pCell != nullptr)
-            pChunk->m_pFree = *static_cast<void**>(pCell);
-        else
-            pCell = std::exchange(pChunk->m_pFresh, pChunk->m_pFresh + m_nCell);
-        if (++pChunk->m_nUsed == m_nCells) [[unlikely]]
-            Unlink(pChunk);
+        pChunk->m_pFree = *static_cast<void**>(pCell);
+        ++pChunk->m_nUsed;
         return pCell;
     }
 
@@ -49,11 +46,10 @@ public:
     {
         SChunk* pChunk = reinterpret_cast<SChunk*>(AddressOf(static_cast<char*>(pCell)) & ~(kChunk - 1));
         *static_cast<void**>(pCell) = std::exchange(pChunk->m_pFree, pCell);
-        ZCellPool& pool = *pChunk->m_pPool;
-        if (pChunk->m_nUsed == pool.m_nCells) [[unlikely]]
-            pool.Link(pChunk);
+        if (pChunk->m_bFull) [[unlikely]]
+            Link(pChunk);
         if (--pChunk->m_nUsed == 0 && pChunk->m_pOwner != nullptr) [[unlikely]]
-            pool.Release(pChunk);
+            Release(pChunk);
     }
 
 private:
@@ -63,11 +59,12 @@ private:
     {
         ZCellPool* m_pPool;
         IAllocator* m_pOwner; // null for a chunk of the module
-        SChunk* m_pNext;      // among the chunks of the pool that have a free cell
+        SChunk* m_pNext;      // among the chunks of the pool that are not full
         SChunk* m_pPrev;
-        void* m_pFree;  // the cells that were freed, each pointing at the next
-        char* m_pFresh; // the first cell that has not been used yet; there is one if none was freed
-        uint64 m_nUsed; // cells
+        void* m_pFree;  // free cells, each pointing at the next
+        char* m_pFresh; // the first cell that has not been used yet
+        uint32 m_nUsed; // cells
+        bool m_bFull;   // as was found when a cell was wanted
     };
 
     struct alignas(kChunk) SFirstChunk
@@ -76,23 +73,22 @@ private:
         char m_acCells[kChunk - sizeof(SChunk)];
     };
 
-    constexpr ZCellPool(uint64 nCell, SFirstChunk& first)
-        : m_nCell(nCell), m_nCells(sizeof(first.m_acCells) / nCell), m_pChunks(&first.m_header)
+    ZCellPool(uint64 nCell, SFirstChunk& first) : m_nCell(nCell), m_pChunks(&first.m_header)
     {
         first.m_header.m_pPool = this;
         first.m_header.m_pFresh = first.m_acCells;
     }
 
     KX_NOINLINE SChunk* FindChunk();
-    KX_NOINLINE void Release(SChunk* pChunk);
-    void Link(SChunk* pChunk);
+    KX_NOINLINE static void Link(SChunk* pChunk);
+    KX_NOINLINE static void Release(SChunk* pChunk);
+    bool Refill(SChunk* pChunk) const;
     void Unlink(SChunk* pChunk);
 
     static SFirstChunk ms_aFirst[kMaxCell / 8];
     static ZCellPool ms_aPools[kMaxCell / 8];
 
-    uint64 m_nCell;  // bytes
-    uint64 m_nCells; // in a chunk
+    uint64 m_nCell; // bytes
     SChunk* m_pChunks;
 };
 } // namespace detail

@@ -9,7 +9,7 @@ using detail::SArrayNode;
 using detail::SObjectNode;
 using detail::SVariantAccess;
 
-constinit ZDynamicObject detail::g_nullObject;
+constinit KX_API ZDynamicObject detail::g_nullObject;
 
 namespace
 {
@@ -28,49 +28,6 @@ void MakeRoom(TArray<T>& array)
         array.Reserve(std::max<uint64>(4, uint64{array.Capacity()} * 2));
 }
 
-SDynamicObjectKeyValuePair* FindProperty(const ZDynamicObject& object, std::string_view key)
-{
-    if (!object.IsObject())
-        return nullptr;
-    SObjectNode& node = *SVariantAccess::Object(object);
-    const uint32 nPosition = node.m_index.Find(node.m_properties, key);
-    return nPosition != detail::ZPropertyIndex::kMissing ? node.m_properties.Begin() + nPosition : nullptr;
-}
-
-void StoreProperty(SObjectNode& node, std::string_view key, const ZString* pKey, ZDynamicObject&& value)
-{
-    const uint32 nPosition = node.m_index.Find(node.m_properties, key);
-    if (nPosition != detail::ZPropertyIndex::kMissing)
-    {
-        node.m_properties.Begin()[nPosition].m_value = std::move(value);
-        return;
-    }
-    MakeRoom(node.m_properties);
-    node.m_properties.Add({pKey != nullptr ? *pKey : ZString(key), std::move(value)});
-    node.m_index.Added(node.m_properties);
-}
-
-// What stands behind the last dot.
-std::string_view LastStep(std::string_view path)
-{
-    return path.substr(path.rfind('.') + 1);
-}
-
-// The node at the end of the steps, null where they lead nowhere. The empty path has no step.
-ZDynamicObject* Walk(ZDynamicObject* pNode, std::string_view path)
-{
-    while (true)
-    {
-        const std::size_t nStep = std::min(path.find('.'), path.size());
-        SDynamicObjectKeyValuePair* pProperty = FindProperty(*pNode, path.substr(0, nStep));
-        if (pProperty == nullptr)
-            return nullptr;
-        pNode = &pProperty->m_value;
-        if (nStep == path.size())
-            return pNode;
-        path.remove_prefix(nStep + 1);
-    }
-}
 } // namespace
 
 ZDynamicObject ZDynamicObject::Object()
@@ -137,26 +94,9 @@ const ZDynamicObject* ZDynamicObject::end() const
     return IsArray() ? SVariantAccess::Array(*this)->m_elements.End() : nullptr;
 }
 
-ZDynamicObject& ZDynamicObject::Get(const ZString& key)
-{
-    SDynamicObjectKeyValuePair* pProperty = FindProperty(*this, key);
-    return pProperty != nullptr ? pProperty->m_value : detail::g_nullObject;
-}
-
-const ZDynamicObject& ZDynamicObject::Get(const ZString& key) const
-{
-    const SDynamicObjectKeyValuePair* pProperty = FindProperty(*this, key);
-    return pProperty != nullptr ? pProperty->m_value : detail::g_nullObject;
-}
-
-bool ZDynamicObject::Contains(const ZString& key) const
-{
-    return FindProperty(*this, key) != nullptr;
-}
-
 bool ZDynamicObject::TryGet(const ZString& key, ZDynamicObject& result) const
 {
-    const SDynamicObjectKeyValuePair* pProperty = FindProperty(*this, key);
+    const SDynamicObjectKeyValuePair* pProperty = FindProperty(key);
     if (pProperty != nullptr)
         result = pProperty->m_value;
     return pProperty != nullptr;
@@ -172,13 +112,27 @@ ZDynamicObject& ZDynamicObject::Store(const ZString& key, ZDynamicObject value)
     }
     detail::BreakUnless(IsObject());
     if (IsObject())
-        StoreProperty(*SVariantAccess::Object(*this), key, &key, std::move(value));
+        StoreProperty(key, &key, std::move(value));
     return *this;
+}
+
+// The key as a string is given where there is one: a copy of it is cheaper if it refers to a literal.
+void ZDynamicObject::StoreProperty(std::string_view key, const ZString* pKey, ZDynamicObject&& value)
+{
+    if (SDynamicObjectKeyValuePair* pProperty = FindProperty(key))
+    {
+        pProperty->m_value = std::move(value);
+        return;
+    }
+    SObjectNode& node = *SVariantAccess::Object(*this);
+    MakeRoom(node.m_properties);
+    node.m_properties.Add({pKey != nullptr ? *pKey : ZString(key), std::move(value)});
+    node.m_index.Added(node.m_properties);
 }
 
 bool ZDynamicObject::Remove(const ZString& key)
 {
-    SDynamicObjectKeyValuePair* pProperty = FindProperty(*this, key);
+    SDynamicObjectKeyValuePair* pProperty = FindProperty(key);
     if (pProperty == nullptr)
         return false;
     SObjectNode& node = *SVariantAccess::Object(*this);
@@ -196,10 +150,29 @@ TArrayEnumerator<const SDynamicObjectKeyValuePair> ZDynamicObject::GetProperties
     return properties.GetEnumerator();
 }
 
+// The node at the end of the steps, null where they lead nowhere.
+ZDynamicObject* ZDynamicObject::Walk(std::string_view path) const
+{
+    const ZDynamicObject* pNode = this;
+    while (true)
+    {
+        std::size_t nStep = 0;
+        while (nStep != path.size() && path[nStep] != '.')
+            ++nStep;
+        SDynamicObjectKeyValuePair* pProperty = pNode->FindProperty(path.substr(0, nStep));
+        if (pProperty == nullptr)
+            return nullptr;
+        if (nStep == path.size())
+            return &pProperty->m_value;
+        pNode = &pProperty->m_value;
+        path.remove_prefix(nStep + 1);
+    }
+}
+
+// The empty path has no step.
 ZDynamicObject* ZDynamicObject::FindPath(const ZString& path) const
 {
-    ZDynamicObject* pNode = const_cast<ZDynamicObject*>(this);
-    return path.IsEmpty() ? pNode : Walk(pNode, path);
+    return path.IsEmpty() ? const_cast<ZDynamicObject*>(this) : Walk(path);
 }
 
 bool ZDynamicObject::TryGetPath(const ZString& path, ZDynamicObject& result) const
@@ -210,24 +183,23 @@ bool ZDynamicObject::TryGetPath(const ZString& path, ZDynamicObject& result) con
     return pNode != nullptr;
 }
 
-bool ZDynamicObject::TrySetPathImpl(const ZString& path, const ZDynamicObject& value)
+bool ZDynamicObject::TrySetPathImpl(const ZString& path, ZDynamicObject value)
 {
     if (path.IsEmpty())
     {
-        *this = value;
+        *this = std::move(value);
         return true;
     }
     const std::string_view steps = path;
-    const std::string_view last = LastStep(steps);
-    ZDynamicObject* pParent = this;
-    if (last.size() != steps.size())
-        pParent = Walk(this, steps.substr(0, steps.size() - last.size() - 1));
+    const std::size_t nLast = steps.rfind('.') + 1;
+    ZDynamicObject* pParent = nLast == 0 ? this : Walk(steps.substr(0, nLast - 1));
     if (pParent == nullptr || !pParent->IsObject())
         return false;
-    StoreProperty(*SVariantAccess::Object(*pParent), last, nullptr, ZDynamicObject(value));
+    pParent->StoreProperty(steps.substr(nLast), nullptr, std::move(value));
     return true;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): by value, as callers hand in a lambda and nothing else
 bool ZDynamicObject::TryUpdatePath(const ZString& path, std::function<bool(ZDynamicObject&)> update)
 {
     ZDynamicObject* pNode = FindPath(path);

@@ -30,6 +30,7 @@
 #include "core/dynamic/variant.h"
 #include "core/values/guid.h"
 
+#include <cmath>
 #include <functional>
 
 class ZDynamicObject;
@@ -215,12 +216,12 @@ public:
     // -- Objects
 
     // The property, a null object where there is none and on anything but an object.
-    ZDynamicObject& Get(const ZString& key);
+    ZDynamicObject& Get(const ZString& key) { return const_cast<ZDynamicObject&>(std::as_const(*this).Get(key)); }
     const ZDynamicObject& Get(const ZString& key) const;
     ZDynamicObject& operator[](const ZString& key) { return Get(key); }
     const ZDynamicObject& operator[](const ZString& key) const { return Get(key); }
 
-    bool Contains(const ZString& key) const;
+    bool Contains(const ZString& key) const { return FindProperty(key) != nullptr; }
 
     // Copies the property out. False where there is none, or none that IsValue<T>; then the result is untouched.
     bool TryGet(const ZString& key, ZDynamicObject& result) const;
@@ -266,12 +267,11 @@ public:
 
     // Stores the value at the path, whatever is there, or adds the last step to the object that the others lead to.
     // False, and nothing is changed, where there is no such object.
-    bool TrySetPath(const ZString& path, const ZDynamicObject& value) { return TrySetPathImpl(path, value); }
-    bool TrySetPath(const ZString& path, const char* pszText) { return TrySetPathImpl(path, ZDynamicObject(pszText)); }
-    template <DynamicValue T>
-    bool TrySetPath(const ZString& path, const T& value)
+    template <class T>
+    requires std::constructible_from<ZDynamicObject, T&&>
+    bool TrySetPath(const ZString& path, T&& value)
     {
-        return TrySetPathImpl(path, ZDynamicObject(value));
+        return TrySetPathImpl(path, ZDynamicObject(std::forward<T>(value)));
     }
 
     // Calls the function on the node itself. False where the path leads nowhere, without a call, or the function's
@@ -282,10 +282,17 @@ public:
     bool Validate() const;
 
 private:
+    friend struct detail::SVariantAccess;
+
+    ZDynamicObject(STypeID* pType, void* pData) : ZVariant(pData, pType) {}
+
+    SDynamicObjectKeyValuePair* FindProperty(std::string_view key) const;
     ZDynamicObject& Append(ZDynamicObject value);
     ZDynamicObject& Store(const ZString& key, ZDynamicObject value);
+    void StoreProperty(std::string_view key, const ZString* pKey, ZDynamicObject&& value);
+    ZDynamicObject* Walk(std::string_view path) const;
     ZDynamicObject* FindPath(const ZString& path) const;
-    bool TrySetPathImpl(const ZString& path, const ZDynamicObject& value);
+    bool TrySetPathImpl(const ZString& path, ZDynamicObject value);
 };
 
 // A property of an object.
@@ -298,21 +305,69 @@ struct SDynamicObjectKeyValuePair
 static_assert(sizeof(ZDynamicObject) == 16 && sizeof(SDynamicObjectKeyValuePair) == 32,
               "a walk that does not know the types steps by these sizes");
 
+namespace detail
+{
+// What is handed out where there is nothing. It holds no value, and what is written to it is dropped.
+extern KX_API ZDynamicObject g_nullObject;
+
+// Up to so many properties are looked through in order; an object of more has an index.
+inline constexpr uint32 kUnindexedProperties = 12;
+
+// The same as FindProperty, by the index.
+KX_PURE KX_API SDynamicObjectKeyValuePair* FindIndexed(const TArray<SDynamicObjectKeyValuePair>& properties,
+                                                       std::string_view key);
+
+// The property of an object, null where there is none. In the caller's code, and in one piece, for the sake of
+// literals: the compiler then has the length and the characters of the key in front of it, and needs two comparisons.
+// Other keys of one object tend to begin alike, so the last character is looked at before the others.
+inline SDynamicObjectKeyValuePair* FindProperty(const TArray<SDynamicObjectKeyValuePair>& properties,
+                                                std::string_view key)
+{
+    using Traits = std::char_traits<char>;
+    if (properties.End() - properties.Begin() > int64{kUnindexedProperties})
+        return FindIndexed(properties, key);
+    const std::size_t nSize = key.size();
+    for (const SDynamicObjectKeyValuePair& property : properties)
+    {
+        const std::string_view other = property.m_key;
+        if (other.size() == nSize
+            && (KX_KNOWN(nSize) ? Traits::compare(other.data(), key.data(), nSize) == 0
+                                : nSize == 0
+                                      || (other[nSize - 1] == key[nSize - 1]
+                                          && Traits::compare(other.data(), key.data(), nSize - 1) == 0)))
+            return const_cast<SDynamicObjectKeyValuePair*>(&property);
+    }
+    return nullptr;
+}
+} // namespace detail
+
+inline SDynamicObjectKeyValuePair* ZDynamicObject::FindProperty(std::string_view key) const
+{
+    if (!IsObject())
+        return nullptr;
+    return detail::FindProperty(*static_cast<const TArray<SDynamicObjectKeyValuePair>*>(m_pData), key);
+}
+
+inline const ZDynamicObject& ZDynamicObject::Get(const ZString& key) const
+{
+    const SDynamicObjectKeyValuePair* pProperty = FindProperty(key);
+    return pProperty != nullptr ? pProperty->m_value : detail::g_nullObject;
+}
+
 KX_TYPE_RECORD(, false, TArray<ZDynamicObject>);
 KX_TYPE_RECORD(, false, TArray<SDynamicObjectKeyValuePair>);
 
 namespace detail
 {
 // A number cut towards zero. Outside of the range of the result, and for NaN, it is the lowest one, as the processors'
-// own conversion has it; here that is so on every processor.
+// own conversion has it; here that is so on every processor. The lowest one itself needs no conversion then.
 inline int32 CutTo32(float64 fNumber)
 {
-    return fNumber > -2147483649.0 && fNumber < 2147483648.0 ? static_cast<int32>(fNumber) : INT32_MIN;
+    return std::fabs(fNumber) < 2147483648.0 ? static_cast<int32>(fNumber) : INT32_MIN;
 }
 inline int64 CutTo64(float64 fNumber)
 {
-    return fNumber >= -9223372036854775808.0 && fNumber < 9223372036854775808.0 ? static_cast<int64>(fNumber)
-                                                                                : INT64_MIN;
+    return std::fabs(fNumber) < 9223372036854775808.0 ? static_cast<int64>(fNumber) : INT64_MIN;
 }
 
 template <class T>

@@ -30,25 +30,25 @@ private:
         switch (value.Type()->Kind())
         {
         case EKind::Int8:
-            return Print<int8, int>(value);
+            return Print<int8>(value);
         case EKind::Int16:
-            return Print<int16, int>(value);
+            return Print<int16>(value);
         case EKind::Int32:
-            return Print<int32, int32>(value);
+            return Print<int32>(value);
         case EKind::Int64:
-            return Print<int64, int64>(value);
+            return Print<int64>(value);
         case EKind::UInt8:
-            return Print<uint8, int>(value);
+            return Print<uint8>(value);
         case EKind::UInt16:
-            return Print<uint16, int>(value);
+            return Print<uint16>(value);
         case EKind::UInt32:
-            return Print<uint32, uint32>(value);
+            return Print<uint32>(value);
         case EKind::UInt64:
-            return Print<uint64, uint64>(value);
+            return Print<uint64>(value);
         case EKind::Float32:
-            return Print<float32, float32>(value);
+            return Print<float32>(value);
         case EKind::Float64:
-            return Print<float64, float64>(value);
+            return Print<float64>(value);
         case EKind::Bool:
             m_text = *static_cast<const bool*>(value.Data()) ? "true" : "false";
             return true;
@@ -61,10 +61,11 @@ private:
         return false;
     }
 
-    template <class T, class TPrinted>
+    // By unary plus, which makes an int of the types that are narrower: int8 is a character to some functions.
+    template <class T>
     bool Print(const ZObjectRef& value)
     {
-        const auto printed = static_cast<TPrinted>(*static_cast<const T*>(value.Data()));
+        const auto printed = +*static_cast<const T*>(value.Data());
         const char* pEnd = std::to_chars(m_acNumber, m_acNumber + sizeof(m_acNumber), printed).ptr;
         m_text = std::string_view(m_acNumber, static_cast<std::size_t>(pEnd - m_acNumber));
         return true;

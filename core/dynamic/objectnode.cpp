@@ -11,35 +11,15 @@ uint32 HashOf(std::string_view key)
 {
     return HashBytes(key.data(), key.size());
 }
-
-bool IsKey(const SDynamicObjectKeyValuePair& property, std::string_view key)
-{
-    const std::string_view other = property.m_key;
-    return other.size() == key.size() && std::memcmp(other.data(), key.data(), key.size()) == 0;
-}
 } // namespace
 
-// Keys of one object tend to have a beginning in common, so the last character is looked at first.
-uint32 ZPropertyIndex::FindInOrder(const Properties& properties, std::string_view key)
-{
-    const uint64 nLast = key.size() - 1;
-    for (const SDynamicObjectKeyValuePair& property : properties)
-    {
-        const std::string_view other = property.m_key;
-        if (other.size() == key.size()
-            && (key.empty() || (other[nLast] == key[nLast] && std::memcmp(other.data(), key.data(), nLast) == 0)))
-            return static_cast<uint32>(&property - properties.Begin());
-    }
-    return kMissing;
-}
-
-uint32 ZPropertyIndex::FindSlot(const Properties& properties, std::string_view key) const
+uint32 ZPropertyIndex::Find(const Properties& properties, std::string_view key) const
 {
     const uint32 nHash = HashOf(key);
     for (uint32 nSlot = nHash & m_nMask; m_pSlots[nSlot].m_nPosition != kMissing; nSlot = (nSlot + 1) & m_nMask)
     {
         const SSlot& slot = m_pSlots[nSlot];
-        if (slot.m_nHash == nHash && IsKey(properties.Begin()[slot.m_nPosition], key))
+        if (slot.m_nHash == nHash && properties.Begin()[slot.m_nPosition].m_key == key)
             return slot.m_nPosition;
     }
     return kMissing;
@@ -117,6 +97,8 @@ bool ZPropertyIndex::Validate(const Properties& properties) const
 {
     if ((m_pSlots != nullptr) != (properties.Size() > kUnindexed))
         return false;
+    if (m_pSlots == nullptr)
+        return true;
     for (const SDynamicObjectKeyValuePair& property : properties)
     {
         if (Find(properties, property.m_key) != static_cast<uint32>(&property - properties.Begin()))
@@ -138,5 +120,14 @@ void ZPropertyIndex::Release()
     if (m_pSlots != nullptr)
         GetNormalAllocator()->Free(m_pSlots);
     m_pSlots = nullptr;
+}
+
+// The array of an object stands in front of its node.
+SDynamicObjectKeyValuePair* FindIndexed(const TArray<SDynamicObjectKeyValuePair>& properties, std::string_view key)
+{
+    const uint32 nPosition = reinterpret_cast<const SObjectNode&>(properties).m_index.Find(properties, key);
+    return nPosition != ZPropertyIndex::kMissing
+               ? const_cast<SDynamicObjectKeyValuePair*>(properties.Begin()) + nPosition
+               : nullptr;
 }
 } // namespace detail

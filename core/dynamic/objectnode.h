@@ -25,7 +25,7 @@ class ZPropertyIndex
 public:
     using Properties = TArray<SDynamicObjectKeyValuePair>;
 
-    static constexpr uint32 kUnindexed = 12;
+    static constexpr uint32 kUnindexed = kUnindexedProperties;
     static constexpr uint32 kMissing = UINT32_MAX;
 
     ZPropertyIndex() = default;
@@ -33,11 +33,8 @@ public:
     ZPropertyIndex(const ZPropertyIndex&) = delete;
     ZPropertyIndex& operator=(const ZPropertyIndex&) = delete;
 
-    // The position of the key, kMissing if there is none.
-    uint32 Find(const Properties& properties, std::string_view key) const
-    {
-        return m_pSlots != nullptr ? FindSlot(properties, key) : FindInOrder(properties, key);
-    }
+    // The position of the key, kMissing if there is none. Not for objects of kUnindexed properties and fewer.
+    uint32 Find(const Properties& properties, std::string_view key) const;
 
     // The last of the properties has been added, or the one at nPosition removed.
     void Added(const Properties& properties);
@@ -59,8 +56,6 @@ private:
         uint32 m_nPosition; // kMissing in a free slot
     };
 
-    static uint32 FindInOrder(const Properties& properties, std::string_view key);
-    uint32 FindSlot(const Properties& properties, std::string_view key) const;
     void Insert(uint32 nHash, uint32 nPosition);
     void Allocate(uint32 nSlots);
     void Release();
@@ -87,19 +82,10 @@ struct SObjectNode
 // The first step of a tree's walk, for those that are no variant's members.
 struct SVariantAccess
 {
-    // A variant that takes over what lies at pData.
-    static ZDynamicObject Adopted(STypeID* pType, void* pData)
-    {
-        ZDynamicObject object;
-        object.m_pType = pType;
-        object.m_pData = pData;
-        return object;
-    }
+    // An object that takes over what lies at pData.
+    static ZDynamicObject Adopted(STypeID* pType, void* pData) { return ZDynamicObject(pType, pData); }
 
     static SArrayNode* Array(const ZVariant& variant) { return static_cast<SArrayNode*>(variant.m_pData); }
     static SObjectNode* Object(const ZVariant& variant) { return static_cast<SObjectNode*>(variant.m_pData); }
 };
-
-// What is handed out where there is nothing. It holds no value, and what is written to it is dropped.
-extern KX_LOCAL ZDynamicObject g_nullObject;
 } // namespace detail

@@ -8,7 +8,6 @@
 
 namespace
 {
-using detail::EKind;
 using detail::EStorage;
 using detail::SArrayNode;
 using detail::SObjectNode;
@@ -47,14 +46,14 @@ void FreeValue(const STypeID& type, void* pData)
 // Copies the value that a variant holds. A node stays empty and joins the unfilled ones.
 inline void* CopyHeld(const STypeID& type, const void* pValue, SUnfilled& unfilled)
 {
-    switch (type.m_eStorage)
-    {
-    case EStorage::Word:
+    if (type.m_eStorage == EStorage::Word) [[likely]]
     {
         void* pCell = ZCellPool::For(sizeof(uint64)).Allocate();
         std::memcpy(pCell, pValue, sizeof(uint64));
         return pCell;
     }
+    switch (type.m_eStorage)
+    {
     case EStorage::String:
         return ::new (ZCellPool::For(sizeof(ZString)).Allocate()) ZString(*static_cast<const ZString*>(pValue));
     case EStorage::Array:
@@ -80,27 +79,30 @@ inline void* CopyHeld(const STypeID& type, const void* pValue, SUnfilled& unfill
     }
 }
 
-inline ZDynamicObject CopyElement(const ZDynamicObject& element, SUnfilled& unfilled)
+inline ZDynamicObject CopyElement(const ZDynamicObject& source, SUnfilled& unfilled)
 {
-    STypeID* pType = element.Type();
-    if (pType == nullptr)
-        return {};
-    return SVariantAccess::Adopted(pType, CopyHeld(*pType, element.Data(), unfilled));
+    STypeID* pType = source.Type();
+    return SVariantAccess::Adopted(pType, pType != nullptr ? CopyHeld(*pType, source.Data(), unfilled) : nullptr);
 }
 
 void FillArray(TArray<ZDynamicObject>& target, const TArray<ZDynamicObject>& source, SUnfilled& unfilled)
 {
-    target.Reserve(source.Size());
-    for (const ZDynamicObject& element : source)
-        target.Add(CopyElement(element, unfilled));
+    const ZDynamicObject* pSource = source.Begin();
+    target.Append(source.Size(), [&](ZDynamicObject* pStorage)
+                  { ::new (pStorage) ZDynamicObject(CopyElement(*pSource++, unfilled)); });
 }
 
 void FillObject(TArray<SDynamicObjectKeyValuePair>& target, const TArray<SDynamicObjectKeyValuePair>& source,
                 SUnfilled& unfilled)
 {
-    target.Reserve(source.Size());
-    for (const SDynamicObjectKeyValuePair& property : source)
-        target.Add({property.m_key, CopyElement(property.m_value, unfilled)});
+    const SDynamicObjectKeyValuePair* pSource = source.Begin();
+    target.Append(
+        source.Size(),
+        [&](SDynamicObjectKeyValuePair* pStorage)
+        {
+            const SDynamicObjectKeyValuePair& property = *pSource++;
+            ::new (pStorage) SDynamicObjectKeyValuePair{property.m_key, CopyElement(property.m_value, unfilled)};
+        });
 }
 
 void FillAll(SUnfilled& unfilled)
@@ -220,8 +222,8 @@ public:
         case EStorage::Object:
             if (nDepth == kMaxDepth)
                 return Postpone(left, right);
-            return EqualObjects(*static_cast<const SObjectNode*>(left.Data()),
-                                *static_cast<const SObjectNode*>(right.Data()), nDepth + 1);
+            return EqualObjects(static_cast<const SObjectNode*>(left.Data())->m_properties,
+                                static_cast<const SObjectNode*>(right.Data())->m_properties, nDepth + 1);
         default:
             return pType->m_pOperations->Equals != nullptr && pType->m_pOperations->Equals(left.Data(), right.Data());
         }
@@ -270,22 +272,22 @@ private:
     }
 
     // By key, in whatever order. Most often the order is the same.
-    bool EqualObjects(const SObjectNode& left, const SObjectNode& right, int nDepth)
+    bool EqualObjects(const TArray<SDynamicObjectKeyValuePair>& left, const TArray<SDynamicObjectKeyValuePair>& right,
+                      int nDepth)
     {
-        if (left.m_properties.Begin() == right.m_properties.Begin())
+        if (left.Begin() == right.Begin())
             return true;
-        if (left.m_properties.Size() != right.m_properties.Size())
+        if (left.Size() != right.Size())
             return false;
-        const SDynamicObjectKeyValuePair* pRight = right.m_properties.Begin();
-        for (const SDynamicObjectKeyValuePair& property : left.m_properties)
+        const SDynamicObjectKeyValuePair* pRight = right.Begin();
+        for (const SDynamicObjectKeyValuePair& property : left)
         {
             const SDynamicObjectKeyValuePair* pOther = pRight++;
             if (!(pOther->m_key == property.m_key))
             {
-                const uint32 nPosition = right.m_index.Find(right.m_properties, property.m_key);
-                if (nPosition == detail::ZPropertyIndex::kMissing)
+                pOther = detail::FindProperty(right, property.m_key);
+                if (pOther == nullptr)
                     return false;
-                pOther = right.m_properties.Begin() + nPosition;
             }
             if (!Equal(property.m_value, pOther->m_value, nDepth))
                 return false;
@@ -310,7 +312,7 @@ bool detail::EqualValues(const ZObjectRef& left, const ZObjectRef& right)
     return comparison.Equal(left, right, 0) && comparison.EqualPostponed();
 }
 
-ZVariant::ZVariant(const ZVariant& other) : ZVariantRef()
+ZVariant::ZVariant(const ZVariant& other) : ZVariant()
 {
     if (other.m_pType != nullptr)
     {

@@ -128,6 +128,8 @@ public:
     void Set(STypeID* pType, const void* pValue);
 
 protected:
+    ZVariant(void* pData, STypeID* const pType) : ZVariantRef(pData, pType) {}
+
     // Takes over a value that Copy or the like has made, and destroys the old one. The one place where a variant
     // changes its value.
     void Adopt(STypeID* pType, void* pData);

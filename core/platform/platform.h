@@ -49,6 +49,8 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 // BreakUnless alone: inlined at every optimisation level, and shown by a debugger as the line that calls it.
 // KX_PRINTF(nFormat, nFirst) lets the compiler hold the arguments of a function to its printf format; a member function
 // counts its object as the first one. KX_STACK_ALLOC(nBytes) is memory that the calling function gives back on return.
+// KX_KNOWN(value) says whether the compiler knows the value once everything is inlined; it may always say no.
+// KX_PURE marks a function that only reads, so that the caller may keep in registers what it has read before the call.
 // KX_EXTENSION stands before what all compilers have and the standard has not: a struct without a name in a union.
 #if defined(_MSC_VER) && !defined(__clang__)
 #define KX_NOINLINE __declspec(noinline)
@@ -56,6 +58,8 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 #define KX_CHECK_INLINE __forceinline
 #define KX_PRINTF(nFormat, nFirst)
 #define KX_STACK_ALLOC(nBytes) _alloca(nBytes)
+#define KX_KNOWN(value) false
+#define KX_PURE
 #define KX_EXTENSION
 #else
 #define KX_NOINLINE __attribute__((noinline))
@@ -63,6 +67,8 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 #define KX_CHECK_INLINE inline __attribute__((always_inline, artificial))
 #define KX_PRINTF(nFormat, nFirst) __attribute__((format(printf, nFormat, nFirst)))
 #define KX_STACK_ALLOC(nBytes) __builtin_alloca(nBytes)
+#define KX_KNOWN(value) __builtin_constant_p(value)
+#define KX_PURE __attribute__((pure))
 #define KX_EXTENSION __extension__
 #endif
 

@@ -1,4 +1,4 @@
-// demangle: the readable declaration that a linker symbol of Microsoft's decorated form stands for.
+// demangle: the readable declaration that a decorated linker symbol stands for.
 //
 //   "?doTheBar@Beta@Alpha@@QBEHHM@Z"    verbose    int __thiscall public: Alpha::Beta::doTheBar(int, float) const
 //                                       plain      int Alpha::Beta::doTheBar(int, float) const

@@ -272,10 +272,10 @@ private:
         }
         if (node.IsObject())
         {
-            TArray<const SDynamicObjectKeyValuePair*> pairs;
+            std::vector<const SDynamicObjectKeyValuePair*> pairs;
             auto properties = node.GetPropertiesEnumerator();
             while (properties.MoveNext())
-                pairs.Insert(pairs.Begin(), &properties.Current());
+                pairs.insert(pairs.begin(), &properties.Current());
             result = ZDynamicObject::Object();
             for (const SDynamicObjectKeyValuePair* pPair : pairs)
             {
