@@ -1,10 +1,19 @@
 # What cmake --install puts in place beside the two libraries: the headers, as a tree of their own so that includes read
-# the same as in here, the package files for find_package(kxcore), and one for pkg-config.
+# the same as in here, the package files for find_package(kxcore), one for pkg-config, and the debugger views.
 include(CMakePackageConfigHelpers)
 
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/core ${PROJECT_SOURCE_DIR}/runtime
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kxcore
-  FILES_MATCHING PATTERN "*.h")
+# The public headers, in order and relative to the root. A header whose first line begins with "// Inside" is for the
+# sources of its module alone and stays behind.
+file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} core/*.h runtime/*.h)
+set(KX_PUBLIC_HEADERS)
+foreach(header IN LISTS headers)
+  file(STRINGS ${header} first LIMIT_COUNT 1)
+  if(NOT first MATCHES "^// Inside")
+    list(APPEND KX_PUBLIC_HEADERS ${header})
+    get_filename_component(folder ${header} DIRECTORY)
+    install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kxcore/${folder})
+  endif()
+endforeach()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/kxcore)
@@ -16,3 +25,10 @@ install(FILES ${PROJECT_BINARY_DIR}/kxcoreConfigVersion.cmake DESTINATION ${pack
 file(RELATIVE_PATH KX_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/kxcore.pc.in ${PROJECT_BINARY_DIR}/kxcore.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kxcore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The debugger views. GDB loads a file of this name by itself when it loads the library, from either tree.
+file(GENERATE OUTPUT $<TARGET_FILE:kxbase>-gdb.py INPUT ${PROJECT_SOURCE_DIR}/tools/gdb/kxcore.py)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/gdb/kxcore.py
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RENAME $<TARGET_FILE_NAME:kxbase>-gdb.py)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/kxcore.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/kxcore)

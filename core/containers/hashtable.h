@@ -36,7 +36,6 @@
 
 #include <cstddef>
 #include <cstring>
-#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -76,6 +75,8 @@ public:
                           && offsetof(TFields, m_nFreeHead) == offsetof(TFields, m_nSize) + 4
                           && offsetof(TFields, m_nBucketCount) == offsetof(TFields, m_nFreeHead) + 4,
                       "the fields are the layout that type descriptions and debugger views rely on");
+        static_assert(std::is_copy_constructible_v<value_type>,
+                      "a hash container copies elements in; keep what can only be moved in a TArray");
         DestroyAll();
     }
 
@@ -179,7 +180,7 @@ public:
     {
         static_assert(
             alignof(TNode) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
-            "the node array is aligned as plain operator new aligns: an over-aligned type has no place in it");
+            "a hash container aligns its nodes to 16 bytes; keep elements of a wider alignment in a TMap or TSet");
         BreakUnless(TFields::MayRehash());
         BreakUnless(m_nSize <= nCount);
         const TFields old = *this;

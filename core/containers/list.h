@@ -21,7 +21,9 @@
 #include "core/containers/nodeiterator.h"
 #include "core/memory/memorymanager.h"
 
+#include <cstddef>
 #include <initializer_list>
+#include <type_traits>
 #include <utility>
 
 namespace detail
@@ -81,6 +83,8 @@ public:
     {
         static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
                       "TList: nodes are aligned to 16 bytes; keep elements of a wider alignment in a TArray");
+        static_assert(std::is_copy_constructible_v<T>,
+                      "TList copies elements in; keep what can only be moved in a TArray");
         static_assert(offsetof(TList, m_nSize) == 0 && offsetof(TList, m_sentinel) == 8 && sizeof(TList) == 24,
                       "size, then the two links: the layout that debugger views rely on");
         static_assert(

@@ -6,6 +6,7 @@
 #include "core/containers/redblacktree.h"
 
 #include <concepts>
+#include <initializer_list>
 
 // Walks the values alone, in the order of the keys; V is const for a read-only walk. Both pointers stand where a value
 // stands in a node; in the tree object, where m_pEnd points, there is none.

@@ -58,6 +58,8 @@ public:
                           && offsetof(TMaxArray, m_nSize) < N * sizeof(T) + sizeof(uint32)
                           && sizeof(TMaxArray) - offsetof(TMaxArray, m_nSize) <= (alignof(T) > 4 ? alignof(T) : 4),
                       "the elements, then their number: the layout that debugger views rely on");
+        static_assert(std::is_copy_constructible_v<T>,
+                      "TMaxArray copies elements in; keep what can only be moved in a TArray");
         detail::DestroyRange(Begin(), End());
     }
 

@@ -38,6 +38,7 @@
 
 #include <cstddef>
 #include <initializer_list>
+#include <type_traits>
 #include <utility>
 
 namespace detail
@@ -157,6 +158,11 @@ protected:
     ~TOrderedTree()
     {
         constexpr std::uintptr_t kOffset = kElementOffset<T, Links>;
+        static_assert(std::is_copy_constructible_v<T>,
+                      "an ordered container copies elements in; keep what can only be moved in a TArray");
+        static_assert(
+            requires(const key_type& first, const key_type& second) { first < second; },
+            "an ordered container goes by operator<: give the element, or the key of a map, one beside its class");
         static_assert(offsetof(TOrderedTree, m_links) == 0 && offsetof(TOrderedTree, m_nSize) == kOffset,
                       "the count must stand in the tree object where the element stands in a node");
         static_assert(kOffset + sizeof(T) <= sizeof(Node) && sizeof(Node) < kOffset + sizeof(T) + alignof(Node),

@@ -4,6 +4,8 @@
 
 #include "core/containers/redblacktree.h"
 
+#include <initializer_list>
+
 // Keeps one of equivalent elements, the first that came.
 template <class T>
 class TSet : public detail::TOrderedTree<T>

@@ -19,7 +19,9 @@
 #include "core/containers/nodeiterator.h"
 #include "core/memory/memorymanager.h"
 
+#include <cstddef>
 #include <initializer_list>
+#include <type_traits>
 #include <utility>
 
 namespace detail
@@ -79,6 +81,8 @@ public:
     {
         static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
                       "TSList: nodes are aligned to 16 bytes; keep elements of a wider alignment in a TArray");
+        static_assert(std::is_copy_constructible_v<T>,
+                      "TSList copies elements in; keep what can only be moved in a TArray");
         static_assert(offsetof(TSList, m_nSize) == 0 && offsetof(TSList, m_head) == 8 && sizeof(TSList) == 16,
                       "size, then the head link: the layout that debugger views rely on");
         Clear();

@@ -61,7 +61,11 @@ KX_API void FillTypeRecords(STypeEntry** ppFirst, STypeEntry** ppLast);
 template <class T>
 struct TTypeSlot
 {
-    static_assert(detail::kNever<T>,
+    static_assert(!std::is_pointer_v<T> && !std::is_array_v<T>,
+                  "a pointer has no identity: pass what it points at, or a ZString of a text");
+    static_assert(!std::is_arithmetic_v<T>,
+                  "this number has no identity: cast it to one of int8 to int64, uint8 to uint64, float32 and float64");
+    static_assert(std::is_pointer_v<T> || std::is_array_v<T> || std::is_arithmetic_v<T> || detail::kNever<T>,
                   "this type has no identity: write KX_DECLARE_TYPE(T); beside its definition, and include "
                   "core/dynamic/typeregistry.h there");
 };

@@ -2,7 +2,6 @@
 // This is the one file of the library with an #if on a compiler or a system.
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #if defined(_MSC_VER)
 #include <malloc.h>
@@ -21,7 +20,9 @@ using float64 = double;
 
 static_assert(sizeof(void*) == 8, "kxcore needs 64-bit pointers: the layouts of the containers are pinned for them");
 static_assert(sizeof(float32) == 4 && sizeof(float64) == 8, "float32 and float64 must be the IEEE 754 formats");
-static_assert(std::endian::native == std::endian::little, "kxcore needs little-endian words: values overlay them");
+#if defined(__BYTE_ORDER__)
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-endian words: values overlay them");
+#endif
 
 // KX_EXPORT marks what a shared library offers, KX_IMPORT the same declaration seen from outside. Everything is
 // compiled with hidden visibility, so a declaration without the mark stays inside its module. KX_LOCAL stays inside its

@@ -28,6 +28,7 @@
 #include "core/strings/text.h"
 
 #include <cstring>
+#include <string_view>
 
 class KX_API ZStackStringBase
 {

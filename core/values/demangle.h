@@ -14,6 +14,8 @@
 
 #include "core/strings/stack_string.h"
 
+#include <string_view>
+
 // Appends the readable text of the symbol to out. A verbose text names calling conventions, access and the keywords
 // class, struct and union; the other one leaves them away.
 //

@@ -1,4 +1,4 @@
-// The codes of decorated names that stand for a fixed text.
+// Inside kxbase: the codes of decorated names that stand for a fixed text.
 #pragma once
 
 #include "core/platform/platform.h"

@@ -1,4 +1,4 @@
-// What the grammar of demangle.cpp works on: the symbol that is read, and the text that is written.
+// Inside kxbase: what the grammar of demangle.cpp works on: the symbol that is read, and the text that is written.
 #pragma once
 
 #include "core/platform/platform.h"

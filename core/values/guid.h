@@ -17,9 +17,9 @@
 #include <compare>
 #include <concepts>
 #include <cstddef>
-#include <functional>
 #include <iosfwd>
 #include <string_view>
+#include <type_traits>
 
 class ZGuid
 {

@@ -1,11 +1,25 @@
-// A program of a user of the library. Ends with 0 if what it links works.
-#include "core/containers/array.h"
-#include "runtime/resource/resourceid.h"
+// A program of a user of the library. Ends with 0 if what it links works, else with the number of what does not.
+#include "runtime/resource/dynamicresourceid.h"
+#include "vertex.h"
 
 int main()
 {
     ZMemAllocatorScope scope;
     TArray<ZRuntimeResourceID> identities;
     identities.Add(ZRuntimeResourceID::Create(42));
-    return identities[0] == ZRuntimeResourceID::Create(42) ? 0 : 1;
+    if (!(identities[0] == ZRuntimeResourceID::Create(42)))
+        return 1;
+
+    // The identities of the library's types are the same here as inside it.
+    if (ZDynamicObject::Array().Type() != GetTypeID<TArray<ZDynamicObject>>())
+        return 2;
+    if (ZDynamicObject(identities[0]).Type() != GetTypeID<ZString>())
+        return 3;
+
+    // Those of the user's types are the same in all modules of the program.
+    const ZVariant corner = MakeCorner();
+    if (corner.Type() != GetTypeID<SVertex>() || corner.As<SVertex>() != SVertex{1, 2})
+        return 4;
+    const ZDynamicObject shape = ZDynamicObject::Object().Set("corner", corner);
+    return shape["corner"] == ZVariant(SVertex{1, 2}) ? 0 : 5;
 }

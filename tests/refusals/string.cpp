@@ -1,5 +1,7 @@
-// Compiles as it stands. With one of the names defined it must not: that text is not known to be a literal.
+// Compiles as it stands. With one of the names defined it must not: that text is not known to be a literal, or has no
+// place for its terminator.
 #include "core/strings/string.h"
+#include "core/strings/stack_string.h"
 
 void Take(const ZString& text);
 
@@ -16,6 +18,8 @@ void Pass(char c)
 #elif defined(NO_TERMINATOR)
     static constexpr char kWord[] = {'w', 'o', 'r', 'd'};
     Take(kWord);
+#elif defined(STACK_STRING_OF_NONE)
+    ZStackString<0> refused;
 #else
     Take(ZString(std::string_view(acFilled)));
 #endif

@@ -1,0 +1,136 @@
+// Fills each container with the numbers 0 to N - 1 and reports what that asked of the allocator:
+//
+//   containers [N]        1000 if N is not given
+//
+// The report comes from an allocator that counts, which is installed like any other: the containers are not told of it.
+#include "core/containers/array.h"
+#include "core/containers/blockarray.h"
+#include "core/containers/hashmap.h"
+#include "core/containers/hashset.h"
+#include "core/containers/list.h"
+#include "core/containers/map.h"
+#include "core/containers/maxarray.h"
+#include "core/containers/set.h"
+#include "core/containers/slist.h"
+#include "core/strings/string.h"
+#include "core/strings/stringfunc.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <unordered_map>
+
+namespace
+{
+class ZCountingAllocator : public IAllocator
+{
+public:
+    const char* GetName() const override { return "counting"; }
+
+    void* Allocate(uint64 nSize, uint64 nAlignment, uint32 nReserved) override
+    {
+        void* pBlock = m_heap.Allocate(nSize, nAlignment, nReserved);
+        m_sizes[pBlock] = nSize;
+        ++m_nAllocations;
+        m_nBytes += nSize;
+        m_nMostBytes = std::max(m_nMostBytes, m_nBytes);
+        return pBlock;
+    }
+
+    void Free(void* pMemory) override
+    {
+        if (pMemory != nullptr)
+        {
+            m_nBytes -= m_sizes[pMemory];
+            m_sizes.erase(pMemory);
+        }
+        m_heap.Free(pMemory);
+    }
+
+    uint64 m_nAllocations = 0;
+    uint64 m_nBytes = 0; // of the blocks that are out
+    uint64 m_nMostBytes = 0;
+
+private:
+    std::unordered_map<void*, uint64> m_sizes; // of the standard library, so that it does not count itself
+    ZMallocAllocator m_heap;
+};
+
+// Runs fill on a new container and prints a line of the report. What is out when the container has died is a leak; the
+// result says whether there was one.
+template <class TContainer, class TFill>
+bool Report(const char* pszName, TFill fill)
+{
+    ZCountingAllocator allocator;
+    GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, &allocator);
+    {
+        TContainer container;
+        fill(container);
+        std::printf("%-24s %11llu %9llu %9llu\n", pszName, static_cast<unsigned long long>(allocator.m_nAllocations),
+                    static_cast<unsigned long long>(allocator.m_nBytes),
+                    static_cast<unsigned long long>(allocator.m_nMostBytes));
+    }
+    GetMemoryManager()->UnInstallAllocator(ALLOCATOR_NORMAL);
+    return allocator.m_nBytes == 0;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    int nCount = 1000;
+    if (argc > 1 && (!IntFromString(argv[1], &nCount) || nCount < 0))
+    {
+        std::fputs("Usage: containers [N]\nReports what each container of N numbers asks of the allocator.\n", stderr);
+        return 2;
+    }
+
+    const auto add = [nCount](auto& container)
+    {
+        for (int i = 0; i < nCount; ++i)
+            container.Add(i);
+    };
+    const auto addReserved = [nCount, add](TArray<int>& array)
+    {
+        array.Reserve(static_cast<uint64>(nCount));
+        add(array);
+    };
+    const auto addFew = [nCount](TMaxArray<int, 100>& array)
+    {
+        for (int i = 0; i < std::min(nCount, 100); ++i)
+            array.Add(i);
+    };
+    const auto append = [nCount](TBlockArray<int>& array)
+    {
+        for (int i = 0; i < nCount; ++i)
+            array.Insert(array.End(), i);
+    };
+    const auto insert = [nCount](auto& container)
+    {
+        for (int i = 0; i < nCount; ++i)
+            container.Insert(i);
+    };
+    const auto insertNames = [nCount](auto& container)
+    {
+        for (int i = 0; i < nCount; ++i)
+            container.Insert(i, "a literal, which takes no memory");
+    };
+    const auto addOwned = [nCount](TArray<ZString>& array)
+    {
+        const ZString literal = "a literal";
+        for (int i = 0; i < nCount; ++i)
+            array.Add(literal + ", and more");
+    };
+
+    std::printf("%-24s %11s %9s %9s\n", "", "allocations", "bytes", "at most");
+    bool bClean = Report<TArray<int>>("TArray<int>", add);
+    bClean &= Report<TArray<int>>("  with Reserve", addReserved);
+    bClean &= Report<TMaxArray<int, 100>>("TMaxArray<int, 100>", addFew);
+    bClean &= Report<TBlockArray<int>>("TBlockArray<int>", append);
+    bClean &= Report<TList<int>>("TList<int>", insert);
+    bClean &= Report<TSList<int>>("TSList<int>", insert);
+    bClean &= Report<TSet<int>>("TSet<int>", insert);
+    bClean &= Report<THashSet<int>>("THashSet<int>", insert);
+    bClean &= Report<TMap<int, ZString>>("TMap<int, ZString>", insertNames);
+    bClean &= Report<THashMap<int, ZString>>("THashMap<int, ZString>", insertNames);
+    bClean &= Report<TArray<ZString>>("TArray<ZString>, owned", addOwned);
+    return bClean ? 0 : 1;
+}

@@ -1,0 +1,90 @@
+// Stops with one of each thing that the debugger has a view of.
+#include "core/containers/blockarray.h"
+#include "core/containers/hashmap.h"
+#include "core/containers/hashset.h"
+#include "core/containers/list.h"
+#include "core/containers/map.h"
+#include "core/containers/maxarray.h"
+#include "core/containers/multihashmap.h"
+#include "core/containers/set.h"
+#include "core/containers/slist.h"
+#include "core/dynamic/dynamicobject.h"
+#include "core/strings/stack_string.h"
+#include "core/values/version.h"
+
+struct SVertex
+{
+    float32 m_x, m_y;
+    bool operator==(const SVertex&) const = default;
+};
+KX_DECLARE_TYPE(SVertex);
+
+struct alignas(16) SWide
+{
+    int m_n;
+};
+
+namespace
+{
+KX_NOINLINE void Stop(const ZStackStringBase& reference)
+{
+    asm volatile("" : : "r"(&reference) : "memory");
+}
+} // namespace
+
+int main()
+{
+    ZMemAllocatorScope scope;
+
+    TArray<int> array{1, 2, 3};
+    array.Add(4);
+    array.Add(5);
+    TArray<ZString> emptyArray;
+    TMaxArray<int16, 4> maxArray{7, 8};
+    TBlockArray<int> blockArray;
+    for (int i = 0; i < 20; ++i)
+        blockArray.Insert(i % 2 == 0 ? blockArray.Begin() : blockArray.End(), i);
+    TList<ZString> list{ZString("one"), ZString("two")};
+    TSList<SWide> slist{{1}, {2}};
+    TSList<int> emptySlist;
+
+    TRedBlackTree<int> tree{5, 1, 4, 4, 2, 3};
+    TSet<int*> emptySet;
+    TSet<ZString> set{ZString("b"), ZString("a")};
+    TMultiSet<int> multiSet{2, 1, 2};
+    TMap<int, ZString> map{{2, "two"}, {1, "one"}};
+    TMultiMap<ZString, float64> multiMap{{"pi", 3.0}, {"pi", 3.25}};
+
+    THashMap<ZString, int> hashMap{{"one", 1}, {"two", 2}, {"three", 3}};
+    TMultiHashMap<int, int> multiHashMap{{1, 10}, {1, 11}};
+    THashSet<int> hashSet{3};
+    THashSet<int> emptyHashSet;
+    TMap<ZString, TArray<int>> nested{{"primes", {2, 3, 5}}, {"squares", {1, 4}}};
+
+    const ZString literal = "a \"literal\"";
+    const ZString owned = literal + ", owned";
+    const ZString emptyString;
+    ZStackString<16> stackString;
+    stackString.append("on the stack");
+
+    [[maybe_unused]] const ZGuid guid(0x97f879bdbe59447b, 0xae395c54e0e67d22);
+    [[maybe_unused]] const Version version{{2, 1, 3, 4}};
+
+    const ZVariant nothing;
+    const ZVariant number(uint8{200});
+    const ZVariant text(owned);
+    const ZVariant vertex(SVertex{1, -0.5F});
+    [[maybe_unused]] const ZVariantRef reference(vertex);
+    const ZDynamicObject null;
+    const ZDynamicObject ship =
+        ZDynamicObject::Object()
+            .Set("name", "Walnut")
+            .Set("crew", 12)
+            .Set("afloat", true)
+            .Set("bow", vertex)
+            .Set("hold", ZDynamicObject::Array().PushBack(1.5).PushBack(ZDynamicObject::Object()));
+    const ZVariant shipVariant(ship);
+
+    Stop(stackString);
+    return 0;
+}
