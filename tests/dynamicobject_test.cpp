@@ -3,7 +3,7 @@
 
 #include "runtime/resource/dynamicresourceid.h"
 #include "tests/support/breaks.h"
-#include "tests/support/journal.h"
+#include "tests/support/modeltest.h"
 #include "tests/support/treemodel.h"
 
 #include <cmath>

@@ -5,7 +5,7 @@
 #include "core/strings/string.h"
 #include "core/strings/stringfunc.h"
 #include "tests/support/breaks.h"
-#include "tests/support/journal.h"
+#include "tests/support/modeltest.h"
 #include "tests/support/stringmodel.h"
 
 #include <iomanip>

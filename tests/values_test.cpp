@@ -2,7 +2,7 @@
 #include "core/containers/hashset.h"
 #include "core/containers/set.h"
 #include "tests/support/breaks.h"
-#include "tests/support/journal.h"
+#include "tests/support/modeltest.h"
 
 #include <cmath>
 #include <iomanip>

@@ -1,7 +1,7 @@
 // Variants own copies of values of any type, by the operations of the type; Format prints them.
 #include "core/values/guid.h"
 #include "tests/support/breaks.h"
-#include "tests/support/journal.h"
+#include "tests/support/modeltest.h"
 #include "tests/support/usertypes.h"
 
 KX_TYPE_SLOT(0, std::vector<int>);
