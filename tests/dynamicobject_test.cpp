@@ -3,31 +3,28 @@
 
 #include "runtime/resource/dynamicresourceid.h"
 #include "tests/support/breaks.h"
-#include "tests/support/journal.h"
+#include "tests/support/modeltest.h"
 #include "tests/support/treemodel.h"
 
 #include <cmath>
 #include <limits>
-#include <random>
 
 // The end of each of these tests finds out what has not been given back.
 using DynamicObject = JournalTest;
 
 TEST_F(DynamicObject, AgreesWithAModel)
 {
-    for (uint32 nSeed = 1; nSeed <= 40; ++nSeed)
-    {
-        SCOPED_TRACE("seed " + std::to_string(nSeed));
-        std::mt19937 random(nSeed);
-        const auto below = [&](uint64 n) { return random() % n; };
-        ModelledTree tree;
-        for (int i = 0; i < 300; ++i)
-        {
-            tree.Step(below);
-            ASSERT_TRUE(i % 10 != 0 || tree.Agrees()) << "after step " << i;
-            TakeJournal();
-        }
-    }
+    ForEachSeed(40,
+                [](auto below)
+                {
+                    ModelledTree tree;
+                    for (int i = 0; i < 300; ++i)
+                    {
+                        tree.Step(below);
+                        ASSERT_TRUE(i % 10 != 0 || tree.Agrees()) << "after step " << i;
+                        TakeJournal();
+                    }
+                });
 }
 
 TEST(DynamicObjectSize, AnyDepth)

@@ -1,18 +1,9 @@
-// The hash containers: exact walks, nodes, bucket counts, element operations and allocator calls, against a model that
-// keeps its chains as plain lists.
-#include "core/containers/hashmap.h"
-#include "core/containers/hashset.h"
-#include "core/containers/multihashmap.h"
+// The hash containers: beside their models, and what the models do not show.
 #include "tests/support/breaks.h"
-#include "tests/support/journal.h"
+#include "tests/support/hashmodel.h"
+#include "tests/support/modeltest.h"
 
 #include <algorithm>
-#include <random>
-#include <unordered_map>
-
-template class THashMap<int, int64>;
-template class TMultiHashMap<int64, int>;
-template class THashSet<void*>;
 
 static_assert(std::forward_iterator<THashMap<int, int>::iterator>);
 static_assert(std::ranges::forward_range<TMultiHashMap<int, int>> && std::ranges::forward_range<const THashSet<int>>);
@@ -22,236 +13,9 @@ static_assert(std::is_same_v<decltype(*THashSet<int>().Begin()), const int&>);
 static_assert(sizeof(THashMap<int, int>::iterator) == 24 && sizeof(THashMap<int, int>().GetEnumerator()) == 32);
 static_assert(std::is_nothrow_move_constructible_v<THashMap<int, int>>);
 
-inline uint32 HashKey(const Logged& key)
-{
-    return HashKey(key.m_nValue);
-}
-
 namespace
 {
-// A container whose fields a test may see, and break.
-template <class TContainer>
-struct TOpen : TContainer
-{
-    using TContainer::m_nBucketCount;
-    using TContainer::m_nFreeHead;
-    using TContainer::m_nSize;
-    using TContainer::m_pBuckets;
-    using TContainer::m_pNodes;
-    using TContainer::TContainer;
-};
-
-// A live node. The value of a set's element is its key again.
-struct SEntry
-{
-    bool operator==(const SEntry&) const = default;
-    friend std::ostream& operator<<(std::ostream& stream, const SEntry& entry)
-    {
-        return stream << entry.m_nKey << "=" << entry.m_nValue << "@" << entry.m_nNode;
-    }
-
-    int m_nKey;
-    int m_nValue;
-    uint64 m_nNode;
-};
-
-using Entries = std::vector<SEntry>;
-
-// Key and value of an element.
-template <class TElement>
-std::pair<const Logged&, const Logged&> Parts(const TElement& element)
-{
-    if constexpr (requires { element.Key(); })
-        return {element.Key(), element.Value()};
-    else
-        return {element, element};
-}
-
-// What is left of the walk from pos on.
-template <class TContainer, class TIterator>
-Entries WalkFrom(const TContainer& container, TIterator pos)
-{
-    Entries walk;
-    for (; pos != container.End(); ++pos)
-    {
-        const auto& [key, value] = Parts(*pos);
-        const uint64 nDistance = detail::AddressOf(&*pos) - detail::AddressOf(container.m_pNodes);
-        walk.push_back({key.m_nValue, value.m_nValue, nDistance / sizeof(*container.m_pNodes)});
-    }
-    return walk;
-}
-
-template <class TContainer>
-auto InsertInto(TContainer& container, const Logged& key, const Logged& value)
-{
-    if constexpr (requires { container.Insert(key, value); })
-        return container.Insert(key, value);
-    else
-        return container.Insert(key);
-}
-
-// What the models' containers must have written into the journal.
-Journal g_expected;
-
-void Expect(const std::string& word, auto nNumber)
-{
-    g_expected.push_back(word + std::to_string(nNumber));
-}
-
-// What a container of logged elements must do.
-struct SModel
-{
-    bool m_bMulti;
-    bool m_bValues;
-    std::vector<Entries> m_chains = {};
-    std::vector<uint64> m_free = {};
-    size_t m_nSize = 0;
-
-    Entries& ChainOf(int nKey)
-    {
-        uint32 nHash = 0x811C9DC5;
-        for (int i = 0; i < 4; ++i)
-        {
-            const uint32 nByte = (static_cast<uint32>(nKey) >> (8 * i)) & 0xFF;
-            nHash = (nHash ^ (nByte < 0x80 ? nByte : nByte + 0xFFFFFF00)) * 16777619;
-        }
-        return m_chains[nHash % m_chains.size()];
-    }
-
-    Entries Walk() const
-    {
-        Entries walk;
-        for (const Entries& chain : m_chains)
-            walk.insert(walk.end(), chain.begin(), chain.end());
-        return walk;
-    }
-
-    // The walk from the first entry on that has the number; empty if none has.
-    Entries WalkFrom(auto SEntry::*pNumber, auto nNumber) const
-    {
-        const Entries walk = Walk();
-        return Entries(std::ranges::find(walk, nNumber, pNumber), walk.end());
-    }
-
-    void ExpectCopy(const SEntry& entry) const
-    {
-        Expect("copy ", entry.m_nKey);
-        if (m_bValues)
-            Expect("copy ", entry.m_nValue);
-    }
-
-    void ExpectDelete(const SEntry& entry) const
-    {
-        if (m_bValues)
-            Expect("delete ", entry.m_nValue);
-        Expect("delete ", entry.m_nKey);
-    }
-
-    size_t NodeSize() const { return m_bValues ? 12 : 8; }
-
-    void Rehash(size_t nCount)
-    {
-        const std::vector<Entries> old = std::exchange(m_chains, {});
-        m_chains.resize(nCount == 0 ? 0 : std::max<size_t>(nCount, 4));
-        if (nCount != 0)
-        {
-            g_expected.push_back("alloc " + std::to_string(m_chains.size() * 4) + "/16");
-            g_expected.push_back("alloc " + std::to_string(m_chains.size() * NodeSize()) + "/16");
-        }
-        uint64 nNode = 0;
-        for (const Entries& chain : old)
-        {
-            for (SEntry entry : chain)
-            {
-                ExpectCopy(entry);
-                ExpectDelete(entry);
-                entry.m_nNode = nNode++;
-                ChainOf(entry.m_nKey).insert(ChainOf(entry.m_nKey).begin(), entry);
-            }
-        }
-        if (!old.empty())
-        {
-            Expect("free ", old.size() * NodeSize());
-            Expect("free ", old.size() * 4);
-        }
-        m_free.clear();
-    }
-
-    // The result is the node of the element.
-    uint64 Insert(int nKey, int nValue)
-    {
-        const auto find = [this, nKey] { return std::ranges::find(ChainOf(nKey), nKey, &SEntry::m_nKey); };
-        if (!m_bMulti && !m_chains.empty() && find() != ChainOf(nKey).end())
-        {
-            if (m_bValues)
-                Expect(std::to_string(std::exchange(find()->m_nValue, nValue)) + " = copy ", nValue);
-            return find()->m_nNode;
-        }
-        if (m_chains.size() == m_nSize)
-            Rehash(std::max<size_t>(m_chains.size() * 3 / 2, 4));
-        const SEntry entry{nKey, m_bValues ? nValue : nKey, m_free.empty() ? m_nSize : m_free.back()};
-        if (!m_free.empty())
-            m_free.pop_back();
-        ExpectCopy(entry);
-        const auto end = ChainOf(nKey).end();
-        const auto place = m_bMulti ? std::ranges::next(find(), 1, end) : ChainOf(nKey).begin();
-        ChainOf(nKey).insert(place, entry);
-        ++m_nSize;
-        return entry.m_nNode;
-    }
-
-    void Erase(const SEntry& entry)
-    {
-        ExpectDelete(entry);
-        std::erase(ChainOf(entry.m_nKey), entry);
-        m_free.push_back(entry.m_nNode);
-        --m_nSize;
-    }
-
-    void Clear()
-    {
-        for (Entries& chain : m_chains)
-        {
-            std::ranges::for_each(chain, [this](const SEntry& entry) { ExpectDelete(entry); });
-            chain.clear();
-        }
-        m_free.clear();
-        m_nSize = 0;
-    }
-
-    void CopyFrom(const SModel& other)
-    {
-        if (this == &other)
-            return;
-        Clear();
-        Rehash(other.m_chains.size());
-        for (const SEntry& entry : other.Walk())
-            Insert(entry.m_nKey, entry.m_nValue);
-    }
-
-    void MoveFrom(SModel& other)
-    {
-        if (this == &other)
-            return;
-        Clear();
-        if (!m_chains.empty())
-        {
-            Expect("free ", m_chains.size() * 4);
-            Expect("free ", m_chains.size() * NodeSize());
-        }
-        *this = std::exchange(other, SModel{m_bMulti, m_bValues});
-    }
-};
-
-template <class TContainer>
-class HashTest : public JournalTest
-{
-};
-
-using HashContainers = testing::Types<THashMap<Logged, Logged>, TMultiHashMap<Logged, Logged>, THashSet<Logged>>;
-TYPED_TEST_SUITE(HashTest, HashContainers);
-
-using HashMapTest = JournalTest;
+using HashTest = JournalTest;
 
 // A key that is copied and destroyed and nothing else.
 struct SKey
@@ -281,119 +45,14 @@ std::vector<int> Keys(const TMap& map)
 }
 } // namespace
 
-// Random operations on two containers. In some insertions key and value are elements of the container, in full tables
-// too.
-TYPED_TEST(HashTest, AgreesWithAModel)
+TEST_F(HashTest, AgreesWithItsModel)
 {
-    using Container = TOpen<TypeParam>;
-    const SModel empty{std::is_same_v<TypeParam, TMultiHashMap<Logged, Logged>>,
-                       !std::is_same_v<TypeParam, THashSet<Logged>>};
-    for (uint32 nSeed = 1; nSeed <= 60; ++nSeed)
-    {
-        std::mt19937 random(nSeed);
-        const auto below = [&](size_t n) { return static_cast<size_t>(random() % n); };
-        SModel models[3] = {empty, empty, empty};
-        {
-            Container containers[2];
-            for (int nStep = 0; nStep < 200; ++nStep)
-            {
-                SCOPED_TRACE(testing::Message() << "seed " << nSeed << ", step " << nStep);
-                const size_t nWhich = below(2);
-                Container& container = containers[nWhich];
-                Container& other = containers[below(8) == 0 ? nWhich : 1 - nWhich];
-                SModel& model = models[nWhich];
-                SModel& otherModel = models[&other - containers];
-                const Entries walk = model.Walk();
-                const size_t nAt = below(walk.size() + 1);
-                auto pos = std::ranges::next(container.Begin(), static_cast<std::ptrdiff_t>(nAt));
-                const Logged key(static_cast<int>(below(60)) * 5 - 100);
-                const Logged value(1000 + nStep);
-                const Logged* pKey = &key;
-                const Logged* pValue = &value;
-                if (nAt < walk.size() && below(3) == 0)
-                {
-                    pValue = &Parts(*pos).second;
-                    const Logged* apKeys[] = {&key, pValue, &Parts(*container.Begin()).first};
-                    pKey = apKeys[below(3)];
-                }
-                TakeJournal();
-                switch ("iiiiiiiieeeefffrcdmsx"[below(21)])
-                {
-                case 'i':
-                {
-                    const uint64 nNode = model.Insert(pKey->m_nValue, pValue->m_nValue);
-                    pos = InsertInto(container, *pKey, *pValue);
-                    EXPECT_EQ(model.WalkFrom(&SEntry::m_nNode, nNode), WalkFrom(container, pos));
-                    break;
-                }
-                case 'e':
-                    if (pos == container.End())
-                        break;
-                    model.Erase(walk[nAt]);
-                    pos = container.Erase(pos);
-                    EXPECT_EQ(Entries(walk.begin() + static_cast<std::ptrdiff_t>(nAt) + 1, walk.end()),
-                              WalkFrom(container, pos));
-                    break;
-                case 'f':
-                {
-                    const Entries found = model.WalkFrom(&SEntry::m_nKey, key.m_nValue);
-                    EXPECT_EQ(found, WalkFrom(container, container.Find(key)));
-                    EXPECT_EQ(!found.empty(), std::as_const(container).Contains(key));
-                    if constexpr (requires { container.Remove(key); })
-                    {
-                        if (!found.empty())
-                            model.Erase(found[0]);
-                        EXPECT_EQ(!found.empty(), container.Remove(key));
-                    }
-                    break;
-                }
-                case 'r':
-                    model.Rehash(model.m_nSize + below(5));
-                    container.Rehash(static_cast<uint32>(model.m_chains.size()));
-                    break;
-                case 'c':
-                    model.CopyFrom(otherModel);
-                    container = std::as_const(other);
-                    break;
-                case 'd':
-                    models[2].CopyFrom(model);
-                    otherModel.MoveFrom(models[2]);
-                    other = Container(container);
-                    break;
-                case 'm':
-                    otherModel.MoveFrom(model);
-                    other = std::move(container);
-                    break;
-                case 's':
-                    std::swap(model, otherModel);
-                    std::swap(container, other);
-                    break;
-                default:
-                    model.Clear();
-                    container.Clear();
-                }
-                ASSERT_EQ(std::exchange(g_expected, {}), TakeJournal());
-                for (const size_t i : {0u, 1u})
-                {
-                    ASSERT_TRUE(containers[i].Validate());
-                    ASSERT_EQ(models[i].Walk(), WalkFrom(containers[i], containers[i].Begin()));
-                    ASSERT_EQ(models[i].m_nSize, containers[i].Size());
-                    ASSERT_EQ(models[i].m_chains.size(), containers[i].m_nBucketCount);
-                    auto enumerator = std::as_const(containers[i]).GetEnumerator();
-                    for (const auto& element : containers[i])
-                        ASSERT_EQ(&element, enumerator.MoveNext() ? &enumerator.Current() : nullptr);
-                    ASSERT_FALSE(enumerator.MoveNext());
-                }
-            }
-            TakeJournal();
-        }
-        models[1].MoveFrom(models[2]);
-        models[0].MoveFrom(models[2]);
-        ASSERT_EQ(std::exchange(g_expected, {}), TakeJournal());
-    }
+    AgreesWithItsModel<ModelledHashMap>(6, 1500);
+    AgreesWithItsModel<ModelledMultiHashMap>(6, 1500);
+    AgreesWithItsModel<ModelledHashSet>(6, 1500);
 }
 
-TEST_F(HashMapTest, WalksInTheKnownOrder)
+TEST_F(HashTest, WalksInTheKnownOrder)
 {
     THashMap<int, int> map;
     TOpen<THashSet<int>> set;
@@ -425,7 +84,7 @@ TEST_F(HashMapTest, WalksInTheKnownOrder)
     EXPECT_EQ(3, multi.Find(1)->Value()) << "1, 4, 3 as inserted, reversed by the growth";
 }
 
-TEST_F(HashMapTest, HashesSignedBytes)
+TEST_F(HashTest, HashesSignedBytes)
 {
     const std::pair<int, uint32> hashes[] = {{0, 0x4B95F515}, {1, 0xFB69B604},   {2, 0xEBEE7337},
                                              {3, 0x9BC23426}, {128, 0xD6248195}, {-1, 0x81DDF9B1}};
@@ -446,7 +105,7 @@ TEST_F(HashMapTest, HashesSignedBytes)
     EXPECT_EQ(0x811C9DC5, HashBytes(nullptr, 0));
 }
 
-TEST_F(HashMapTest, AsksThePolicyAlone)
+TEST_F(HashTest, AsksThePolicyAlone)
 {
     THashSet<SKey, SPolicy> set;
     TMultiHashMap<SKey, SKey, SPolicy> map;
@@ -462,7 +121,7 @@ TEST_F(HashMapTest, AsksThePolicyAlone)
     EXPECT_EQ(3, map.Find(SKey(2))->Value().m_nValue);
 }
 
-TEST_F(HashMapTest, GivesArraysBackToTheirOwner)
+TEST_F(HashTest, GivesArraysBackToTheirOwner)
 {
     struct Asked : IPageAllocator
     {
@@ -481,7 +140,7 @@ TEST_F(HashMapTest, GivesArraysBackToTheirOwner)
     EXPECT_EQ((Journal{"alloc 16/16", "alloc 32/16", "owner", "free 16", "owner", "free 32"}), TakeJournal());
 }
 
-TEST_F(HashMapTest, BreaksOnAViolatedPrecondition)
+TEST_F(HashTest, BreaksOnAViolatedPrecondition)
 {
     THashMap<int, int> map{{1, 1}, {2, 2}};
     THashMap<int, int> other{{1, 1}};
@@ -507,7 +166,7 @@ TEST_F(HashMapTest, BreaksOnAViolatedPrecondition)
     EXPECT_BREAK(full.Insert(1, 1)) << "one and a half times as many wraps to less";
 }
 
-TEST_F(HashMapTest, ResumedBreakGoesOnAsIfTheCheckHadPassed)
+TEST_F(HashTest, ResumedBreakGoesOnAsIfTheCheckHadPassed)
 {
     struct Pinned : THashSet<int>
     {
@@ -523,7 +182,7 @@ TEST_F(HashMapTest, ResumedBreakGoesOnAsIfTheCheckHadPassed)
     EXPECT_EQ((std::vector<int>{5, 2, 1, 3, 4}), Values(set));
 }
 
-TEST_F(HashMapTest, ValidateSeesABrokenTable)
+TEST_F(HashTest, ValidateSeesABrokenTable)
 {
     using Set = TOpen<THashSet<int>>;
     // The chains of four buckets are node 0, none, node 2, node 1; node 3 is free.
@@ -552,39 +211,4 @@ TEST_F(HashMapTest, ValidateSeesABrokenTable)
         breakages[i](set);
         EXPECT_FALSE(set.Validate()) << i;
     }
-}
-
-// A long run beside the standard containers, with elements that are aligned to more than an index is.
-TEST_F(HashMapTest, AgreesWithTheStandardContainers)
-{
-    std::mt19937 random(20261121);
-    THashMap<int, int64> map;
-    TMultiHashMap<int64, int> multi;
-    std::unordered_map<int, int64> mapModel;
-    std::unordered_multimap<int64, int> multiModel;
-    for (int i = 0; i < 300'000; ++i)
-    {
-        const int nKey = static_cast<int>(random() % 5000) * 400'009;
-        if (random() % 8 < 5)
-        {
-            map.Insert(nKey, i);
-            mapModel[nKey] = i;
-            multi.Insert(nKey, i);
-            multiModel.emplace(nKey, i);
-        }
-        else
-        {
-            ASSERT_EQ(mapModel.erase(nKey) != 0, map.Remove(nKey));
-            while (multi.Contains(nKey))
-                multi.Erase(multi.Find(nKey));
-            multiModel.erase(nKey);
-        }
-        ASSERT_EQ(mapModel.size(), map.Size());
-        ASSERT_EQ(multiModel.size(), multi.Size());
-    }
-    ASSERT_TRUE(map.Validate() && multi.Validate());
-    for (const auto& pair : map)
-        ASSERT_EQ(mapModel.at(pair.Key()), pair.Value());
-    for (const auto& pair : multi)
-        ASSERT_EQ(1u, std::erase_if(multiModel, [&](const auto& entry) { return entry.second == pair.Value(); }));
 }

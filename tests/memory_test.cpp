@@ -1,7 +1,7 @@
 // The memory facade: who is asked, when, and what stands in the table afterwards.
 #include "core/memory/memorymanager.h"
 #include "tests/support/breaks.h"
-#include "tests/support/journal.h"
+#include "tests/support/modeltest.h"
 
 #include <cstring>
 

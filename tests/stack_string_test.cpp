@@ -2,6 +2,7 @@
 // buffer. No normal allocator stands while these tests run, so none of them can have used it.
 #include "core/strings/stack_string.h"
 #include "tests/support/breaks.h"
+#include "tests/support/modeltest.h"
 #include "tests/support/stringmodel.h"
 
 #include <bit>
@@ -11,20 +12,22 @@ template class ZStackString<1>;
 
 TEST(StackStrings, AgreeWithAModelAtEveryCapacity)
 {
-    std::mt19937 random(20261204);
-    const auto below = [&](uint64 n) { return random() % n; };
-    for (uint32 nRun = 0; nRun < 400; ++nRun)
-    {
-        const uint32 nCapacity = nRun % 8 == 7 ? 1 + static_cast<uint32>(below(3000)) : 1 + nRun / 8;
-        ModelledString string(nCapacity);
-        for (int nStep = 0; nStep < 200; ++nStep)
-        {
-            const std::string before = string.Model();
-            string.Step(below);
-            ASSERT_TRUE(string.Agrees()) << "run " << nRun << ", step " << nStep << ", capacity " << nCapacity
-                                         << ", from \"" << before << '"';
-        }
-    }
+    ForEachSeed(1,
+                [](auto below)
+                {
+                    for (uint32 nRun = 0; nRun < 400; ++nRun)
+                    {
+                        const uint32 nCapacity = nRun % 8 == 7 ? 1 + static_cast<uint32>(below(3000)) : 1 + nRun / 8;
+                        ModelledString string(nCapacity);
+                        for (int nStep = 0; nStep < 200; ++nStep)
+                        {
+                            const std::string before = string.Model();
+                            string.Step(below);
+                            ASSERT_TRUE(string.Agrees()) << "run " << nRun << ", step " << nStep << ", capacity "
+                                                         << nCapacity << ", from \"" << before << '"';
+                        }
+                    }
+                });
 }
 
 TEST(StackStrings, FormatHasNoLimitOfItsOwn)

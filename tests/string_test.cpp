@@ -1,15 +1,13 @@
 // ZString and the conversions: what is allocated and when, positions that lie outside, and numbers at the edges.
 #include "core/containers/hashmap.h"
-#include "core/containers/hashset.h"
 #include "core/containers/map.h"
 #include "core/strings/string.h"
 #include "core/strings/stringfunc.h"
 #include "tests/support/breaks.h"
-#include "tests/support/journal.h"
+#include "tests/support/modeltest.h"
 #include "tests/support/stringmodel.h"
 
 #include <iomanip>
-#include <random>
 #include <sstream>
 #include <unordered_set>
 
@@ -112,72 +110,77 @@ TEST_F(StringTest, BlocksAreOwnedByOneString)
 // Random texts of few letters, borrowed tails among them, and positions of every kind.
 TEST_F(StringTest, AgreesWithAModel)
 {
-    std::mt19937_64 random(20261206);
-    const auto below = [&](uint64 n) { return random() % n; };
-    const auto position = [&]() -> int64
-    {
-        constexpr int64 kExtremes[] = {INT64_MIN, INT64_MIN + 1, -1, int64{1} << 32, INT64_MAX - 1, INT64_MAX};
-        return below(4) == 0 ? kExtremes[below(6)] : static_cast<int64>(below(16)) - 4;
-    };
-    ZString text = "abc-abc";
-    std::string model(text.ToCString());
-    for (int nStep = 0; nStep < 20000; ++nStep)
-    {
-        const int64 nStart = position();
-        const int64 nLength = position();
-        std::string other;
-        while (below(3) != 0)
-            other += static_cast<char>(below(8) == 0 ? "\0\x80\xFF"[below(3)] : 'a' + static_cast<char>(below(4)));
-        const ZString otherText{std::string_view(other)};
-
-        // The characters whose distance from the start, which cannot overflow, is below the length.
-        std::string piece;
-        for (size_t i = 0; i < model.size(); ++i)
+    ForEachSeed(
+        1,
+        [](auto below)
         {
-            if (static_cast<int64>(i) >= nStart && nLength > 0
-                && i - static_cast<uint64>(nStart) < static_cast<uint64>(nLength))
-                piece += model[i];
-        }
-        const size_t nFrom = static_cast<size_t>(std::max<int64>(nStart, 0));
-        const auto backwards = [&](size_t nFound) { return nStart < 0 ? -1 : static_cast<int>(nFound); };
-        ASSERT_EQ(piece, text.Substring(nStart, nLength)) << model << ' ' << nStart << ' ' << nLength;
-        ASSERT_EQ(static_cast<int>(model.find('a', nFrom)), text.IndexOf('a', nStart)) << model << ' ' << nStart;
-        ASSERT_EQ(backwards(model.rfind('a', nFrom)), text.LastIndexOf('a', nStart)) << model << ' ' << nStart;
-        ASSERT_EQ(backwards(model.find_last_of(other, nFrom)), text.LastIndexOfAny(otherText, nStart))
-            << model << other;
-        ASSERT_EQ(model <=> other, text <=> otherText) << model << ' ' << other;
-        ASSERT_EQ(model == other, text == otherText);
-        ASSERT_EQ(std::string_view(model), text);
-        ASSERT_EQ(HashKey(ZString(std::string_view(model))), HashKey(text));
-        ASSERT_TRUE(text.Validate() && text.Length() == static_cast<int>(model.size()));
-
-        switch (below(5))
-        {
-        case 0:
-            text = text + otherText;
-            model += other;
-            break;
-        case 1:
-            text = otherText + text;
-            model = other + model;
-            break;
-        case 2:
-            text = text.Substring(nStart, nLength);
-            model = piece;
-            break;
-        case 3:
-            text = "dcba-a";
-            model = "dcba-a";
-            break;
-        default:
-            if (model.size() > 12)
+            const auto position = [&]() -> int64
             {
-                text = otherText;
-                model = other;
+                constexpr int64 kExtremes[] = {INT64_MIN, INT64_MIN + 1, -1, int64{1} << 32, INT64_MAX - 1, INT64_MAX};
+                return below(4) == 0 ? kExtremes[below(6)] : static_cast<int64>(below(16)) - 4;
+            };
+            ZString text = "abc-abc";
+            std::string model(text.ToCString());
+            for (int nStep = 0; nStep < 20000; ++nStep)
+            {
+                const int64 nStart = position();
+                const int64 nLength = position();
+                std::string other;
+                while (below(3) != 0)
+                    other +=
+                        static_cast<char>(below(8) == 0 ? "\0\x80\xFF"[below(3)] : 'a' + static_cast<char>(below(4)));
+                const ZString otherText{std::string_view(other)};
+
+                // The characters whose distance from the start, which cannot overflow, is below the length.
+                std::string piece;
+                for (size_t i = 0; i < model.size(); ++i)
+                {
+                    if (static_cast<int64>(i) >= nStart && nLength > 0
+                        && i - static_cast<uint64>(nStart) < static_cast<uint64>(nLength))
+                        piece += model[i];
+                }
+                const size_t nFrom = static_cast<size_t>(std::max<int64>(nStart, 0));
+                const auto backwards = [&](size_t nFound) { return nStart < 0 ? -1 : static_cast<int>(nFound); };
+                ASSERT_EQ(piece, text.Substring(nStart, nLength)) << model << ' ' << nStart << ' ' << nLength;
+                ASSERT_EQ(static_cast<int>(model.find('a', nFrom)), text.IndexOf('a', nStart))
+                    << model << ' ' << nStart;
+                ASSERT_EQ(backwards(model.rfind('a', nFrom)), text.LastIndexOf('a', nStart)) << model << ' ' << nStart;
+                ASSERT_EQ(backwards(model.find_last_of(other, nFrom)), text.LastIndexOfAny(otherText, nStart))
+                    << model << other;
+                ASSERT_EQ(model <=> other, text <=> otherText) << model << ' ' << other;
+                ASSERT_EQ(model == other, text == otherText);
+                ASSERT_EQ(std::string_view(model), text);
+                ASSERT_EQ(HashKey(ZString(std::string_view(model))), HashKey(text));
+                ASSERT_TRUE(text.Validate() && text.Length() == static_cast<int>(model.size()));
+
+                switch (below(5))
+                {
+                case 0:
+                    text = text + otherText;
+                    model += other;
+                    break;
+                case 1:
+                    text = otherText + text;
+                    model = other + model;
+                    break;
+                case 2:
+                    text = text.Substring(nStart, nLength);
+                    model = piece;
+                    break;
+                case 3:
+                    text = "dcba-a";
+                    model = "dcba-a";
+                    break;
+                default:
+                    if (model.size() > 12)
+                    {
+                        text = otherText;
+                        model = other;
+                    }
+                }
+                TakeJournal();
             }
-        }
-        TakeJournal();
-    }
+        });
 }
 
 TEST_F(StringTest, TextsOfTwoToThe31BreakAndNeverWrap)
@@ -211,29 +214,37 @@ TEST_F(StringTest, MeetsTheStandardLibrary)
     EXPECT_TRUE(view == text && text == view && "text" == text && text != "tex" && text < ZString("texts"));
     const std::unordered_set<ZString> set{text, "text", "other"};
     EXPECT_EQ(2u, set.size());
-    THashSet<ZString> keys;
-    keys.Insert("text");
-    EXPECT_TRUE(keys.Find(text) != keys.End());
+    // A literal and an owned copy of it are one key.
+    THashMap<ZString, int> hashed{{"text", 1}, {"two", 2}};
+    TMap<ZString, int> ordered{{"two", 2}, {"text", 1}};
+    hashed.Insert(text, 3);
+    ordered.Insert(text, 3);
+    EXPECT_EQ(3, hashed.Find("text")->Value() + hashed.Find("two")->Value() - 2);
+    EXPECT_EQ(3, ordered.Begin()->Value());
+    EXPECT_TRUE(hashed.Size() == 2 && ordered.Size() == 2 && HashBytes("text", 4) == HashKey(text));
 }
 
 // Numbers of every length, around the ends of all types, with all that may stand before and behind them.
 TEST(IntFromStringTest, AgreesWithFromChars)
 {
-    std::mt19937_64 random(20261207);
-    const auto any = [&](std::initializer_list<const char*> choices)
-    { return choices.begin()[random() % choices.size()]; };
-    for (int i = 0; i < 100000; ++i)
-    {
-        std::string digits = std::to_string(random() >> random() % 64);
-        if (i % 2 == 0)
-            digits = std::to_string((uint64{1} << random() % 64) + random() % 5 - 2);
-        std::string text = any({"", "", "", " ", "\t\n ", "\v\f\r", "\b"});
-        text += any({"", "", "-", "-", "+", "--", "- "});
-        text += any({"", "", "", "0", "00000000000000000000000"});
-        text += random() % 16 == 0 ? "" : digits;
-        text += any({"", "", "", "", "aa", "9", ".5", "-", "\xB2", "00"});
-        ASSERT_TRUE(AgreesOnAllInts(text)) << '"' << text << '"';
-    }
+    ForEachSeed(1,
+                [](auto below)
+                {
+                    const auto any = [&](std::initializer_list<const char*> choices)
+                    { return choices.begin()[below(choices.size())]; };
+                    for (int i = 0; i < 100000; ++i)
+                    {
+                        std::string digits = std::to_string((below(UINT64_MAX) >> below(64)));
+                        if (i % 2 == 0)
+                            digits = std::to_string((uint64{1} << below(64)) + below(5) - 2);
+                        std::string text = any({"", "", "", " ", "\t\n ", "\v\f\r", "\b"});
+                        text += any({"", "", "-", "-", "+", "--", "- "});
+                        text += any({"", "", "", "0", "00000000000000000000000"});
+                        text += below(16) == 0 ? "" : digits;
+                        text += any({"", "", "", "", "aa", "9", ".5", "-", "\xB2", "00"});
+                        ASSERT_TRUE(AgreesOnAllInts(text)) << '"' << text << '"';
+                    }
+                });
     for (const char* pszText :
          {"18446744073709551615", "18446744073709551616", "9223372036854775807", "9223372036854775808",
           "-9223372036854775808", "-9223372036854775809", "4294967301", "-0", "-", " ", "",
@@ -270,21 +281,4 @@ TEST(TextIntoABuffer, BreaksWhereItDoesNotFit)
     EXPECT_EQ('#', acBuffer[4]);
     EXPECT_STREQ("", GetStringPlusString("1234", "56789", acBuffer));
     EXPECT_EQ(3, breaks.Take());
-}
-
-// A literal and an owned copy of it are one key.
-TEST_F(StringTest, IsAKeyOfTheContainers)
-{
-    const ZString owned(std::string_view("two"));
-    THashMap<ZString, int> hashed{{"one", 1}, {"two", 2}};
-    hashed.Insert(owned, 3);
-    EXPECT_EQ(2u, hashed.Size());
-    EXPECT_EQ(3, hashed.Find("two")->Value());
-    EXPECT_EQ(HashBytes("two", 3), HashKey(owned));
-
-    TMap<ZString, int> ordered{{"two", 2}, {"one", 1}};
-    ordered.Insert(owned, 3);
-    EXPECT_EQ(2u, ordered.Size());
-    EXPECT_EQ("one", ordered.Begin()->Key());
-    EXPECT_EQ(3, ordered["two"]);
 }

@@ -1,6 +1,6 @@
 // Types have one identity in the process whatever module names them, and their records do what they promise.
 #include "tests/support/breaks.h"
-#include "tests/support/journal.h"
+#include "tests/support/modeltest.h"
 #include "tests/support/usertypes.h"
 
 #include <cstring>

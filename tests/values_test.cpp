@@ -2,7 +2,7 @@
 #include "core/containers/hashset.h"
 #include "core/containers/set.h"
 #include "tests/support/breaks.h"
-#include "tests/support/journal.h"
+#include "tests/support/modeltest.h"
 
 #include <cmath>
 #include <iomanip>
@@ -197,22 +197,24 @@ TEST(LineReaders, AgreeWithAModelOnEveryShortText)
 
 TEST(LineReaders, AgreeWithAModelAtEveryBufferSize)
 {
-    std::mt19937 random(20261121);
-    const auto below = [&](uint64 n) { return random() % n; };
-    for (uint32 nSize = 3; nSize < 400; ++nSize)
-    {
-        std::string text;
-        const uint64 nLines = below(60);
-        for (uint64 i = 0; i < nLines; ++i)
-        {
-            // Lengths around one and two pieces.
-            const uint64 nLength = below(3) * (nSize - 1) + below(5);
-            text.append(nLength - std::min<uint64>(nLength, below(5)), "x\xFF\r"[below(3)]);
-            text += below(2) == 0 ? "\r\n" : "\n";
-        }
-        text.append(below(3), "x\r\n\0"[below(4)]);
-        ASSERT_TRUE(AgreesOnLines(text, nSize, below)) << nSize;
-    }
+    ForEachSeed(1,
+                [](auto below)
+                {
+                    for (uint32 nSize = 3; nSize < 400; ++nSize)
+                    {
+                        std::string text;
+                        const uint64 nLines = below(60);
+                        for (uint64 i = 0; i < nLines; ++i)
+                        {
+                            // Lengths around one and two pieces.
+                            const uint64 nLength = below(3) * (nSize - 1) + below(5);
+                            text.append(nLength - std::min<uint64>(nLength, below(5)), "x\xFF\r"[below(3)]);
+                            text += below(2) == 0 ? "\r\n" : "\n";
+                        }
+                        text.append(below(3), "x\r\n\0"[below(4)]);
+                        ASSERT_TRUE(AgreesOnLines(text, nSize, below)) << nSize;
+                    }
+                });
 }
 
 TEST(LineReaders, HandOutALineAsSoonAsItIsThere)

@@ -1,7 +1,7 @@
 // Variants own copies of values of any type, by the operations of the type; Format prints them.
 #include "core/values/guid.h"
 #include "tests/support/breaks.h"
-#include "tests/support/journal.h"
+#include "tests/support/modeltest.h"
 #include "tests/support/usertypes.h"
 
 KX_TYPE_SLOT(0, std::vector<int>);
@@ -177,4 +177,13 @@ TEST_F(Format, PrintsEveryType)
     EXPECT_EQ((Journal{"alloc 21/1", "free 21"}), TakeJournal());
     EXPECT_TRUE(ZString::Format("").IsEmpty());
     EXPECT_EQ(Journal{}, TakeJournal());
+
+    // A string that claims 2^30 characters: twice that is too long, before one of them is read.
+    ZString huge = "x";
+    const uint32 nWord = 0xC0000000;
+    std::memcpy(static_cast<void*>(&huge), &nWord, sizeof(nWord));
+    EXPECT_BREAK(ZString::Format("{0}{0}", huge));
+    BreakCounter breaks;
+    EXPECT_TRUE(ZString::Format("{0}{0}", huge).IsEmpty());
+    EXPECT_EQ(1, breaks.Take());
 }

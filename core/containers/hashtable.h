@@ -71,6 +71,8 @@ public:
     // node array, if there are any.
     ~THashTable()
     {
+        static_assert(alignof(TNode) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
+                      "hash containers: nodes are aligned to 16 bytes; keep elements of a wider alignment in a TMap");
         static_assert(sizeof(THashTable) == 32 && offsetof(TFields, m_pBuckets) == 16
                           && offsetof(TFields, m_nFreeHead) == offsetof(TFields, m_nSize) + 4
                           && offsetof(TFields, m_nBucketCount) == offsetof(TFields, m_nFreeHead) + 4,

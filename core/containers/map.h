@@ -131,7 +131,7 @@ private:
         return this->PositionOf(pNode);
     }
 
-    bool Differs(const TMap& other) const
+    bool Differs(const TMap& other) const requires std::equality_comparable<V>
     {
         if (this->Size() != other.Size())
             return true;

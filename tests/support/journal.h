@@ -4,10 +4,12 @@
 
 #include "core/memory/memorymanager.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 using Journal = std::vector<std::string>;
@@ -69,16 +71,16 @@ std::vector<int> Values(const TContainer& container)
     return values;
 }
 
-// Writes "alloc <bytes>/<alignment>", "free <bytes>" and "free null". Fresh and freed blocks are filled with rubbish,
-// and a block that it does not own fails the test.
+// Writes "alloc <bytes>/<alignment>", "free <bytes>" and "free null". Fresh and freed blocks are filled with rubbish. A
+// block that it does not own, and one that is never freed, ends the program, be it a test or a fuzzer's.
 class JournalAllocator : public IAllocator
 {
 public:
-    ~JournalAllocator() override { EXPECT_TRUE(m_blocks.empty()) << m_blocks.size() << " blocks were not freed"; }
+    ~JournalAllocator() override { Demand(m_blocks.empty(), "a block was not freed"); }
 
     void* Allocate(uint64 nSize, uint64 nAlignment, uint32 nReserved) override
     {
-        EXPECT_EQ(0u, nReserved);
+        Demand(nReserved == 0, "the third argument must be 0");
         g_journal.push_back("alloc " + std::to_string(nSize) + "/" + std::to_string(nAlignment));
         void* pMemory = m_heap.Allocate(nSize, nAlignment, 0);
         m_blocks[pMemory] = nSize;
@@ -90,7 +92,7 @@ public:
         const auto block = m_blocks.find(pMemory);
         if (block == m_blocks.end())
         {
-            EXPECT_EQ(nullptr, pMemory) << "a block of another allocator";
+            Demand(pMemory == nullptr, "a block of another allocator was freed");
             g_journal.push_back("free null");
             return;
         }
@@ -101,21 +103,14 @@ public:
     }
 
 private:
+    static void Demand(bool bCondition, const char* pszFault)
+    {
+        if (bCondition)
+            return;
+        std::fprintf(stderr, "JournalAllocator: %s\n", pszFault);
+        std::abort();
+    }
+
     ZMallocAllocator m_heap;
     std::map<void*, uint64> m_blocks;
-};
-
-// A test whose normal allocator writes into the journal.
-class JournalTest : public testing::Test
-{
-public:
-    JournalTest()
-    {
-        TakeJournal();
-        GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, &m_allocator);
-    }
-    ~JournalTest() override { GetMemoryManager()->UnInstallAllocator(ALLOCATOR_NORMAL); }
-
-protected:
-    JournalAllocator m_allocator;
 };
