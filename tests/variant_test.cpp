@@ -78,6 +78,8 @@ TEST_F(Variant, HoldsEveryType)
     const TArray<ZDynamicObject> elements = {1, 2};
     const ZVariant array(elements);
     EXPECT_TRUE(ZDynamicObject(array)[1] == 2);
+    const TArray<SDynamicObjectKeyValuePair> properties = {{"key", 42}};
+    EXPECT_TRUE(ZDynamicObject(ZVariant(properties))["key"] == 42);
     const ZDynamicObject tree = ZDynamicObject(array).PushBack(ZDynamicObject::Array().PushBack(3));
     EXPECT_TRUE(ZDynamicObject(tree) == tree);
     EXPECT_EQ(
@@ -104,6 +106,15 @@ TEST_F(Variant, SharesCellsAndGivesThemBack)
         GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, &m_allocator);
         for (int i = 0; i < 5000; ++i)
             EXPECT_EQ(i, numbers[static_cast<size_t>(i)].As<float64>());
+        const auto setMost = [&](const ZVariant& value)
+        {
+            for (size_t i = 0; i < 5000; ++i)
+                numbers[i] = i % 10 == 0 ? numbers[i] : value;
+        };
+        setMost(ZVariant());
+        TakeJournal();
+        setMost(ZVariant(2.0));
+        EXPECT_EQ(Journal{}, TakeJournal()) << "the free cells of all chunks are used again";
         numbers.erase(numbers.begin(), numbers.begin() + 4990);
         TakeJournal();
     }
