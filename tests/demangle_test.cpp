@@ -136,6 +136,8 @@ TEST(Demangle, BoundsTheDepthAndTheText)
     // A name of any length that leaves room for the text to be put together.
     EXPECT_EQ(16002u, Demangled("?x@@3V" + std::string(16000, 'a') + "@@A", false).size());
     EXPECT_FALSE(IsRead(Demangled("?x@@3V" + std::string(32768, 'a') + "@@A", false)));
+    for (size_t nLength = 32700; nLength < 32768; ++nLength)
+        EXPECT_TRUE(IsDemangledSoundly("?x@@3V?$" + std::string(nLength, 'a') + "@$0BAAAAAAA@@@A", 100)) << nLength;
 }
 
 TEST(Demangle, TakesItsTextFromAnywhere)

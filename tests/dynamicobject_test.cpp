@@ -34,9 +34,9 @@ TEST(DynamicObjectSize, AnyDepth)
     ZDynamicObject tree, other;
     for (int i = 0; i < kDepth; ++i)
     {
-        tree = i % 2 == 0 ? ZDynamicObject::Array().PushBack(std::move(tree))
+        tree = i % 3 == 1 ? ZDynamicObject::Array().PushBack(std::move(tree))
                           : ZDynamicObject::Object().Set("child", std::move(tree));
-        other = i % 2 == 0 ? ZDynamicObject::Array().PushBack(std::move(other))
+        other = i % 3 == 1 ? ZDynamicObject::Array().PushBack(std::move(other))
                            : ZDynamicObject::Object().Set("child", std::move(other));
     }
     ZDynamicObject copy = tree;
@@ -48,7 +48,7 @@ TEST(DynamicObjectSize, AnyDepth)
     *pInnermost = 1;
     EXPECT_FALSE(copy == tree) << "they differ at the very bottom";
     copy = ZDynamicObject(copy["child"]);
-    EXPECT_TRUE(copy.IsArray());
+    EXPECT_TRUE(copy.IsObject());
 }
 
 TEST(DynamicObjectSize, AnyWidth)
@@ -67,6 +67,29 @@ TEST(DynamicObjectSize, AnyWidth)
     EXPECT_TRUE(object.Remove("property 50000"));
     EXPECT_TRUE(object.Validate());
     EXPECT_FALSE(copy == object);
+    EXPECT_FALSE(object.Set("another", 50000) == copy) << "as many, of other names";
+    EXPECT_FALSE(ZDynamicObject::Array().PushBack(1) == ZDynamicObject::Array().PushBack(1).PushBack(1));
+}
+
+// Removed at random, the last one found in no index.
+TEST_F(DynamicObject, FindsWhatIsLeftOfMany)
+{
+    ForEachSeed(5,
+                [](auto below)
+                {
+                    ZDynamicObject object;
+                    std::vector<ZString> keys;
+                    for (int i = 0; i < 150; ++i)
+                        object.Set(keys.emplace_back(ZString::Format("property {0}", i)), i);
+                    while (!keys.empty())
+                    {
+                        const size_t nKey = below(keys.size());
+                        ASSERT_TRUE(object.Remove(keys[nKey]));
+                        ASSERT_FALSE(object.Contains(keys[nKey]));
+                        keys.erase(keys.begin() + static_cast<std::ptrdiff_t>(nKey));
+                        ASSERT_TRUE(object.Validate() && object.Size() == keys.size());
+                    }
+                });
 }
 
 // -- Numbers

@@ -1,65 +1,10 @@
-// Every container with elements of every kind that it takes, and every container whose fields have been overwritten.
+// Every container with strings as its elements, and containers whose fields have been overwritten.
 #include "core/strings/string.h"
 #include "tests/support/breaks.h"
 #include "tests/support/hashmodel.h"
 #include "tests/support/modeltest.h"
 #include "tests/support/orderedmodel.h"
 #include "tests/support/sequencemodel.h"
-
-namespace
-{
-// Can be copied and destroyed and ordered, and nothing else.
-struct SMinimal
-{
-    SMinimal() = delete;
-    SMinimal(const SMinimal& other) : m_nValue(other.m_nValue) {}
-    SMinimal& operator=(const SMinimal& other)
-    {
-        m_nValue = other.m_nValue;
-        return *this;
-    }
-    ~SMinimal() {}
-    bool operator<(const SMinimal& other) const { return m_nValue < other.m_nValue; }
-    void operator&() const = delete;
-
-    int m_nValue;
-};
-
-struct SMinimalPolicy
-{
-    static uint32 Hash(const SMinimal& key) { return static_cast<uint32>(key.m_nValue); }
-    static bool Equals(const SMinimal& left, const SMinimal& right) { return left.m_nValue == right.m_nValue; }
-};
-
-struct alignas(64) SWide
-{
-    bool operator<(const SWide& other) const { return m_nValue < other.m_nValue; }
-    int m_nValue;
-};
-} // namespace
-
-template class TArray<SMinimal>;
-template class TMaxArray<SMinimal, 3>;
-template class TBlockArray<SMinimal>;
-template class TList<SMinimal>;
-template class TSList<SMinimal>;
-template class TRedBlackTree<SMinimal>;
-template class TSet<SMinimal>;
-template class TMultiSet<SMinimal>;
-template class TMap<SMinimal, SMinimal>;
-template class TMultiMap<SMinimal, SMinimal>;
-template class THashMap<SMinimal, SMinimal, SMinimalPolicy>;
-template class TMultiHashMap<SMinimal, SMinimal, SMinimalPolicy>;
-template class THashSet<SMinimal, SMinimalPolicy>;
-
-template class TArray<SWide>;
-template class TMaxArray<SWide, 3>;
-template class TMultiSet<SWide>;
-template class TSet<SWide>;
-template class TMap<SWide, SWide>;
-template class TMultiMap<SWide, SWide>;
-
-template class TSet<TKeyValuePair<int, int>>;
 
 template <class TContainer>
 class KindsTest : public JournalTest

@@ -26,6 +26,8 @@ void BreaksOutside(TArrayLike& array)
     EXPECT_BREAK(array.Erase(2));
     EXPECT_BREAK(array.Erase(-nOne));
 
+    EXPECT_EQ(2, std::as_const(array)[1]);
+
     // Resumed, the reference is to what lies behind, and erasing there takes the last element away.
     BreakCounter breaks;
     EXPECT_EQ(array.End(), &array[2]);

@@ -83,6 +83,9 @@ TEST(StackStrings, FloatsAreCutNotRounded)
     ZStackString<256> string;
     string.appendFloat(-0.0f, 'f', 2).appendFloat(-1e-9f, 'f', 2).appendFloat(2.99f, 'f', 0).appendFloat(-0.0f, 'e', 1);
     EXPECT_STREQ("0.00-0.0020.0e+000", string.get());
+    string.clear();
+    string.appendFloat(INFINITY, 'f', 2).appendFloat(-INFINITY, 'e', 2).appendFloat(-NAN, 'f', 2);
+    EXPECT_STREQ("inf-infnan", string.get());
     EXPECT_BREAK(string.appendFloat(1.5f, 'g', 1));
     BreakCounter breaks;
     string.clear();

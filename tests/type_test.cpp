@@ -169,6 +169,10 @@ TEST_F(TypeOperations, OfAnElement)
     operations.Assign(acStorage, acStorage);
     EXPECT_TRUE(operations.Equals(acStorage, &source));
     operations.Destruct(acStorage);
+    SVertex vertex{1, 2, 3};
+    GetType<SVertex>()->m_pOperations->Construct(nullptr);
+    GetType<SVertex>()->m_pOperations->Construct(&vertex);
+    EXPECT_EQ(SVertex(), vertex);
     EXPECT_EQ((Journal{"new 7", "copy 7", "7 = copy 7", "delete 7"}), TakeJournal());
 }
 

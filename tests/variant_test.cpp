@@ -78,6 +78,8 @@ TEST_F(Variant, HoldsEveryType)
     const TArray<ZDynamicObject> elements = {1, 2};
     const ZVariant array(elements);
     EXPECT_TRUE(ZDynamicObject(array)[1] == 2);
+    const TArray<SDynamicObjectKeyValuePair> properties = {{"key", 42}};
+    EXPECT_TRUE(ZDynamicObject(ZVariant(properties))["key"] == 42);
     const ZDynamicObject tree = ZDynamicObject(array).PushBack(ZDynamicObject::Array().PushBack(3));
     EXPECT_TRUE(ZDynamicObject(tree) == tree);
     EXPECT_EQ(
@@ -96,14 +98,22 @@ TEST_F(Variant, SharesCellsAndGivesThemBack)
         EXPECT_LE(first.size(), 5u);
         JournalAllocator other;
         GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, &other);
-        {
-            const ZVariant elsewhere(1.0);
-            EXPECT_LE(TakeJournal().size(), 1u);
-        }
-        TakeJournal();
+        ZVariant elsewhere(1.0);
+        EXPECT_EQ(Journal{"alloc 8192/8192"}, TakeJournal());
         GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, &m_allocator);
+        elsewhere = ZVariant(2.0);
+        EXPECT_EQ(Journal{"free 8192"}, TakeJournal()) << "a value lies in a chunk of its own allocator";
         for (int i = 0; i < 5000; ++i)
             EXPECT_EQ(i, numbers[static_cast<size_t>(i)].As<float64>());
+        const auto setMost = [&](const ZVariant& value)
+        {
+            for (size_t i = 0; i < 5000; ++i)
+                numbers[i] = i % 10 == 0 ? numbers[i] : value;
+        };
+        setMost(ZVariant());
+        TakeJournal();
+        setMost(ZVariant(2.0));
+        EXPECT_EQ(Journal{}, TakeJournal()) << "the free cells of all chunks are used again";
         numbers.erase(numbers.begin(), numbers.begin() + 4990);
         TakeJournal();
     }

@@ -327,7 +327,7 @@ bool StepElement(TSequence& sequence, TModel& model, SArguments<TElement>& argum
         TElement& value = nFrom == TModel::kNone ? arguments.m_value : *At(sequence, nFrom);
         if constexpr (requires { sequence.Add(value); })
         {
-            if (nPos == nSize)
+            if (nPos == nSize && below(2) == 0)
             {
                 const TElement* pAdded = &(bMove ? sequence.Add(std::move(value)) : sequence.Add(std::as_const(value)));
                 return pAdded == &*At(sequence, nPos);

@@ -144,6 +144,10 @@ public:
                 StepByPath(*pModel, path, key, below);
             break;
         default: // a look at what is not there changes nothing, nor does writing to it
+            ZDynamicObject found(7);
+            ModelNode* pFound = pModel->Find(key);
+            m_bAgrees &= pNode->TryGet(name, found) == (pFound != nullptr)
+                         && (pFound != nullptr ? Agrees(*pFound, found) : found == 7);
             if (pModel->Find("missing") == nullptr)
             {
                 pNode->Get("missing").Set("key", 1).Get("missing") = 2;
