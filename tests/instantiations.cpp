@@ -16,7 +16,7 @@ namespace
 struct SMinimal
 {
     SMinimal() = delete;
-    SMinimal(const SMinimal& other) : m_nValue(other.m_nValue) {}
+    SMinimal(const SMinimal& other) noexcept : m_nValue(other.m_nValue) {}
     SMinimal& operator=(const SMinimal& other)
     {
         m_nValue = other.m_nValue;

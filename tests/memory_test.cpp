@@ -7,8 +7,6 @@
 
 namespace
 {
-constexpr uint32 kOwn = 7;
-
 ZMemoryManager& Manager()
 {
     return *GetMemoryManager();
@@ -34,26 +32,19 @@ std::ptrdiff_t TableOffset(TFunction function)
 }
 } // namespace
 
-TEST(MemoryManager, SecondInstallReplacesTheFirst)
+TEST(MemoryManager, EveryIdentityTakesAnAllocatorAndThenAnother)
 {
-    ZMallocAllocator first;
-    ZMallocAllocator second;
-    Manager().InstallAllocator(kOwn, &first);
-    Manager().InstallAllocator(kOwn, &second);
-    EXPECT_EQ(&second, Manager().GetAllocator(kOwn));
-    Manager().InstallAllocator(kOwn, nullptr);
-    EXPECT_EQ(nullptr, Manager().GetAllocator(kOwn));
-}
-
-TEST(MemoryManager, EveryIdentityOfTheTableIsUsable)
-{
-    ZMallocAllocator allocator;
+    ZMallocAllocator first, second;
     for (uint32 nIdentity = 0; nIdentity < ZMemoryManager::kIdentities; ++nIdentity)
     {
         EXPECT_EQ(nullptr, Manager().GetAllocator(nIdentity));
-        Manager().InstallAllocator(nIdentity, &allocator);
-        EXPECT_EQ(&allocator, Manager().GetAllocator(nIdentity));
-        Manager().UnInstallAllocator(nIdentity);
+        for (ZMallocAllocator* pAllocator : {&first, &second})
+        {
+            Manager().InstallAllocator(nIdentity, pAllocator);
+            EXPECT_EQ(pAllocator, Manager().GetAllocator(nIdentity));
+        }
+        nIdentity % 2 == 0 ? Manager().UnInstallAllocator(nIdentity) : Manager().InstallAllocator(nIdentity, nullptr);
+        EXPECT_EQ(nullptr, Manager().GetAllocator(nIdentity));
     }
 }
 

@@ -187,22 +187,6 @@ TEST_F(SequenceTest, BlockArrayBreaksOnWhatIsNotThere)
     EXPECT_EQ(4, *last) << "blocks stay, and the first one is used again";
 }
 
-// The first element goes to the last slot of the ring, so the run is wrapped from the start; the 114th one would enter
-// the block of the first and grows the table instead.
-TEST_F(SequenceTest, BlockArrayGrowsOnTheEdgeOfABlock)
-{
-    TBlockArray<int> array;
-    std::vector<const int*> elements;
-    for (int i = 0; i < 113; ++i)
-        elements.push_back(&*array.Insert(array.End(), i));
-    EXPECT_EQ(9u, TakeJournal().size() - 1) << "a table, free null, and 8 blocks";
-    array.Insert(array.End(), 113);
-    EXPECT_EQ((Journal{"alloc 96/16", "free 64", "alloc 64/16"}), TakeJournal());
-    for (size_t i = 0; i < elements.size(); ++i)
-        EXPECT_EQ(elements[i], &array[i]) << "elements stay where they are";
-    EXPECT_EQ(TBlockArray<int>().End(), array.End());
-}
-
 TEST_F(SequenceTest, ListsDifferInWhereAValueAloneGoes)
 {
     TList<int> list;

@@ -156,7 +156,7 @@ private:
             MoveAssign(otherModel, empty);
             empty.Die();
             container = std::move(other);
-            bAgrees = i == j || (other.IsEmpty() && other.Validate());
+            bAgrees = i == j || (other.IsEmpty() && other.Validate()); // NOLINT(bugprone-use-after-move)
             other = TContainer();
             break;
         }

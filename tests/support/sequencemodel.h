@@ -182,7 +182,7 @@ struct BlockArrayModel : SequenceModel<Logged>
     void Use(size_t nBlock)
     {
         if (!m_blocks[nBlock])
-            ExpectAllocation(16 * 4, 16);
+            ExpectAllocation(size_t{16} * 4, 16);
         m_blocks[nBlock] = true;
     }
     void BackSlot()
@@ -251,7 +251,7 @@ struct BlockArrayModel : SequenceModel<Logged>
     {
         Clear();
         for (const bool bUsed : m_blocks)
-            ExpectFree(bUsed ? 16 * 4 : 0);
+            ExpectFree(bUsed ? size_t{16} * 4 : 0);
         if (!m_blocks.empty())
             ExpectFree(m_blocks.size() * sizeof(void*));
     }
