@@ -85,7 +85,7 @@ TEST_F(OrderedTest, PlacesOverAlignedElements)
         EXPECT_EQ(i, values.Current().m_nValue);
     }
     EXPECT_FALSE(values.MoveNext());
-    EXPECT_TRUE((TSet<Wide>{{2}, {1}}.Validate()));
+    EXPECT_TRUE((TSet<Wide>{{2}, {1}}.Validate() && TMultiSet<Wide>{{2}, {1}, {1}}.Validate()));
 }
 
 TEST_F(OrderedTest, ValidateSeesWhatIsBroken)
