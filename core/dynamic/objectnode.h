@@ -76,7 +76,7 @@ struct SObjectNode
     TArray<SDynamicObjectKeyValuePair> m_properties;
     SObjectNode* m_pNext = nullptr;
     const SObjectNode* m_pSource = nullptr;
-    ZPropertyIndex m_index;
+    ZPropertyIndex m_index = {};
 };
 
 // The first step of a tree's walk, for those that are no variant's members.

@@ -43,6 +43,13 @@ void FreeValue(const STypeID& type, void* pData)
         GetNormalAllocator()->Free(pData);
 }
 
+// A node with room for a copy of the source.
+template <class TNode, class T>
+TNode* NewNode(const TArray<T>& source)
+{
+    return ::new (ZCellPool::For(sizeof(TNode)).Allocate()) TNode{TArray<T>(uint64{source.Size()})};
+}
+
 // Copies the value that a variant holds. A node stays empty and joins the unfilled ones.
 inline void* CopyHeld(const STypeID& type, const void* pValue, SUnfilled& unfilled)
 {
@@ -58,15 +65,17 @@ inline void* CopyHeld(const STypeID& type, const void* pValue, SUnfilled& unfill
         return ::new (ZCellPool::For(sizeof(ZString)).Allocate()) ZString(*static_cast<const ZString*>(pValue));
     case EStorage::Array:
     {
-        SArrayNode* pNode = ::new (ZCellPool::For(sizeof(SArrayNode)).Allocate()) SArrayNode;
-        pNode->m_pSource = static_cast<const SArrayNode*>(pValue);
+        const SArrayNode* pSource = static_cast<const SArrayNode*>(pValue);
+        SArrayNode* pNode = NewNode<SArrayNode>(pSource->m_elements);
+        pNode->m_pSource = pSource;
         pNode->m_pNext = std::exchange(unfilled.m_pArrays, pNode);
         return pNode;
     }
     case EStorage::Object:
     {
-        SObjectNode* pNode = ::new (ZCellPool::For(sizeof(SObjectNode)).Allocate()) SObjectNode;
-        pNode->m_pSource = static_cast<const SObjectNode*>(pValue);
+        const SObjectNode* pSource = static_cast<const SObjectNode*>(pValue);
+        SObjectNode* pNode = NewNode<SObjectNode>(pSource->m_properties);
+        pNode->m_pSource = pSource;
         pNode->m_pNext = std::exchange(unfilled.m_pObjects, pNode);
         return pNode;
     }
@@ -142,21 +151,27 @@ void* CopyPlain(const STypeID& type, const void* pValue)
     {
     case EStorage::Word:
     {
+        // Most are numbers of eight bytes; for those the copy is one instruction.
         uint64 nWord = 0;
-        std::memcpy(&nWord, pValue, type.m_nSize);
+        if (type.m_nSize == sizeof(nWord)) [[likely]]
+            std::memcpy(&nWord, pValue, sizeof(nWord));
+        else
+            std::memcpy(&nWord, pValue, type.m_nSize);
         return ::new (ZCellPool::For(sizeof(uint64)).Allocate()) uint64(nWord);
     }
     case EStorage::Array:
     {
-        SArrayNode* pNode = ::new (ZCellPool::For(sizeof(SArrayNode)).Allocate()) SArrayNode;
-        FillArray(pNode->m_elements, *static_cast<const TArray<ZDynamicObject>*>(pValue), unfilled);
+        const auto& source = *static_cast<const TArray<ZDynamicObject>*>(pValue);
+        SArrayNode* pNode = NewNode<SArrayNode>(source);
+        FillArray(pNode->m_elements, source, unfilled);
         FillAll(unfilled);
         return pNode;
     }
     case EStorage::Object:
     {
-        SObjectNode* pNode = ::new (ZCellPool::For(sizeof(SObjectNode)).Allocate()) SObjectNode;
-        FillObject(pNode->m_properties, *static_cast<const TArray<SDynamicObjectKeyValuePair>*>(pValue), unfilled);
+        const auto& source = *static_cast<const TArray<SDynamicObjectKeyValuePair>*>(pValue);
+        SObjectNode* pNode = NewNode<SObjectNode>(source);
+        FillObject(pNode->m_properties, source, unfilled);
         pNode->m_index.Build(pNode->m_properties);
         FillAll(unfilled);
         return pNode;
