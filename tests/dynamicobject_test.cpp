@@ -175,6 +175,10 @@ TEST_F(DynamicObject, StoresIdentifiersAsText)
     EXPECT_TRUE(ofGuid == "6faa7ec1-2a3b-4ca8-a09d-33bab9a8fa0d");
     EXPECT_TRUE(ofGuid == guid);
     EXPECT_FALSE(ofGuid.IsValue<ZRuntimeResourceID>() && ofGuid == ZRuntimeResourceID::Create(7));
+    TakeJournal();
+    EXPECT_TRUE(ofGuid.IsValue<ZGuid>());
+    EXPECT_TRUE(ofGuid.IsValue<ZRuntimeResourceID>()) << "a number is what a text begins with";
+    EXPECT_EQ(Journal{}, TakeJournal()) << "a question is no reason to allocate";
     EXPECT_FALSE(ZDynamicObject("no guid").IsValue<ZGuid>());
     EXPECT_FALSE(ZDynamicObject(1).IsValue<ZGuid>());
 

@@ -27,7 +27,6 @@ void MakeRoom(TArray<T>& array)
     if (array.Size() == array.Capacity())
         array.Reserve(std::max<uint64>(4, uint64{array.Capacity()} * 2));
 }
-
 } // namespace
 
 ZDynamicObject ZDynamicObject::Object()

@@ -63,6 +63,10 @@ concept DynamicValue = requires
     &TDynamicValue<T>::Store;
 };
 
+// What a dynamic object can be made of: those, C strings, variants and dynamic objects.
+template <class T>
+concept DynamicSource = std::constructible_from<ZDynamicObject, T&&>;
+
 class KX_API ZDynamicObject : public ZVariant
 {
 public:
@@ -165,13 +169,14 @@ public:
 
     // Appends; constant time on average. The argument may be a part of this tree. On a temporary the result may be
     // moved from, so a tree that is built by a chain of calls is not copied.
-    template <class T>
-    requires std::constructible_from<ZDynamicObject, T&&> ZDynamicObject& PushBack(T&& value) &
+    template <DynamicSource T>
+    ZDynamicObject& PushBack(T&& value) &
     {
         return Append(ZDynamicObject(std::forward<T>(value)));
     }
-    template <class T>
-    requires std::constructible_from<ZDynamicObject, T&&> ZDynamicObject && PushBack(T&& value) && {
+    template <DynamicSource T>
+    ZDynamicObject&& PushBack(T&& value) &&
+    {
         return std::move(Append(ZDynamicObject(std::forward<T>(value))));
     }
 
@@ -233,13 +238,14 @@ public:
 
     // Replaces the property, or adds it behind the others. The value may be a part of this tree. On a temporary as
     // PushBack.
-    template <class T>
-    requires std::constructible_from<ZDynamicObject, T&&> ZDynamicObject& Set(const ZString& key, T&& value) &
+    template <DynamicSource T>
+    ZDynamicObject& Set(const ZString& key, T&& value) &
     {
         return Store(key, ZDynamicObject(std::forward<T>(value)));
     }
-    template <class T>
-    requires std::constructible_from<ZDynamicObject, T&&> ZDynamicObject && Set(const ZString& key, T&& value) && {
+    template <DynamicSource T>
+    ZDynamicObject&& Set(const ZString& key, T&& value) &&
+    {
         return std::move(Store(key, ZDynamicObject(std::forward<T>(value))));
     }
     using ZVariant::Set;
@@ -267,8 +273,7 @@ public:
 
     // Stores the value at the path, whatever is there, or adds the last step to the object that the others lead to.
     // False, and nothing is changed, where there is no such object.
-    template <class T>
-    requires std::constructible_from<ZDynamicObject, T&&>
+    template <DynamicSource T>
     bool TrySetPath(const ZString& path, T&& value)
     {
         return TrySetPathImpl(path, ZDynamicObject(std::forward<T>(value)));
@@ -478,7 +483,7 @@ struct TDynamicValue<ZGuid>
     static bool Is(const ZDynamicObject& object)
     {
         ZGuid guid;
-        return object.IsValue<ZString>() && guid.FromString(object.GetValue<ZString>());
+        return object.IsValue<ZString>() && guid.FromString(*static_cast<const ZString*>(object.Data()));
     }
     static ZGuid Get(const ZDynamicObject& object)
     {

@@ -16,7 +16,8 @@ struct TDynamicValue<ZRuntimeResourceID>
     static bool Is(const ZDynamicObject& object)
     {
         uint64 nNumber = 0;
-        return object.IsValue<ZString>() && IntFromString(object.GetValue<ZString>().ToCString(), &nNumber);
+        return object.IsValue<ZString>()
+               && IntFromString(static_cast<const ZString*>(object.Data())->ToCString(), &nNumber);
     }
 
     // The identity of no resource where the text is no number.
