@@ -150,7 +150,7 @@ TEST_F(OrderedTest, BreaksOnAViolatedPrecondition)
     EXPECT_EQ(1, breaks.Take());
     NodeAt(moved.End())->m_pChild[0] = pRoot;
     EXPECT_TRUE(moved.Validate());
-#ifndef __SANITIZE_ADDRESS__
+#ifndef KX_TEST_SANITIZED
     const int* volatile pValue = &std::as_const(map)[3];
     EXPECT_EQ(nullptr, pValue);
     EXPECT_EQ(1, breaks.Take());

@@ -25,6 +25,7 @@ void BreaksOutside(TArrayLike& array)
     EXPECT_BREAK(array.Erase(pNull));
     EXPECT_BREAK(array.Erase(2));
     EXPECT_BREAK(array.Erase(-nOne));
+    EXPECT_BREAK(array.Erase(uint64{1} << (31 + nOne)));
 
     EXPECT_EQ(2, std::as_const(array)[1]);
 
