@@ -1,83 +1,36 @@
-// A dynamic object beside a plain model of it. Tests drive the two with random numbers, fuzzers with the bytes that
-// they are given.
+// A dynamic object beside a JSON document of another library. Tests drive the two with random numbers, fuzzers with the
+// bytes that they are given.
 #pragma once
 
 #include "core/dynamic/dynamicobject.h"
 
-#include <algorithm>
+#include <nlohmann/json.hpp>
 #include <string>
-#include <variant>
+#include <tuple>
 #include <vector>
-
-struct ModelNode;
-struct ModelProperty;
-using ModelArray = std::vector<ModelNode>;
-using ModelObject = std::vector<ModelProperty>;
-
-struct ModelNode
-{
-    std::variant<std::monostate, double, bool, std::string, ModelArray, ModelObject> m_value;
-
-    ModelArray* Array() { return std::get_if<ModelArray>(&m_value); }
-    ModelObject* Object() { return std::get_if<ModelObject>(&m_value); }
-    bool IsNull() const { return m_value.index() == 0; }
-
-    ModelNode* Find(const std::string& key);
-    ModelNode& FindOrAdd(const std::string& key);
-};
-
-struct ModelProperty
-{
-    std::string m_key;
-    ModelNode m_node;
-};
-
-inline ModelNode* ModelNode::Find(const std::string& key)
-{
-    if (Object() == nullptr)
-        return nullptr;
-    const auto found = std::find_if(Object()->begin(), Object()->end(),
-                                    [&](ModelProperty& property) { return property.m_key == key; });
-    return found != Object()->end() ? &found->m_node : nullptr;
-}
-
-inline ModelNode& ModelNode::FindOrAdd(const std::string& key)
-{
-    if (ModelNode* pNode = Find(key))
-        return *pNode;
-    return Object()->emplace_back(ModelProperty{key, ModelNode()}).m_node;
-}
 
 class ModelledTree
 {
+    using Model = nlohmann::ordered_json;
+
 public:
     // One operation on a node of the tree; below(n) gives the next number in [0, n).
     template <class TBelow>
     void Step(TBelow&& below)
     {
         // Down to some node, and the path to it as far as the steps are keys.
-        ModelNode* pModel = &m_model;
+        Model* pModel = &m_model;
         ZDynamicObject* pNode = &m_tree;
         std::string path;
         bool bKeysOnly = true;
-        while (below(4) != 0)
+        while (below(4) != 0 && pModel->is_structured() && !pModel->empty())
         {
-            if (pModel->Array() != nullptr && !pModel->Array()->empty())
-            {
-                const size_t i = below(pModel->Array()->size());
-                pNode = &pNode->GetArrayContainer()[i];
-                pModel = &(*pModel->Array())[i];
-                bKeysOnly = false;
-            }
-            else if (pModel->Object() != nullptr && !pModel->Object()->empty())
-            {
-                auto& [key1, child] = (*pModel->Object())[below(pModel->Object()->size())];
-                path += (pModel == &m_model ? "" : ".") + key1;
-                pNode = &pNode->Get(ZString(key1));
-                pModel = &child;
-            }
-            else
-                break;
+            const size_t i = below(pModel->size());
+            const auto child = std::next(pModel->begin(), static_cast<std::ptrdiff_t>(i));
+            bKeysOnly &= pModel->is_object();
+            path += pModel->is_object() ? (path.empty() ? "" : ".") + child.key() : "";
+            pNode = pModel->is_object() ? &pNode->Get(ZString(child.key())) : &pNode->GetArrayContainer()[i];
+            pModel = &*child;
         }
 
         const std::string key = "key" + std::to_string(below(3) == 0 ? below(200) : below(8));
@@ -88,43 +41,34 @@ public:
         case 1:
         case 2:
         case 3:
-            if (pModel->IsNull())
-                pModel->m_value = ModelObject();
-            if (pModel->Object() != nullptr)
+            if (pModel->is_null() || pModel->is_object())
             {
                 auto [model, value] = MakeValue(below);
-                pModel->FindOrAdd(key) = model;
+                (*pModel)[key] = model;
                 pNode->Set(name, std::move(value));
             }
             break;
         case 4:
         case 5:
-            if (pModel->IsNull())
-                pModel->m_value = ModelArray();
-            if (pModel->Array() != nullptr)
+            if (pModel->is_null() || pModel->is_array())
             {
                 auto [model, value] = MakeValue(below);
-                pModel->Array()->push_back(model);
+                pModel->push_back(model);
                 pNode->PushBack(value);
             }
             break;
         case 6:
-        {
-            auto [model, value] = MakeValue(below);
-            *pModel = model;
-            *pNode = value;
+            std::tie(*pModel, *pNode) = MakeValue(below);
             break;
-        }
         case 7:
-            m_bAgrees &= pNode->Remove(name) == (pModel->Find(key) != nullptr);
-            if (pModel->Object() != nullptr)
-                std::erase_if(*pModel->Object(), [&](ModelProperty& property) { return property.m_key == key; });
+            m_bAgrees &= pNode->Remove(name) == pModel->contains(key);
+            if (pModel->is_object())
+                pModel->erase(key);
             break;
         case 8: // a part takes the place of the whole that it is a part of, copied or moved
-            if (ModelNode* pChild = pModel->Find(key))
+            if (pModel->contains(key))
             {
-                const ModelNode child = *pChild;
-                *pModel = child;
+                *pModel = Model((*pModel)[key]);
                 if (below(2) == 0)
                     *pNode = pNode->Get(name);
                 else
@@ -132,10 +76,9 @@ public:
             }
             break;
         case 9: // and the whole becomes a part of itself
-            if (pModel->Object() != nullptr && Count(*pModel) < 50)
+            if (pModel->is_object() && pModel->dump().size() < 1000)
             {
-                const ModelNode whole = *pModel;
-                pModel->FindOrAdd(key) = whole;
+                (*pModel)[key] = Model(*pModel);
                 pNode->Set(name, *pNode);
             }
             break;
@@ -145,152 +88,109 @@ public:
             break;
         default: // a look at what is not there changes nothing, nor does writing to it
             ZDynamicObject found(7);
-            ModelNode* pFound = pModel->Find(key);
-            m_bAgrees &= pNode->TryGet(name, found) == (pFound != nullptr)
-                         && (pFound != nullptr ? Agrees(*pFound, found) : found == 7);
-            if (pModel->Find("missing") == nullptr)
-            {
-                pNode->Get("missing").Set("key", 1).Get("missing") = 2;
-                pNode->Get("missing").PushBack(1);
-                m_bAgrees &= pNode->Get("missing").IsNull() && std::as_const(*pNode)["missing"]["key"].IsNull();
-            }
+            const bool bThere = pModel->contains(key);
+            m_bAgrees &= pNode->TryGet(name, found) == bThere && Agrees(bThere ? (*pModel)[key] : Model(7), found);
+            pNode->Get("missing").Set("key", 1).Get("missing") = 2;
+            pNode->Get("missing").PushBack(1);
+            m_bAgrees &= pNode->Get("missing").IsNull() && std::as_const(*pNode)["missing"]["key"].IsNull();
         }
     }
 
     // Whether the tree, read in every way, is the model; and so its copies.
-    bool Agrees()
+    bool Agrees() const
     {
         const ZDynamicObject copy = m_tree;
-        ZDynamicObject shuffled;
         return m_bAgrees && Agrees(m_model, m_tree) && Agrees(m_model, copy) && copy == m_tree
-               && Reversed(m_tree, shuffled) == copy && Count(m_model) < 100000;
+               && Reversed(m_tree) == copy;
     }
 
 private:
     template <class TBelow>
-    static std::pair<ModelNode, ZDynamicObject> MakeValue(TBelow&& below)
+    static std::pair<Model, ZDynamicObject> MakeValue(TBelow&& below)
     {
-        ModelNode model;
-        switch (below(7))
+        const uint64 nKind = below(7);
+        if (nKind < 3)
+            return nKind == 0   ? std::pair(Model(), ZDynamicObject())
+                   : nKind == 1 ? std::pair(Model::array(), ZDynamicObject::Array())
+                                : std::pair(Model::object(), ZDynamicObject::Object());
+        if (nKind == 3)
+            return below(2) == 0 ? std::pair(Model(true), ZDynamicObject(true))
+                                 : std::pair(Model(false), ZDynamicObject(false));
+        if (nKind == 4)
         {
-        case 0:
-            return {model, ZDynamicObject::Null()};
-        case 1:
-            model.m_value = ModelArray();
-            return {model, ZDynamicObject::Array()};
-        case 2:
-            model.m_value = ModelObject();
-            return {model, ZDynamicObject::Object()};
-        case 3:
-            model.m_value = below(2) == 0;
-            return {model, ZDynamicObject(std::get<bool>(model.m_value))};
-        case 4:
-            model.m_value = std::string(below(40), 'x');
-            return {model, ZDynamicObject(std::get<std::string>(model.m_value).c_str())};
-        default:
-            const int nNumber = static_cast<int>(below(1000)) - 500;
-            model.m_value = static_cast<double>(nNumber);
-            return {model, ZDynamicObject(nNumber)};
+            const std::string text(below(40), 'x');
+            return {text, text.c_str()};
         }
+        const int nNumber = static_cast<int>(below(1000)) - 500;
+        return {nNumber, nNumber};
     }
 
     template <class TBelow>
-    void StepByPath(ModelNode& model, const std::string& path, const std::string& key, TBelow&& below)
+    void StepByPath(Model& model, const std::string& path, const std::string& key, TBelow&& below)
     {
         ZDynamicObject result(7);
         m_bAgrees &= m_tree.TryGetPath(ZString(path), result) && Agrees(model, result);
         const ZString below1(path.empty() ? key : path + "." + key);
-        m_bAgrees &= m_tree.TryGetPath(below1, result) == (model.Find(key) != nullptr);
+        m_bAgrees &= m_tree.TryGetPath(below1, result) == model.contains(key);
 
-        auto [value, object] = MakeValue(below);
+        const auto [value, object] = MakeValue(below);
         const bool bSet = m_tree.TrySetPath(below1, object);
-        m_bAgrees &= bSet == (model.Object() != nullptr);
+        m_bAgrees &= bSet == model.is_object();
         if (bSet)
-            model.FindOrAdd(key) = value;
+            model[key] = value;
         else
             m_bAgrees &= !m_tree.TryUpdatePath(below1, [](ZDynamicObject&) { return true; });
         m_bAgrees &= m_tree.TryUpdatePath(ZString(path), [&](ZDynamicObject& node) { return Agrees(model, node); });
     }
 
-    static size_t Count(ModelNode& model)
+    static bool Agrees(const Model& model, const ZDynamicObject& node)
     {
-        size_t nCount = 1;
-        if (model.Array() != nullptr)
-        {
-            for (ModelNode& node : *model.Array())
-                nCount += Count(node);
-        }
-        if (model.Object() != nullptr)
-        {
-            for (auto& [key, node] : *model.Object())
-                nCount += Count(node);
-        }
-        return nCount;
-    }
-
-    static bool Agrees(ModelNode& model, const ZDynamicObject& node)
-    {
-        if (!node.Validate() || node.IsNull() != model.IsNull() || node.IsArray() != (model.Array() != nullptr)
-            || node.IsObject() != (model.Object() != nullptr))
+        if (!node.Validate() || node.IsNull() != model.is_null() || node.IsArray() != model.is_array()
+            || node.IsObject() != model.is_object() || node.IsValue<int>() != model.is_number()
+            || node.IsValue<bool>() != model.is_boolean() || node.IsValue<ZString>() != model.is_string()
+            || node.Size() != (model.is_structured() ? model.size() : 0) || node.Contains("missing"))
             return false;
-        if (const double* pNumber = std::get_if<double>(&model.m_value))
-            return node.IsValue<int>() && !node.IsValue<bool>() && node.GetValue<double>() == *pNumber;
-        if (const bool* pFlag = std::get_if<bool>(&model.m_value))
-            return !node.IsValue<int>() && node.IsValue<bool>() && node == *pFlag;
-        if (const std::string* pText = std::get_if<std::string>(&model.m_value))
-            return node.IsValue<ZString>() && node == pText->c_str();
-        if (ModelArray* pArray = model.Array())
+        if (model.is_number())
+            return node.GetValue<double>() == model.get<double>();
+        if (model.is_boolean())
+            return node == model.get<bool>();
+        if (model.is_string())
+            return node == model.get_ref<const std::string&>().c_str();
+        const ZDynamicObject* pElement = node.begin();
+        auto properties = node.GetPropertiesEnumerator();
+        for (const auto& [key, child] : model.items())
         {
-            auto model1 = pArray->begin();
-            for (const ZDynamicObject& element : node)
-            {
-                if (!Agrees(*model1++, element))
-                    return false;
-            }
-            return node.Size() == pArray->size() && node[pArray->size()].IsNull();
+            if (model.is_object() && (!properties.MoveNext() || !(properties.Current().m_key == key.c_str())))
+                return false;
+            if (!Agrees(child, model.is_object() ? node[ZString(key)] : *pElement++))
+                return false;
         }
-        if (ModelObject* pObject = model.Object())
-        {
-            auto model1 = pObject->begin();
-            auto properties = node.GetPropertiesEnumerator();
-            while (properties.MoveNext())
-            {
-                const auto& [key, value] = properties.Current();
-                if (!(key == model1->m_key) || &node[key] != &value || !Agrees(model1->m_node, value))
-                    return false;
-                ++model1;
-            }
-            return node.Size() == pObject->size() && !node.Contains("missing");
-        }
-        return node.Size() == 0 && node.begin() == node.end();
+        return pElement == node.end() && !properties.MoveNext() && node[model.size()].IsNull();
     }
 
     // The same tree with the properties of each object in the opposite order.
-    static ZDynamicObject& Reversed(const ZDynamicObject& node, ZDynamicObject& result)
+    static ZDynamicObject Reversed(const ZDynamicObject& node)
     {
-        result = node;
         if (node.IsArray())
         {
-            for (uint64 i = 0; i < node.Size(); ++i)
-                Reversed(node[i], result.GetArrayContainer()[i]);
+            ZDynamicObject result = ZDynamicObject::Array();
+            for (const ZDynamicObject& element : node)
+                result.PushBack(Reversed(element));
+            return result;
         }
-        if (node.IsObject())
-        {
-            std::vector<const SDynamicObjectKeyValuePair*> pairs;
-            auto properties = node.GetPropertiesEnumerator();
-            while (properties.MoveNext())
-                pairs.insert(pairs.begin(), &properties.Current());
-            result = ZDynamicObject::Object();
-            for (const SDynamicObjectKeyValuePair* pPair : pairs)
-            {
-                ZDynamicObject value;
-                result.Set(pPair->m_key, std::move(Reversed(pPair->m_value, value)));
-            }
-        }
+        if (!node.IsObject())
+            return node;
+        std::vector<const SDynamicObjectKeyValuePair*> pairs;
+        auto properties = node.GetPropertiesEnumerator();
+        while (properties.MoveNext())
+            pairs.insert(pairs.begin(), &properties.Current());
+        ZDynamicObject result = ZDynamicObject::Object();
+        for (const SDynamicObjectKeyValuePair* pPair : pairs)
+            result.Set(pPair->m_key, Reversed(pPair->m_value));
         return result;
     }
 
-    ModelNode m_model;
+    Model m_model;
     ZDynamicObject m_tree;
     bool m_bAgrees = true;
 };
