@@ -115,6 +115,10 @@ TEST(Demangle, BoundsTheDepthAndTheText)
     EXPECT_FALSE(IsRead(Demangled("?x@@3V" + std::string(32768, 'a') + "@@A", false)));
     for (size_t nLength = 32700; nLength < 32768; ++nLength)
         EXPECT_TRUE(IsDemangledSoundly("?x@@3V?$" + std::string(nLength, 'a') + "@$0BAAAAAAA@@@A", 100)) << nLength;
+
+    // What a template has kept is given up at its end.
+    const std::string parameter = "V?$T@P6AXPAV" + std::string(100, 'a') + "@@@Z@@";
+    EXPECT_TRUE(IsRead(Demangled("?f@@YAX" + Repeat(200, parameter) + "@Z", false)));
 }
 
 TEST(Demangle, TakesItsTextFromAnywhere)
