@@ -116,9 +116,10 @@ TEST(Demangle, BoundsTheDepthAndTheText)
     for (size_t nLength = 32700; nLength < 32768; ++nLength)
         EXPECT_TRUE(IsDemangledSoundly("?x@@3V?$" + std::string(nLength, 'a') + "@$0BAAAAAAA@@@A", 100)) << nLength;
 
-    // What a template has kept is given up at its end.
-    const std::string parameter = "V?$T@P6AXPAV" + std::string(100, 'a') + "@@@Z@@";
-    EXPECT_TRUE(IsRead(Demangled("?f@@YAX" + Repeat(200, parameter) + "@Z", false)));
+    // What a template has kept is given up at its end, and what was set aside when it is put back.
+    EXPECT_TRUE(
+        IsRead(Demangled("?f@@YAX" + Repeat(200, "V?$T@P6AXPAV" + std::string(100, 'a') + "@@@Z@@") + "@Z", false)));
+    EXPECT_TRUE(IsRead(Demangled("?f@@YAX" + Repeat(700, "PAY0PPPPPPPPPPPPPPPP@H") + "@Z", false)));
 }
 
 TEST(Demangle, TakesItsTextFromAnywhere)

@@ -145,6 +145,8 @@ TEST_F(DynamicObject, CutsNumbersToTheTypeThatIsAskedFor)
     EXPECT_EQ(1.8446744073709552e19, ZDynamicObject(UINT64_MAX).GetValue<double>());
     EXPECT_TRUE(ZDynamicObject(UINT64_MAX) == UINT64_MAX);
     EXPECT_FALSE(ZDynamicObject(kNaN) == kNaN);
+    for (const ZDynamicObject& odd : {ZDynamicObject().PushBack(kNaN), ZDynamicObject().Set("key", kNaN)})
+        EXPECT_TRUE(odd == odd && !(odd == ZDynamicObject(odd))) << "of one buffer no element is asked";
 }
 
 TEST_F(DynamicObject, KeepsTheTypeThatAVariantBroughtIn)

@@ -153,6 +153,8 @@ TEST_F(TypeOperations, OfAnArray)
     EXPECT_BREAK(GetType<TArray<Logged>>()->m_pContainerOperations->SetAt(&array, ZVariantRef(array[0]), 2))
         << "there is nothing to fill the gap with";
     operations.Destruct(&array);
+    const TArray<SVertex> odd{SVertex{NAN, 0, 0}};
+    EXPECT_TRUE(GetType<TArray<SVertex>>()->m_pOperations->Equals(&odd, &odd)) << "of one buffer no element is asked";
     void* const apHalfNull[3] = {nullptr, acStorage, acStorage};
     EXPECT_BREAK(operations.CopyConstruct(&other, apHalfNull));
 }

@@ -609,12 +609,12 @@ private:
             if (pAround->m_mark.empty())
             {
                 PutInParentheses(pAround->m_pNext);
-                return Put(pAround->m_text);
+                return PutBack(pAround->m_text);
             }
             if (!pAround->m_text.empty())
             {
                 Put(beforeClass);
-                Put(pAround->m_text);
+                PutBack(pAround->m_text);
                 Put("::");
             }
             Put(pAround->m_mark);
