@@ -88,6 +88,7 @@ TEST(TypeRecord, IsFilledInWhenTheModuleStarts)
     const IType& vertex = *GetType<SVertex>();
     EXPECT_STREQ("SVertex", vertex.m_pszName);
     EXPECT_EQ(12u, vertex.m_nSize);
+    EXPECT_EQ(48u, vertex.m_nArgumentOffset);
     EXPECT_EQ(nullptr, vertex.m_pContainerOperations);
     EXPECT_EQ(nullptr, GetType<SMatrix>()->m_pOperations->Construct);
     EXPECT_EQ(nullptr, GetType<SMatrix>()->m_pOperations->Equals);
@@ -178,9 +179,8 @@ TEST_F(TypeOperations, OfAnElement)
     EXPECT_EQ((Journal{"new 7", "copy 7", "7 = copy 7", "delete 7"}), TakeJournal());
 }
 
-TEST(ContainerOperations, WalkAndStore)
+TEST_F(TypeOperations, WalkAndStoreInAContainer)
 {
-    const ZMemAllocatorScope scope;
     const IType& type = *GetType<TArray<SVertex>>();
     const SContainerOperations& operations = *type.m_pContainerOperations;
     TArray<SVertex> array;
@@ -206,9 +206,13 @@ TEST(ContainerOperations, WalkAndStore)
     EXPECT_BREAK(operations.SetAt(&array, ZVariantRef(nNoVertex), 5));
     BreakCounter breaks;
     EXPECT_EQ(nullptr, operations.SetAt(&array, ZVariantRef(one), -1));
+    EXPECT_EQ(nullptr, operations.SetAt(&array, ZVariantRef(nNoVertex), 5));
+    EXPECT_EQ(5u, array.Size());
     EXPECT_EQ(nullptr, operations.SetAt(&array, ZVariantRef(nNoVertex), 7));
-    EXPECT_EQ(2, breaks.Take());
+    EXPECT_EQ(3, breaks.Take());
     EXPECT_EQ(8u, array.Size()) << "the gap was filled before";
+    operations.SetAt(&array, ZVariantRef(array[4]), static_cast<int>(array.Capacity()) + 1);
+    EXPECT_EQ(two, *(array.End() - 1)) << "of a part of itself, which the filling takes elsewhere";
 
     operations.Clear(&array);
     operations.Reserve(&array, 20);

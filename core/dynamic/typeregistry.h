@@ -42,7 +42,7 @@ struct SContainerOperations
 
     // Stores a copy of the value at the index and returns the element. At the end it is appended; further on, the gap
     // is filled with default values first. A negative index and a value of another type take the debug break, the
-    // latter behind the filling of a gap; resumed, null is returned.
+    // latter behind the filling of a gap; resumed, null is returned. The value may be an element of the array.
     void* (*SetAt)(void* pContainer, ZObjectRef value, int32 nIndex);
 
     void (*Clear)(void* pContainer);                     // destroys the elements, keeps the buffer

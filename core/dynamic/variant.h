@@ -148,7 +148,14 @@ void* detail::TContainerOperations<T>::SetAt(void* pContainer, ZObjectRef value,
     if (nIndex == nCount && bReadable)
         return &array.Add(*pValue);
     if (nIndex > nCount)
+    {
+        // The value may be an element, which the filling can take elsewhere.
+        const std::uintptr_t nOffset = AddressOf(pValue) - AddressOf(array.Begin());
+        const bool bElement = nOffset < static_cast<uint64>(nCount) * sizeof(T);
         Resize(pContainer, static_cast<uint64>(nIndex) + 1);
+        if (bElement)
+            pValue = reinterpret_cast<const T*>(AddressOf(array.Begin()) + nOffset);
+    }
     const bool bStorable = bReadable && nIndex >= 0 && static_cast<uint64>(nIndex) < array.Size();
     BreakUnless(bStorable);
     if (!bStorable)
