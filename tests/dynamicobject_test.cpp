@@ -66,7 +66,7 @@ TEST(DynamicObjectSize, AnyWidth)
     EXPECT_EQ(100000u, copy.Size());
     EXPECT_TRUE(object.Remove("property 50000"));
     EXPECT_TRUE(object.Validate());
-    EXPECT_FALSE(copy == object);
+    EXPECT_FALSE(copy == object || object == copy);
     EXPECT_FALSE(object.Set("another", 50000) == copy) << "as many, of other names";
     EXPECT_FALSE(ZDynamicObject::Array().PushBack(1) == ZDynamicObject::Array().PushBack(1).PushBack(1));
 }
@@ -74,6 +74,11 @@ TEST(DynamicObjectSize, AnyWidth)
 // Removed at random, the last one found in no index.
 TEST_F(DynamicObject, FindsWhatIsLeftOfMany)
 {
+    TArray<SDynamicObjectKeyValuePair> pairs;
+    for (int i = 0; i < 20; ++i)
+        pairs.Add({ZString::Format("property {0}", i), i});
+    const ZDynamicObject held{ZVariant(pairs)};
+    EXPECT_TRUE(held.Validate() && held["property 19"] == 19);
     ForEachSeed(5,
                 [](auto below)
                 {
@@ -255,6 +260,17 @@ TEST_F(DynamicObject, BeginsWhatIsWrittenToNull)
     EXPECT_EQ(4u, array.GetArrayContainer().Capacity());
     EXPECT_TRUE(array.MapArray([&](int n) { return array.PushBack(n), n + 1; })
                 == ZDynamicObject().PushBack(8).PushBack(9));
+}
+
+TEST_F(DynamicObject, AllocatesForTextsAndArraysAlone)
+{
+    ZDynamicObject array = ZDynamicObject::Array();
+    array.PushBack("copied").PushBack(ZString("borrowed")).PushBack(ZString("taken") + "over");
+    EXPECT_EQ((Journal{"alloc 7/1", "alloc 64/8", "free null", "alloc 10/1"}), TakeJournal());
+    const ZDynamicObject object = ZDynamicObject().Set("key", array);
+    TakeJournal();
+    const ZDynamicObject copy(object);
+    EXPECT_EQ((Journal{"alloc 32/8", "alloc 48/8", "alloc 7/1", "alloc 10/1"}), TakeJournal());
 }
 
 // -- Paths

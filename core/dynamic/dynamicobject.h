@@ -73,11 +73,13 @@ public:
     // Null.
     ZDynamicObject() = default;
 
-    // A value. A C string is copied, null is the empty text; a ZString of a literal is not. A variant is held as it is.
+    // A value. A C string is copied, null is the empty text; a ZString of a literal is not, and a temporary's text is
+    // taken over. A variant is held as it is.
     template <DynamicValue T>
     ZDynamicObject(const T& value) : ZVariant(TDynamicValue<T>::Store(value))
     {
     }
+    ZDynamicObject(ZString&& text) noexcept : ZVariant(std::move(text)) {}
     ZDynamicObject(const char* pszText) : ZVariant(ZString(pszText)) {}
     ZDynamicObject(const ZVariant& value) : ZVariant(value) {}
     ZDynamicObject(ZVariant&& value) noexcept : ZVariant(std::move(value)) {}

@@ -327,6 +327,11 @@ bool detail::EqualValues(const ZObjectRef& left, const ZObjectRef& right)
     return comparison.Equal(left, right, 0) && comparison.EqualPostponed();
 }
 
+ZVariant::ZVariant(ZString&& text) noexcept
+    : ZVariantRef(::new (ZCellPool::For(sizeof(ZString)).Allocate()) ZString(std::move(text)), GetTypeID<ZString>())
+{
+}
+
 ZVariant::ZVariant(const ZVariant& other) : ZVariant()
 {
     if (other.m_pType != nullptr)
@@ -345,11 +350,9 @@ ZVariant& ZVariant::operator=(const ZVariant& other)
 
 ZVariant& ZVariant::operator=(ZVariant&& other) noexcept
 {
-    if (this != &other)
-    {
-        STypeID* pType = std::exchange(other.m_pType, nullptr);
-        Adopt(pType, std::exchange(other.m_pData, nullptr));
-    }
+    // A variant that is moved onto itself lets go of its value and takes it back.
+    STypeID* pType = std::exchange(other.m_pType, nullptr);
+    Adopt(pType, std::exchange(other.m_pData, nullptr));
     return *this;
 }
 

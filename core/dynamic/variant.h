@@ -97,6 +97,9 @@ public:
         Set(GetTypeID<T>(), detail::PointerTo(value));
     }
 
+    // Holds the string, whose text is taken over.
+    ZVariant(ZString&& text) noexcept;
+
     // A tree is copied without recursion, however deep it is.
     ZVariant(const ZVariant& other);
 
