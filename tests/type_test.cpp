@@ -39,6 +39,10 @@ TEST(TypeMerge, TheNameDecides)
     SharedInitTypeIDs(again, again + 3);
     EXPECT_EQ(slots[1], again[0]);
     EXPECT_EQ(slots[4], again[1]);
+    STypeIDData found = {0, nullptr, a.m_pTypeID, nullptr, nullptr};
+    STypeIDData* slotOfFound = &found;
+    SharedInitTypeIDs(&slotOfFound, &slotOfFound + 1);
+    EXPECT_EQ(slots[1], slotOfFound) << "a record that has found its identity is not asked for its name";
     SharedInitTypeIDs(again + 2, again + 3);
     SharedInitTypeIDs(again, again);
 }
