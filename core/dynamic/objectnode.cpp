@@ -104,7 +104,8 @@ bool ZPropertyIndex::Validate(const Properties& properties) const
         if (Find(properties, property.m_key) != static_cast<uint32>(&property - properties.Begin()))
             return false;
     }
-    return true;
+    const auto isUsed = [](const SSlot& slot) { return slot.m_nPosition != kMissing; };
+    return std::count_if(m_pSlots, m_pSlots + m_nMask + 1, isUsed) == int64{properties.Size()};
 }
 
 void ZPropertyIndex::Allocate(uint32 nSlots)

@@ -46,7 +46,7 @@ public:
     // Takes the place of an empty one, for a copy of the same properties.
     void CopyFrom(const ZPropertyIndex& other);
 
-    // Whether every property is found where it is. For tests.
+    // Whether every property is found where it is, and nothing else is in the index. For tests.
     bool Validate(const Properties& properties) const;
 
 private:
