@@ -117,8 +117,8 @@ TEST(Demangle, BoundsTheDepthAndTheText)
         EXPECT_TRUE(IsDemangledSoundly("?x@@3V?$" + std::string(nLength, 'a') + "@$0BAAAAAAA@@@A", 100)) << nLength;
 
     // What a template has kept is given up at its end, and what was set aside when it is put back.
-    EXPECT_TRUE(
-        IsRead(Demangled("?f@@YAX" + Repeat(200, "V?$T@P6AXPAV" + std::string(100, 'a') + "@@@Z@@") + "@Z", false)));
+    const std::string keeper = "V?$T@P6AXPAV" + std::string(100, 'a') + "@@@Z@@";
+    EXPECT_TRUE(IsRead(Demangled("?x@@3V?$T@" + Repeat(110, keeper) + "@@A", false)));
     EXPECT_TRUE(IsRead(Demangled("?f@@YAX" + Repeat(700, "PAY0PPPPPPPPPPPPPPPP@H") + "@Z", false)));
 }
 
