@@ -277,6 +277,15 @@ TEST_F(DynamicObject, AllocatesForTextsAndArraysAlone)
     TakeJournal();
     const ZDynamicObject copy(object);
     EXPECT_EQ((Journal{"alloc 32/8", "alloc 48/8", "alloc 7/1", "alloc 10/1"}), TakeJournal());
+
+    // The thirteenth property brings the index.
+    ZDynamicObject wide;
+    for (const char c : std::string_view("abcdefghijklm"))
+    {
+        EXPECT_EQ(0, std::ranges::count(TakeJournal(), "alloc 512/4")) << c;
+        wide.Set(ZString(std::string_view(&c, 1)), 1);
+    }
+    EXPECT_EQ(1, std::ranges::count(TakeJournal(), "alloc 512/4"));
 }
 
 // -- Paths
