@@ -173,9 +173,9 @@ TEST_F(SequenceTest, BlockArrayBreaksOnWhatIsNotThere)
     EXPECT_BREAK(array.First() = 0);
     EXPECT_BREAK(static_cast<void>(std::as_const(array).Last()));
     EXPECT_BREAK(array.Erase(array.Begin()));
-    EXPECT_EQ(TBlockArray<int>().End(), array.End());
     const TBlockArray<int>::iterator last = array.Insert(array.End(), 1);
     array.Insert(array.End(), 2);
+    EXPECT_EQ(TBlockArray<int>().End(), array.End()) << "all ends are equal";
     EXPECT_BREAK(array[2] = 0);
     EXPECT_BREAK(static_cast<void>(std::as_const(array)[UINT64_MAX]));
     EXPECT_BREAK(array.Erase(array.End()));
