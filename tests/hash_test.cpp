@@ -76,6 +76,7 @@ TEST_F(HashTest, WalksInTheKnownOrder)
         counts.push_back(nBuckets);
     EXPECT_EQ((std::vector<uint32>{4, 6, 9, 13, 19, 28, 42, 63, 94, 141, 211, 316}), counts);
 
+    EXPECT_EQ(3, (THashMap<int, int>{{1, 2}, {1, 3}}.Find(1)->Value()));
     TMultiHashMap<int, int> multi{{1, 1}, {2, 2}, {1, 3}, {1, 4}};
     EXPECT_EQ((std::vector<int>{1, 1, 1, 2}), Keys(multi));
     multi.Insert(2, 5);

@@ -173,8 +173,14 @@ TEST(MemAllocatorScope, LeavesTheProgramsOwnAllocatorInPlace)
     EXPECT_EQ(&own, GetNormalAllocator());
     {
         ZMemAllocatorScope scope;
-        Manager().UnInstallAllocator(ALLOCATOR_NORMAL);
-        ASSERT_NE(nullptr, GetNormalAllocator()) << "a scope lives";
+        for (const uint32 nIdentity : {ALLOCATOR_NORMAL, 5u})
+        {
+            Manager().UnInstallAllocator(nIdentity);
+            EXPECT_EQ(nIdentity == ALLOCATOR_NORMAL, Manager().GetAllocator(nIdentity) != nullptr) << "a scope lives";
+            Manager().InstallAllocator(nIdentity, &own);
+            Manager().InstallAllocator(nIdentity, nullptr);
+            EXPECT_EQ(nIdentity == ALLOCATOR_NORMAL, Manager().GetAllocator(nIdentity) != nullptr);
+        }
         Manager().InstallAllocator(ALLOCATOR_NORMAL, &own);
     }
     EXPECT_EQ(&own, GetNormalAllocator());

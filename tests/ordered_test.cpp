@@ -66,6 +66,12 @@ TEST_F(OrderedTest, MapsFindInsertAndCompareByKey)
     EXPECT_TRUE(map != other);
     EXPECT_EQ(&ten, &std::as_const(map).GetValue(Logged(9), ten));
     EXPECT_EQ(10, std::as_const(map).GetValue(five, Value()).m_nValue);
+
+    EXPECT_EQ((std::vector<int>{1, 2}), Values(TSet<int>{2, 1, 2}));
+    EXPECT_EQ((std::vector<int>{1, 2, 2}), Values(TMultiSet<int>{2, 1, 2}));
+    EXPECT_EQ(3, (TMap<int, int>{{1, 2}, {1, 3}}[1]));
+    using Pair = TKeyValuePair<int, int>;
+    EXPECT_TRUE(Pair(1, 2) == Pair(1, 2) && !(Pair(1, 2) == Pair(1, 3)) && !(Pair(1, 2) == Pair(2, 2)));
 }
 
 TEST_F(OrderedTest, PlacesOverAlignedElements)
@@ -110,6 +116,9 @@ TEST_F(OrderedTest, ValidateSeesWhatIsBroken)
     EXPECT_TRUE(breaks(pLeaf->m_pParent, pRoot) && breaks(pLeaf->m_pChild[1], pRoot)) << "a circle";
     EXPECT_TRUE(breaks(pRoot->m_pChild[0], pRoot->m_pChild[1]) && breaks(pRoot->m_pChild[1], pNull));
     EXPECT_TRUE(breaks(*set.Find(8), 0)) << "order";
+    TSet<int> two{1, 2};
+    NodeAt(two.Find(2))->m_nColor = detail::kBlack;
+    EXPECT_FALSE(two.Validate()) << "black height, with one leaf";
     EXPECT_TRUE(breaks(*set.End().operator->(), 7)) << "count";
 }
 

@@ -97,6 +97,9 @@ TEST_F(StringTest, BlocksAreOwnedByOneString)
         ZString& same = moved;
         moved = same;
         moved = std::move(same);
+        first = std::move(moved);
+        EXPECT_TRUE(moved.IsEmpty() && moved.Validate());
+        moved = std::move(first);
         EXPECT_EQ("texts", moved);
         EXPECT_EQ(Journal{}, TakeJournal());
         moved = "literal";

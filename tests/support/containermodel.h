@@ -149,14 +149,15 @@ private:
         }
         case 3:
         {
+            container = std::move(other);
+            if (i == j)
+                break;
             // What was moved from can be assigned to, if nothing else.
-            if (i != j)
-                MoveAssign(model, otherModel);
+            MoveAssign(model, otherModel);
             TModel empty;
             MoveAssign(otherModel, empty);
             empty.Die();
-            container = std::move(other);
-            bAgrees = i == j || (other.IsEmpty() && other.Validate()); // NOLINT(bugprone-use-after-move)
+            bAgrees = other.IsEmpty() && other.Validate(); // NOLINT(bugprone-use-after-move)
             other = TContainer();
             break;
         }
