@@ -91,6 +91,7 @@ TEST_F(DynamicObject, FindsWhatIsLeftOfMany)
                     for (const ZString& key : keys)
                         object.Set(key, 1);
                     ASSERT_FALSE(object.Contains("liquid")) << "a key of the same hash";
+                    ASSERT_TRUE(ZDynamicObject(object).Validate());
                     while (!keys.empty())
                     {
                         const size_t nKey = below(keys.size());
