@@ -68,6 +68,7 @@ TEST(DynamicObjectSize, AnyWidth)
     EXPECT_TRUE(object.Remove("property 50000"));
     EXPECT_TRUE(object.Validate());
     EXPECT_FALSE(copy == object || object == copy);
+    EXPECT_FALSE(ZDynamicObject().Set("a", 1).Set("b", 2) == ZDynamicObject().Set("b", 1).Set("a", 1));
     EXPECT_FALSE(object.Set("another", 50000) == copy) << "as many, of other names";
     EXPECT_FALSE(ZDynamicObject::Array().PushBack(1) == ZDynamicObject::Array().PushBack(1).PushBack(1));
 }
@@ -112,7 +113,6 @@ TEST_F(DynamicObject, CutsNumbersToTheTypeThatIsAskedFor)
     struct SRow
     {
         double m_fNumber;
-        int8 m_n8;
         uint8 m_nU8;
         uint16 m_nU16;
         int32 m_n32;
@@ -124,28 +124,28 @@ TEST_F(DynamicObject, CutsNumbersToTheTypeThatIsAskedFor)
     constexpr int64 kMin64 = INT64_MIN;
     constexpr uint64 kTop = uint64{1} << 63;
     const SRow aRows[] = {
-        {12.9, 12, 12, 12, 12, 12, 12, 12},
-        {-12.9, -12, 244, 65524, -12, 4294967284, -12, UINT64_MAX - 11},
-        {300.0, 44, 44, 300, 300, 300, 300, 300},
-        {65537.0, 1, 1, 1, 65537, 65537, 65537, 65537},
-        {2147483647.5, -1, 255, 65535, 2147483647, 2147483647, 2147483647, 2147483647},
-        {2147483648.0, 0, 0, 0, kMin32, 2147483648, 2147483648, 2147483648},
-        {-2147483648.9, 0, 0, 0, kMin32, 2147483648, -2147483648, UINT64_MAX - 2147483647},
-        {4294967295.0, 0, 255, 65535, kMin32, UINT32_MAX, 4294967295, 4294967295},
-        {4294967296.0, 0, 0, 0, kMin32, 0, 4294967296, 4294967296},
-        {9223372036854775808.0, 0, 0, 0, kMin32, 0, kMin64, kTop},
-        {18446744073709549568.0, 0, 0, 0, kMin32, 0, kMin64, UINT64_MAX - 2047},
-        {18446744073709551616.0, 0, 0, 0, kMin32, 0, kMin64, kTop},
-        {-1e300, 0, 0, 0, kMin32, 0, kMin64, kTop},
-        {kNaN, 0, 0, 0, kMin32, 0, kMin64, kTop},
+        {12.9, 12, 12, 12, 12, 12, 12},
+        {-12.9, 244, 65524, -12, 4294967284, -12, UINT64_MAX - 11},
+        {300.0, 44, 300, 300, 300, 300, 300},
+        {65537.0, 1, 1, 65537, 65537, 65537, 65537},
+        {2147483647.5, 255, 65535, 2147483647, 2147483647, 2147483647, 2147483647},
+        {2147483648.0, 0, 0, kMin32, 2147483648, 2147483648, 2147483648},
+        {-2147483648.9, 0, 0, kMin32, 2147483648, -2147483648, UINT64_MAX - 2147483647},
+        {4294967295.0, 255, 65535, kMin32, UINT32_MAX, 4294967295, 4294967295},
+        {4294967296.0, 0, 0, kMin32, 0, 4294967296, 4294967296},
+        {9223372036854775808.0, 0, 0, kMin32, 0, kMin64, kTop},
+        {18446744073709549568.0, 0, 0, kMin32, 0, kMin64, UINT64_MAX - 2047},
+        {18446744073709551616.0, 0, 0, kMin32, 0, kMin64, kTop},
+        {-1e300, 0, 0, kMin32, 0, kMin64, kTop},
+        {kNaN, 0, 0, kMin32, 0, kMin64, kTop},
     };
     for (const SRow& row : aRows)
     {
         SCOPED_TRACE(row.m_fNumber);
         const ZDynamicObject number(row.m_fNumber);
         EXPECT_TRUE(number.IsValue<uint8>());
-        EXPECT_EQ(row.m_n8, number.GetValue<int8>());
-        EXPECT_EQ(row.m_n8, static_cast<int8>(number.GetValue<int16>()));
+        EXPECT_EQ(static_cast<int8>(row.m_n32), number.GetValue<int8>());
+        EXPECT_EQ(static_cast<int16>(row.m_n32), number.GetValue<int16>());
         EXPECT_EQ(row.m_nU8, number.GetValue<uint8>());
         EXPECT_EQ(row.m_nU16, number.GetValue<uint16>());
         EXPECT_EQ(row.m_n32, number.GetValue<int32>());
@@ -168,14 +168,12 @@ TEST_F(DynamicObject, KeepsTheTypeThatAVariantBroughtIn)
     EXPECT_FALSE(held.IsValue<int64>());
     EXPECT_FALSE(held.IsValue<float64>());
     EXPECT_EQ(-5, held.GetValue<int32>());
-    EXPECT_TRUE(held == -5);
     EXPECT_FALSE(held == int64{-5});
     EXPECT_FALSE(held == ZDynamicObject(-5));
-    EXPECT_TRUE(held == ZVariant(-5));
     EXPECT_BREAK(held.GetValue<int64>());
     EXPECT_BREAK(ZDynamicObject(1).GetValue<bool>());
-    EXPECT_BREAK(ZDynamicObject(true).GetValue<int>());
-    EXPECT_BREAK(ZDynamicObject().GetValue<ZString>());
+    EXPECT_BREAK(ZDynamicObject(1).GetValue<ZGuid>());
+    EXPECT_BREAK(ZDynamicObject(1).GetValue<ZRuntimeResourceID>());
     int nOut = 7;
     EXPECT_FALSE(ZDynamicObject("12").TryGetValue(nOut));
     EXPECT_EQ(7, nOut);
@@ -196,6 +194,8 @@ TEST_F(DynamicObject, StoresIdentifiersAsText)
     EXPECT_EQ(Journal{}, TakeJournal()) << "a question is no reason to allocate";
     EXPECT_FALSE(ZDynamicObject("no guid").IsValue<ZGuid>());
     EXPECT_FALSE(ZDynamicObject(1).IsValue<ZGuid>() || ZDynamicObject().IsValue<ZGuid>());
+    EXPECT_FALSE(ZDynamicObject("no guid") == ZGuid() || ZDynamicObject() == ZGuid());
+    EXPECT_EQ(ZGuid::Empty, ZDynamicObject("no guid").GetValue<ZGuid>());
 
     const ZDynamicObject ofID(ZRuntimeResourceID::Create(UINT64_MAX - 1));
     EXPECT_TRUE(ofID == "18446744073709551614");
@@ -210,29 +210,24 @@ TEST_F(DynamicObject, StoresIdentifiersAsText)
 TEST_F(DynamicObject, BreaksWhereTheKindIsWrong)
 {
     ZDynamicObject number(1), array = ZDynamicObject::Array(), object = ZDynamicObject::Object();
-    EXPECT_BREAK(number.PushBack(1));
     EXPECT_BREAK(object.PushBack(1));
     EXPECT_BREAK(array.Set("key", 1));
     EXPECT_BREAK(object.GetArrayContainer());
-    EXPECT_BREAK(object.AssignArray(TArray<int>{1}));
     EXPECT_BREAK(ZDynamicObject::Array().PushBack("text").MapArray([](int n) { return n; }));
     {
         BreakCounter breaks;
-        number.PushBack(1).Set("key", 1);
-        EXPECT_EQ(2, breaks.Take());
+        number.PushBack(1).Set("key", 1).AssignArray(TArray<int>{1});
+        EXPECT_EQ(3, breaks.Take());
     }
     EXPECT_TRUE(number == 1);
-    EXPECT_EQ(0u, number.Size());
     EXPECT_TRUE(number.MapArray([](int n) { return n; }).IsNull());
-    EXPECT_TRUE(number["key"].IsNull() && number[0].IsNull() && array["key"].IsNull() && object[0].IsNull());
-    EXPECT_FALSE(array.Contains("key") || array.Remove("key"));
+    EXPECT_TRUE(number[0].IsNull() && object[0].IsNull());
 
     object.Set("key", 1);
     auto properties = object.GetPropertiesEnumerator();
     while (properties.MoveNext())
         EXPECT_TRUE(properties.Current().m_key == "key");
     EXPECT_BREAK(properties.Current());
-    EXPECT_FALSE(array.GetPropertiesEnumerator().MoveNext());
 }
 
 TEST_F(DynamicObject, NothingReachesTheObjectThatIsNotThere)
@@ -253,19 +248,16 @@ TEST_F(DynamicObject, NothingReachesTheObjectThatIsNotThere)
 
 TEST_F(DynamicObject, BeginsWhatIsWrittenToNull)
 {
-    EXPECT_TRUE(ZDynamicObject().Set("key", 1)["key"] == 1);
-    EXPECT_TRUE(ZDynamicObject().PushBack(1)[0] == 1);
-    EXPECT_TRUE(ZDynamicObject().AssignArray(TArray<bool>{true})[0] == true);
-    EXPECT_TRUE(ZDynamicObject::Array().GetArrayContainer().Begin() == nullptr);
+    EXPECT_EQ(5u, ZDynamicObject().AssignArray(TArray<int>{1, 2, 3, 4, 5}).GetArrayContainer().Capacity());
+    EXPECT_TRUE(ZDynamicObject::Array().MapArray([](int n) { return n; }).IsArray());
 
-    ZDynamicObject array = ZDynamicObject::Array().PushBack("x").PushBack(false);
+    ZDynamicObject array = ZDynamicObject::Array().PushBack("x").PushBack(false).PushBack(0);
     array.PushBack(array[0]).PushBack(array);
-    EXPECT_EQ(4u, array.Size());
-    EXPECT_TRUE(array[3][2] == "x");
-    TakeJournal();
+    EXPECT_EQ(5u, array.Size());
+    EXPECT_TRUE(array[4][3] == "x" && array[-1].IsNull() && array[uint64{1} << 32].IsNull());
     array.AssignArray(TArray<int>{7, 8});
     EXPECT_EQ(2u, array.Size());
-    EXPECT_EQ(4u, array.GetArrayContainer().Capacity());
+    EXPECT_EQ(8u, array.GetArrayContainer().Capacity());
     EXPECT_TRUE(array.MapArray([&](int n) { return array = n, n + 1; }) == ZDynamicObject().PushBack(8).PushBack(9));
 }
 
@@ -278,6 +270,8 @@ TEST_F(DynamicObject, AllocatesForTextsAndArraysAlone)
     TakeJournal();
     const ZDynamicObject copy(object);
     EXPECT_EQ((Journal{"alloc 32/8", "alloc 48/8", "alloc 7/1", "alloc 10/1"}), TakeJournal());
+    EXPECT_TRUE(ZDynamicObject().Set("key", 1).TrySetPath("key", ZVariant(ZString("taken") + "over")));
+    EXPECT_EQ((Journal{"alloc 128/8", "free null", "alloc 10/1", "free 10", "free 128"}), TakeJournal());
 
     // The thirteenth property brings the index.
     ZDynamicObject wide;
@@ -316,8 +310,8 @@ TEST_F(DynamicObject, WalksPaths)
     const ZDynamicObject before = tree;
     EXPECT_FALSE(tree.TrySetPath("n.x", 1) || tree.TrySetPath("b.c", 1) || tree.TrySetPath("a.b.c", 1));
     EXPECT_TRUE(tree == before);
-    EXPECT_TRUE(tree.TrySetPath("a.", tree));
-    EXPECT_TRUE(tree["a"][""] == before);
+    EXPECT_TRUE(tree.TrySetPath(".", tree));
+    EXPECT_TRUE(tree[""][""] == before);
     ZDynamicObject whole;
     EXPECT_TRUE(tree.TryGetPath("", whole));
     EXPECT_TRUE(whole == tree);

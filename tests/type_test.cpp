@@ -49,12 +49,7 @@ TEST(TypeMerge, TheNameDecides)
 
 TEST(TypeMerge, ModulesAgree)
 {
-    // What kxbase makes of its own records, against the slots of this program.
     const ZMemAllocatorScope scope;
-    EXPECT_EQ((GetTypeID<TArray<ZDynamicObject>>()), ZDynamicObject::Array().Type());
-    EXPECT_EQ((GetTypeID<TArray<SDynamicObjectKeyValuePair>>()), ZDynamicObject::Object().Type());
-    EXPECT_NE(GetTypeID<ZDynamicObject>(), GetTypeID<SDynamicObjectKeyValuePair>());
-
     void* pModule = dlopen(KX_TEST_PLUGIN, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(nullptr, pModule) << dlerror();
     const auto typeOfVertex = reinterpret_cast<STypeID* (*)()>(dlsym(pModule, "PluginTypeOfVertex"));
@@ -94,7 +89,7 @@ TEST(TypeRecord, IsFilledInWhenTheModuleStarts)
     EXPECT_EQ(12u, vertex.m_nSize);
     EXPECT_EQ(48u, vertex.m_nArgumentOffset);
     EXPECT_EQ(nullptr, vertex.m_pContainerOperations);
-    EXPECT_EQ(nullptr, GetType<SMatrix>()->m_pOperations->Construct);
+    EXPECT_EQ(nullptr, GetType<TArray<Logged>>()->m_pfnResize);
     EXPECT_EQ(nullptr, GetType<SMatrix>()->m_pOperations->Equals);
 }
 
@@ -110,8 +105,14 @@ TEST(TypeRegistry, KeepsTheFirstRecord)
     registry.Register(GetType<SVertex>());
     EXPECT_EQ(GetType<SVertex>(), registry.Find(GetTypeID<SVertex>()));
 
+    // That of a type that the library knows by itself changes nothing for its values.
+    const ZMemAllocatorScope scope;
+    IType* pPairs = GetType<TArray<SDynamicObjectKeyValuePair>>();
+    registry.Register(pPairs);
+    EXPECT_EQ(pPairs, registry.Find(pPairs->m_pTypeID));
+    EXPECT_TRUE(ZDynamicObject::Object() == ZDynamicObject::Object());
+
     IType unstarted = {};
-    EXPECT_BREAK(registry.Register(&unstarted));
     BreakCounter breaks;
     registry.Register(&unstarted);
     EXPECT_EQ(1, breaks.Take());
@@ -205,9 +206,7 @@ TEST_F(TypeOperations, WalkAndStoreInAContainer)
         EXPECT_EQ(*pExpected++, *static_cast<SVertex*>(p));
 
     const int nNoVertex = 1;
-    EXPECT_BREAK(operations.SetAt(&array, ZVariantRef(one), -1));
     EXPECT_BREAK(operations.SetAt(&array, ZVariantRef(nNoVertex), 1));
-    EXPECT_BREAK(operations.SetAt(&array, ZVariantRef(nNoVertex), 5));
     BreakCounter breaks;
     EXPECT_EQ(nullptr, operations.SetAt(&array, ZVariantRef(one), -1));
     EXPECT_EQ(nullptr, operations.SetAt(&array, ZVariantRef(nNoVertex), 5));
@@ -218,9 +217,9 @@ TEST_F(TypeOperations, WalkAndStoreInAContainer)
     operations.SetAt(&array, ZVariantRef(array[4]), static_cast<int>(array.Capacity()) + 1);
     EXPECT_EQ(two, *(array.End() - 1)) << "of a part of itself, which the filling takes elsewhere";
 
-    operations.Clear(&array);
     operations.Reserve(&array, 20);
     operations.Reserve(&array, 10);
+    operations.Clear(&array);
     EXPECT_EQ(20u, array.Capacity());
     EXPECT_EQ(0u, operations.Size(&array));
     type.m_pfnResize(&array, 21);

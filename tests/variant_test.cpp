@@ -26,8 +26,9 @@ TEST_F(Variant, CopiesAndDestroysByTheOperationsOfTheType)
         EXPECT_EQ((Journal{"alloc 64/4", "copy 5"}), TakeJournal());
         EXPECT_TRUE(copy == variant);
         ZVariant moved(std::move(copy));
-        EXPECT_EQ(nullptr, copy.Type());
+        EXPECT_TRUE(copy.Type() == nullptr && copy.Data() == nullptr);
         copy = std::move(moved);
+        EXPECT_TRUE(moved.Type() == nullptr && moved.Data() == nullptr);
         EXPECT_EQ(Journal{}, TakeJournal());
         EXPECT_EQ(five.m_nValue, copy.As<SLogged64>().m_nValue);
         TakeJournal();
@@ -54,12 +55,24 @@ TEST_F(Variant, CopiesAndDestroysByTheOperationsOfTheType)
 TEST_F(Variant, HoldsEveryType)
 {
     const ZVariant matrix(SMatrix(2.5f));
-    EXPECT_EQ(0u, reinterpret_cast<uintptr_t>(matrix.Data()) % 64);
+    EXPECT_EQ(0u, reinterpret_cast<uintptr_t>(matrix.Data()) % 32);
     EXPECT_EQ(2.5f, ZVariant(matrix).As<SMatrix>().m_afValues[0]);
     EXPECT_FALSE(matrix == matrix) << "it has no ==";
 
     const ZVariant number(12.5), flag(true), text(ZString("text"));
-    const ZVariant aSame[] = {number, flag, text, ZVariant(int8{-1}), ZVariant(UINT64_MAX), ZVariant(SVertex{1, 2, 3})};
+    const ZVariant aSame[] = {number,
+                              flag,
+                              text,
+                              ZVariant(int8{-1}),
+                              ZVariant(UINT64_MAX),
+                              ZVariant(SVertex{1, 2, 3}),
+                              ZVariant(uint8{1}),
+                              ZVariant(int16{1}),
+                              ZVariant(uint16{1}),
+                              ZVariant(1),
+                              ZVariant(1u),
+                              ZVariant(int64{1}),
+                              ZVariant(1.0f)};
     for (const ZVariant& left : aSame)
     {
         for (const ZVariant& right : aSame)
@@ -68,20 +81,22 @@ TEST_F(Variant, HoldsEveryType)
     }
     EXPECT_EQ(-1, aSame[3].As<int8>());
     EXPECT_EQ(UINT64_MAX, aSame[4].As<uint64>());
-    EXPECT_FALSE(ZVariant(2) == ZVariant(2u)) << "different types";
 
     int nLocal = 1;
     const ZVariantRef ref(nLocal);
     nLocal = 2;
     EXPECT_EQ(2, ref.As<int>());
 
-    const TArray<ZDynamicObject> elements = {1, 2};
+    const TArray<ZDynamicObject> elements = {1, ZDynamicObject().PushBack(2)};
     const ZVariant array(elements);
-    EXPECT_TRUE(ZDynamicObject(array)[1] == 2);
-    const TArray<SDynamicObjectKeyValuePair> properties = {{"key", 42}};
-    EXPECT_TRUE(ZDynamicObject(ZVariant(properties))["key"] == 42);
+    EXPECT_TRUE(ZDynamicObject(array)[1][0] == 2);
+    const TArray<SDynamicObjectKeyValuePair> properties = {{"key", array}};
+    EXPECT_TRUE(ZDynamicObject(ZVariant(properties))["key"][1][0] == 2);
     const ZDynamicObject tree = ZDynamicObject(array).PushBack(ZDynamicObject::Array().PushBack(3));
     EXPECT_TRUE(ZDynamicObject(tree) == tree);
+    ZVariant element;
+    element.Set(GetTypeID<ZDynamicObject>(), &tree);
+    EXPECT_TRUE(*element.As<ZDynamicObject>() == tree);
     EXPECT_EQ(
         42, ZVariant(SDynamicObjectKeyValuePair{"key", 42}).As<SDynamicObjectKeyValuePair>()->m_value.GetValue<int>());
 }
@@ -101,6 +116,10 @@ TEST_F(Variant, SharesCellsAndGivesThemBack)
         ZVariant elsewhere(1.0);
         EXPECT_EQ(Journal{"alloc 8192/8192"}, TakeJournal());
         GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, &m_allocator);
+        for (int i = 0; i < 1000; ++i) // past the end of a chunk while that of the other allocator is in the list
+            numbers.emplace_back(1.0);
+        numbers.resize(5000);
+        TakeJournal();
         elsewhere = ZVariant(2.0);
         EXPECT_EQ(Journal{"free 8192"}, TakeJournal()) << "a value lies in a chunk of its own allocator";
         for (int i = 0; i < 5000; ++i)
@@ -126,11 +145,8 @@ TEST_F(Variant, BreaksOnAWrongType)
     EXPECT_BREAK(number.As<int>());
     EXPECT_BREAK(nothing.As<int>());
     EXPECT_FALSE(ZObjectRef::CanConvert(nullptr, nullptr));
-    EXPECT_FALSE(ZObjectRef::CanConvert(GetTypeID<ZString>(), GetTypeID<int>()));
-    EXPECT_TRUE(ZObjectRef::CanConvert(GetTypeID<ZString>(), GetTypeID<ZString>()));
 
     const std::vector<int> unknown;
-    EXPECT_BREAK(ZVariant{unknown});
     EXPECT_BREAK(ZVariant().Set(GetTypeID<int>(), nullptr));
     BreakCounter breaks;
     ZVariant variant(1);
@@ -153,7 +169,7 @@ TEST_F(Format, ReplacesWhatHasAText)
         {ZString("{1} {0}{0} {2} {3}."), "seven 77 true 12.5."},
         {ZString("{4} {5} {8} {9} {/} {:}"), "{4} {5} {8} {9} {/} {:}"},
         {ZString("{{0}} }} {{"), "{0} } {"},
-        {ZString("{00} {} { 0} {0 }"), "{00} {} { 0} {0 }"},
+        {ZString("{00} {} { 0} {0 } }0}"), "{00} {} { 0} {0 } }0}"},
         {ZString("a\0{0}b"), "a"},
     };
     for (const auto& [text, expected] : aTexts)
@@ -173,7 +189,8 @@ TEST_F(Format, PrintsEveryType)
     EXPECT_TRUE(ZString::Format("{0} {1} {2} {3} {4}", 0.1f, 0.1, -1e300, 2.0, false) == "0.1 0.1 -1e+300 2 false");
     EXPECT_TRUE(ZString::Format("{0} {1} {2}", "literal", ZGuid(), ZDynamicObject(5))
                 == "literal 00000000-0000-0000-0000-000000000000 5");
-    EXPECT_TRUE(ZString::Format("{0}{7}", ZVariantRef(), 1, 2, 3, 4, 5, 6, ZString("end")) == "{0}end");
+    EXPECT_TRUE(ZString::Format("{0}{1}{2}{3}{4}{5}{6}{7}", ZVariantRef(), 1, 2, 3, 4, 5, 6, ZString("e\0nd"))
+                == ZString("{0}123456e\0nd"));
     TakeJournal();
     {
         const ZString text = ZString::Format("{0} and some more text", 1);
@@ -186,7 +203,6 @@ TEST_F(Format, PrintsEveryType)
     ZString huge = "x";
     const uint32 nWord = 0xC0000000;
     std::memcpy(static_cast<void*>(&huge), &nWord, sizeof(nWord));
-    EXPECT_BREAK(ZString::Format("{0}{0}", huge));
     BreakCounter breaks;
     EXPECT_TRUE(ZString::Format("{0}{0}", huge).IsEmpty());
     EXPECT_EQ(1, breaks.Take());

@@ -18,8 +18,7 @@
 // - Copies are deep. Reading never changes a tree: where there is nothing, Get hands out a null object, on which the
 //   next Get hands out the same. It stays null: what is written to it is dropped.
 // - On a null object Set, PushBack and AssignArray begin an object or an array. On a value of another kind they take
-// the
-//   debug break, and resumed have no effect.
+//   the debug break, and resumed have no effect.
 // - A tree may be of any depth: copying, comparing and destroying do not recurse. An object may be of any width: beyond
 //   12 properties it keeps an index, so Get and Set take constant time on average; Remove takes linear time.
 //
@@ -96,8 +95,8 @@ public:
     static ZDynamicObject Array();
 
     bool IsNull() const { return m_pType == nullptr; }
-    bool IsArray() const { return m_pType == GetTypeID<TArray<ZDynamicObject>>(); }
-    bool IsObject() const { return m_pType == GetTypeID<TArray<SDynamicObjectKeyValuePair>>(); }
+    KX_LOCAL bool IsArray() const { return m_pType == GetTypeID<TArray<ZDynamicObject>>(); }
+    KX_LOCAL bool IsObject() const { return m_pType == GetTypeID<TArray<SDynamicObjectKeyValuePair>>(); }
 
     // -- Values
 
@@ -110,9 +109,9 @@ public:
         return TDynamicValue<T>::Is(*this);
     }
 
-    // The value as T. Takes the debug break where IsValue is false. A number is cut towards zero for an integer type
-    // and rounded for float32; what lies outside of the type's range has a defined result: see TDynamicValue of the
-    // numbers.
+    // The value as T. Takes the debug break where IsValue is false; of a string that cannot be read as a ZGuid or the
+    // like, the result is the empty one. A number is cut towards zero for an integer type and rounded for float32; what
+    // lies outside of the type's range has a defined result: see TDynamicValue of the numbers.
     template <class T>
     T GetValue() const
     {
@@ -196,7 +195,10 @@ public:
     {
         if (IsNull())
             *this = Array();
-        if (IsNull())
+        if (IsNull()) // the one that stays null
+            return *this;
+        detail::BreakUnless(IsArray());
+        if (!IsArray())
             return *this;
         TArray<ZDynamicObject>& elements = GetArrayContainer();
         elements.Clear();
@@ -399,17 +401,17 @@ template <class T>
 struct TDynamicNumber
 {
     static ZVariant Store(T value) { return ZVariant(static_cast<float64>(value)); }
-    static bool Is(const ZVariant& held)
+    KX_LOCAL static bool Is(const ZVariant& held)
     {
         return held.Type() == GetTypeID<float64>() || ZObjectRef::CanConvert(held.Type(), GetTypeID<T>());
     }
-    static T Get(const ZVariant& held)
+    KX_LOCAL static T Get(const ZVariant& held)
     {
         if (held.Type() == GetTypeID<float64>())
             return CutTo<T>(*static_cast<const float64*>(held.Data()));
         return held.As<T>();
     }
-    static bool Equals(const ZVariant& held, T value)
+    KX_LOCAL static bool Equals(const ZVariant& held, T value)
     {
         if (held.Type() == GetTypeID<float64>())
             return *static_cast<const float64*>(held.Data()) == static_cast<float64>(value);
@@ -422,9 +424,9 @@ template <class T>
 struct TDynamicPlain
 {
     static ZVariant Store(const T& value) { return ZVariant(value); }
-    static bool Is(const ZVariant& held) { return ZObjectRef::CanConvert(held.Type(), GetTypeID<T>()); }
-    static T Get(const ZVariant& held) { return held.As<T>(); }
-    static bool Equals(const ZVariant& held, const T& value) { return EqualValues(held, ZVariantRef(value)); }
+    KX_LOCAL static bool Is(const ZVariant& held) { return ZObjectRef::CanConvert(held.Type(), GetTypeID<T>()); }
+    KX_LOCAL static T Get(const ZVariant& held) { return held.As<T>(); }
+    KX_LOCAL static bool Equals(const ZVariant& held, const T& value) { return EqualValues(held, ZVariantRef(value)); }
 };
 } // namespace detail
 

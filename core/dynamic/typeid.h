@@ -99,8 +99,12 @@ KX_TYPE_SLOT(32, ZString);
 // The identity of T: reads this module's slot, each time: it is written by another module, so the compiler must not
 // take what it sees in here for the value. Not to be called before the module has started, which is before its first
 // initialiser.
+//
+// A library starts before the program that it is linked to. KX_LOCAL here, and on what calls this, keeps a library whose
+// inline functions are visible to others from being given those of the program, whose slots are not merged by then. A
+// library that makes values before the program has started is best compiled with hidden visibility throughout.
 template <class T>
-inline STypeID* GetTypeID()
+KX_LOCAL inline STypeID* GetTypeID()
 {
     static_assert(std::is_same_v<T, std::remove_cv_t<T>>, "identity is that of the type without const and volatile");
     return reinterpret_cast<STypeID*>(*const_cast<STypeIDData* const volatile*>(&TTypeSlot<T>::ms_pSlot));

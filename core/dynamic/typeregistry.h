@@ -222,7 +222,7 @@ struct TContainerOperations
     static void* End(void* pContainer) { return Self(pContainer).End(); }
     static void* Next(void*, void* pCursor) { return static_cast<T*>(pCursor) + 1; }
     static uint64 Size(const void* pContainer) { return static_cast<const Array*>(pContainer)->Size(); }
-    static void* SetAt(void* pContainer, ZObjectRef value, int32 nIndex);
+    KX_LOCAL static void* SetAt(void* pContainer, ZObjectRef value, int32 nIndex);
     static void Clear(void* pContainer) { Self(pContainer).Clear(); }
     static void Reserve(void* pContainer, uint64 nCapacity) { Self(pContainer).Reserve(nCapacity, false); }
     static void Resize(void* pContainer, uint64 nSize)

@@ -45,7 +45,7 @@ public:
     // The value read as T, a copy. Takes the debug break unless CanConvert holds. An element of a tree, ZDynamicObject
     // or SDynamicObjectKeyValuePair, is not copied: the result is its address.
     template <class T>
-    auto As() const
+    KX_LOCAL auto As() const
     {
         detail::BreakUnless(CanConvert(m_pType, GetTypeID<T>()));
         if constexpr (detail::kReadByAddress<T>)
@@ -73,7 +73,7 @@ public:
 
     // Refers to the caller's object, which is read when the reference is used, not now.
     template <class T>
-    requires(!std::derived_from<T, ZObjectRef>) ZVariantRef(const T& value)
+    requires(!std::derived_from<T, ZObjectRef>) KX_LOCAL ZVariantRef(const T& value)
         : ZObjectRef(const_cast<T*>(detail::PointerTo(value)), GetTypeID<T>())
     {
     }
@@ -92,7 +92,7 @@ public:
 
     // Holds a copy of the value.
     template <class T>
-    requires(!std::derived_from<T, ZObjectRef>) ZVariant(const T& value)
+    requires(!std::derived_from<T, ZObjectRef>) KX_LOCAL ZVariant(const T& value)
     {
         Set(GetTypeID<T>(), detail::PointerTo(value));
     }

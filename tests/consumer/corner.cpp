@@ -1,7 +1,10 @@
 // The consumer's other module.
 #include "vertex.h"
 
+// Made before the program has started, so by the slot of this module.
+static const ZVariant s_corner = SVertex{1, 2};
+
 ZVariant MakeCorner()
 {
-    return SVertex{1, 2};
+    return s_corner;
 }

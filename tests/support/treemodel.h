@@ -131,7 +131,8 @@ private:
         ZDynamicObject result(7);
         m_bAgrees &= m_tree.TryGetPath(ZString(path), result) && Agrees(model, result);
         const ZString below1(path.empty() ? key : path + "." + key);
-        m_bAgrees &= m_tree.TryGetPath(below1, result) == model.contains(key);
+        m_bAgrees &= m_tree.TryGetPath(below1, result) == model.contains(key)
+                     && Agrees(model.contains(key) ? model[key] : model, result);
 
         const auto [value, object] = MakeValue(below);
         const bool bSet = m_tree.TrySetPath(below1, object);

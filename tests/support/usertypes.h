@@ -13,10 +13,10 @@ struct SVertex
 KX_DECLARE_TYPE(SVertex);
 KX_DECLARE_TYPE(TArray<SVertex>);
 
-// Larger than any cell, aligned more than any, without default value and without ==.
-struct alignas(64) SMatrix
+// Aligned more than any cell, without default value and without ==.
+struct alignas(32) SMatrix
 {
     explicit SMatrix(float32 fValue) : m_afValues{fValue} {}
-    float32 m_afValues[32];
+    float32 m_afValues[8];
 };
 KX_DECLARE_TYPE(SMatrix);
