@@ -111,8 +111,8 @@ TEST(Demangle, BoundsTheDepthAndTheText)
     }
 
     // A name of any length that leaves room for the text to be put together.
-    EXPECT_EQ(16002u, Demangled("?x@@3V" + std::string(16000, 'a') + "@@A", false).size());
-    EXPECT_FALSE(IsRead(Demangled("?x@@3V" + std::string(32768, 'a') + "@@A", false)));
+    EXPECT_EQ(32767u, Demangled("?x@@3V" + std::string(32765, 'a') + "@@A", false).size());
+    EXPECT_FALSE(IsRead(Demangled("?x@@3V" + std::string(32766, 'a') + "@@A", false)));
     for (size_t nLength = 32700; nLength < 32768; ++nLength)
         EXPECT_TRUE(IsDemangledSoundly("?x@@3V?$" + std::string(nLength, 'a') + "@$0BAAAAAAA@@@A", 100)) << nLength;
 
@@ -126,8 +126,6 @@ TEST(Demangle, TakesItsTextFromAnywhere)
 {
     ZStackString<64> text;
     demangle(text, static_cast<const char*>(nullptr), true);
-    demangle(text, "", true);
-    demangle(text, "_", true);
     EXPECT_EQ(0u, text.size());
 
     // From the string itself, cut or not, read or not.

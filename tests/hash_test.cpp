@@ -3,8 +3,6 @@
 #include "tests/support/hashmodel.h"
 #include "tests/support/modeltest.h"
 
-#include <algorithm>
-
 static_assert(std::forward_iterator<THashMap<int, int>::iterator>);
 static_assert(std::ranges::forward_range<TMultiHashMap<int, int>> && std::ranges::forward_range<const THashSet<int>>);
 static_assert(std::is_convertible_v<THashMap<int, int>::iterator, THashMap<int, int>::const_iterator>);
@@ -12,6 +10,7 @@ static_assert(!std::is_convertible_v<THashMap<int, int>::const_iterator, THashMa
 static_assert(std::is_same_v<decltype(*THashSet<int>().Begin()), const int&>);
 static_assert(sizeof(THashMap<int, int>::iterator) == 24 && sizeof(THashMap<int, int>().GetEnumerator()) == 32);
 static_assert(std::is_nothrow_move_constructible_v<THashMap<int, int>>);
+static_assert(std::is_nothrow_move_assignable_v<THashMap<int, int>>);
 
 namespace
 {
@@ -35,14 +34,6 @@ struct SPolicy
     static uint32 Hash(const SKey&) { return 5; }
     static bool Equals(const SKey& first, const SKey& second) { return first.m_nValue / 2 == second.m_nValue / 2; }
 };
-
-template <class TMap>
-std::vector<int> Keys(const TMap& map)
-{
-    std::vector<int> keys;
-    std::ranges::transform(map, std::back_inserter(keys), [](const auto& pair) { return pair.Key(); });
-    return keys;
-}
 } // namespace
 
 TEST_F(HashTest, AgreesWithItsModel)
@@ -52,37 +43,10 @@ TEST_F(HashTest, AgreesWithItsModel)
     AgreesWithItsModel<ModelledHashSet>(6, 1500);
 }
 
-TEST_F(HashTest, WalksInTheKnownOrder)
+TEST_F(HashTest, TakesListsOfPairs)
 {
-    THashMap<int, int> map;
-    TOpen<THashSet<int>> set;
-    std::map<uint32, std::vector<int>> walks; // the last one with so many buckets
-    for (int i = 1; i <= 12; ++i)
-    {
-        map.Insert(i, i);
-        set.Insert(i);
-        ASSERT_EQ(Keys(map), Values(set));
-        walks[set.m_nBucketCount] = Values(set);
-    }
-    EXPECT_EQ((std::vector<int>{1, 4, 3, 2}), walks[4]);
-    EXPECT_EQ((std::vector<int>{4, 11, 7, 12, 10, 6, 9, 3, 5, 1, 8, 2}), walks[13]);
-    for (int i = 13; i <= 300; ++i)
-    {
-        set.Insert(i);
-        walks.try_emplace(set.m_nBucketCount);
-    }
-    std::vector<uint32> counts;
-    for (const auto& [nBuckets, walk] : walks)
-        counts.push_back(nBuckets);
-    EXPECT_EQ((std::vector<uint32>{4, 6, 9, 13, 19, 28, 42, 63, 94, 141, 211, 316}), counts);
-
     EXPECT_EQ(3, (THashMap<int, int>{{1, 2}, {1, 3}}.Find(1)->Value()));
-    TMultiHashMap<int, int> multi{{1, 1}, {2, 2}, {1, 3}, {1, 4}};
-    EXPECT_EQ((std::vector<int>{1, 1, 1, 2}), Keys(multi));
-    multi.Insert(2, 5);
-    multi.Insert(3, 6);
-    EXPECT_EQ((std::vector<int>{2, 2, 1, 1, 1, 3}), Keys(multi));
-    EXPECT_EQ(3, multi.Find(1)->Value()) << "1, 4, 3 as inserted, reversed by the growth";
+    EXPECT_EQ(4u, (TMultiHashMap<int, int>{{1, 1}, {2, 2}, {1, 3}, {1, 4}}.Size()));
 }
 
 TEST_F(HashTest, HashesSignedBytes)
@@ -148,7 +112,6 @@ TEST_F(HashTest, BreaksOnAViolatedPrecondition)
     THashMap<int, int> empty;
     const auto erased = map.Find(2);
     map.Erase(erased);
-    EXPECT_BREAK(empty.Erase(empty.End()));
     EXPECT_BREAK(empty.Erase(map.Begin()));
     EXPECT_BREAK(map.Erase(map.End()));
     EXPECT_BREAK(map.Erase(other.Begin()));
@@ -191,7 +154,7 @@ TEST_F(HashTest, ValidateSeesABrokenTable)
         [](Set& set) { set.m_nSize = 2; },
         [](Set& set) { set.m_nSize = 4; },
         [](Set& set) { set.m_nBucketCount = 0; },
-        [](Set& set) { set.m_nBucketCount = 3; },
+        [](Set& set) { set.Clear(), set.m_nBucketCount = 3; },
         [](Set& set) { set.m_nFreeHead = 2; },
         [](Set& set) { set.m_nFreeHead = 4; },
         [](Set& set) { set.m_pBuckets[0] = detail::kHashNone; },

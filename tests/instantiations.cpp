@@ -1,4 +1,5 @@
-// Every member of every container must compile for the simplest elements, and for the widest where these are allowed.
+// Every member of every container must compile for the simplest elements, for strings, and for the widest where these
+// are allowed.
 #include "core/containers/array.h"
 #include "core/containers/blockarray.h"
 #include "core/containers/hashmap.h"
@@ -9,6 +10,7 @@
 #include "core/containers/multihashmap.h"
 #include "core/containers/set.h"
 #include "core/containers/slist.h"
+#include "core/strings/string.h"
 
 namespace
 {
@@ -53,6 +55,19 @@ template class TMultiMap<SMinimal, SMinimal>;
 template class THashMap<SMinimal, SMinimal, SMinimalPolicy>;
 template class TMultiHashMap<SMinimal, SMinimal, SMinimalPolicy>;
 template class THashSet<SMinimal, SMinimalPolicy>;
+template class TArray<ZString>;
+template class TMaxArray<ZString, 3>;
+template class TBlockArray<ZString>;
+template class TList<ZString>;
+template class TSList<ZString>;
+template class TRedBlackTree<ZString>;
+template class TSet<ZString>;
+template class TMultiSet<ZString>;
+template class TMap<ZString, ZString>;
+template class TMultiMap<ZString, ZString>;
+template class THashMap<ZString, ZString>;
+template class TMultiHashMap<ZString, ZString>;
+template class THashSet<ZString>;
 template class TMaxArray<SWide, 3>;
 template class TMultiSet<SWide>;
 template class TSet<SWide>;

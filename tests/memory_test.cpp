@@ -133,6 +133,7 @@ TEST(MallocAllocator, HonoursEveryAlignment)
         }
     }
     allocator.Free(nullptr);
+    allocator.Free(allocator.Allocate(8, 0, 0));
 }
 
 TEST(MallocAllocator, RefusesWhatItCannotGive)

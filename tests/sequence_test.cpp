@@ -11,7 +11,6 @@ using SequenceTest = JournalTest;
 template <class TArrayLike>
 void BreaksOutside(TArrayLike& array)
 {
-    int* volatile pNull = nullptr;
     volatile int nOne = 1; // what the compiler sees, it refuses
     EXPECT_BREAK(array[2] = 0);
     EXPECT_BREAK(array[UINT64_MAX] = 0);
@@ -22,10 +21,9 @@ void BreaksOutside(TArrayLike& array)
     EXPECT_BREAK(array.Erase(array.End()));
     EXPECT_BREAK(array.Erase(array.Begin() - nOne));
     EXPECT_BREAK(array.Erase(reinterpret_cast<int*>(detail::AddressOf(array.End()) - 2)));
-    EXPECT_BREAK(array.Erase(pNull));
-    EXPECT_BREAK(array.Erase(2));
-    EXPECT_BREAK(array.Erase(-nOne));
-    EXPECT_BREAK(array.Erase(uint64{1} << (31 + nOne)));
+    EXPECT_BREAK((array.Clear(), array.Erase(0)));
+    EXPECT_BREAK(array.Erase(uint64{1} << (61 + nOne))) << "the byte offset wraps to 0";
+    EXPECT_BREAK(static_cast<void>(std::as_const(array)[2]));
 
     EXPECT_EQ(2, std::as_const(array)[1]);
 
@@ -55,7 +53,7 @@ class SequenceOfIntsTest : public testing::Test
     ZMemAllocatorScope m_scope;
 };
 
-using SequencesOfInts = testing::Types<TArray<int>, TMaxArray<int, 5>, TBlockArray<int>, TList<int>, TSList<int>>;
+using SequencesOfInts = testing::Types<TArray<int>, TMaxArray<int, 4>, TBlockArray<int>, TList<int>, TSList<int>>;
 TYPED_TEST_SUITE(SequenceOfIntsTest, SequencesOfInts);
 
 TYPED_TEST(SequenceOfIntsTest, IsAStandardRange)
@@ -65,7 +63,8 @@ TYPED_TEST(SequenceOfIntsTest, IsAStandardRange)
     static_assert(std::forward_iterator<Iterator> && std::forward_iterator<ConstIterator>);
     static_assert(std::ranges::forward_range<TypeParam> && std::ranges::forward_range<const TypeParam>);
     static_assert(std::is_convertible_v<Iterator, ConstIterator> && !std::is_convertible_v<ConstIterator, Iterator>);
-    static_assert(std::is_same_v<std::iter_reference_t<ConstIterator>, const int&>);
+    static_assert(std::is_same_v<decltype(*std::declval<const TypeParam&>().Begin()), const int&>);
+    static_assert(std::is_nothrow_move_constructible_v<TypeParam> && std::is_nothrow_move_assignable_v<TypeParam>);
 
     const TypeParam sequence{4, 5, 6, 5};
     EXPECT_EQ(2, std::ranges::count_if(sequence, [](int n) { return n == 5; }));
@@ -93,19 +92,13 @@ TYPED_TEST(SequenceOfIntsTest, EnumeratesUpToTheBreakBehindTheLast)
 }
 
 static_assert(std::contiguous_iterator<TArray<int>::iterator> && std::contiguous_iterator<TMaxArray<int, 3>::iterator>);
-static_assert(
-    std::is_nothrow_move_constructible_v<TArray<Logged>> && std::is_nothrow_move_assignable_v<TArray<Logged>>);
-static_assert(std::is_nothrow_move_constructible_v<
-                  TMaxArray<Logged, 3>> && std::is_nothrow_move_assignable_v<TMaxArray<Logged, 3>>);
+static_assert(!std::is_nothrow_move_constructible_v<TMaxArray<LoggedCopy, 3>>);
 static_assert(sizeof(TMaxArray<double, 10>) == 88 && sizeof(TMaxArray<char, 3>) == 8);
 
 TEST_F(SequenceTest, ArraysBreakOutsideOfTheirElements)
 {
-    TArray<int> array(4);
-    array.Add(1);
-    array.Add(2);
+    TArray<int> array{1, 2};
     BreaksOutside(array);
-    EXPECT_BREAK(static_cast<void>(std::as_const(array)[1]));
     EXPECT_BREAK(TArray<int>(UINT64_MAX / 2));
 
     TMaxArray<int, 3> maxArray{1, 2};
@@ -172,12 +165,12 @@ TEST_F(SequenceTest, BlockArrayBreaksOnWhatIsNotThere)
     TBlockArray<int> array;
     EXPECT_BREAK(array.First() = 0);
     EXPECT_BREAK(static_cast<void>(std::as_const(array).Last()));
-    EXPECT_BREAK(array.Erase(array.Begin()));
     const TBlockArray<int>::iterator last = array.Insert(array.End(), 1);
     array.Insert(array.End(), 2);
+    EXPECT_TRUE(std::as_const(array).First() == 1 && std::as_const(array).Last() == 2);
     EXPECT_EQ(TBlockArray<int>().End(), array.End()) << "all ends are equal";
     EXPECT_BREAK(array[2] = 0);
-    EXPECT_BREAK(static_cast<void>(std::as_const(array)[UINT64_MAX]));
+    EXPECT_BREAK(static_cast<void>(std::as_const(array)[uint64{1} << 32]));
     EXPECT_BREAK(array.Erase(array.End()));
     EXPECT_BREAK(static_cast<void>(std::next(array.End())));
     // A position further on than the end is found out at the very last.

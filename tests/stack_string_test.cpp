@@ -41,7 +41,7 @@ TEST(StackStrings, FormatHasNoLimitOfItsOwn)
         for (const uint32 nFiller : {1u, nCapacity})
         {
             const std::string filler(nFiller, 'y');
-            string.format("<%s>%s", string.get(), filler.c_str());
+            ASSERT_EQ(string.get(), string.format("<%s>%s", string.get(), filler.c_str()));
             model = (model + '<' + model + '>' + filler).substr(0, nCapacity - 1);
             ASSERT_TRUE(string.Intact());
             ASSERT_EQ(model, string.get());
@@ -59,7 +59,7 @@ TEST(StackStrings, FormatHasNoLimitOfItsOwn)
     // printf gives up on a character that is none.
     GuardedString refused(16);
     refused.append("old");
-    refused.format("new%lc", wint_t{0xD800});
+    EXPECT_EQ(refused.get(), refused.format("new%lc", wint_t{0xD800}));
     EXPECT_TRUE(refused.Intact());
     EXPECT_STREQ("old", refused.get());
 }
@@ -81,9 +81,6 @@ TEST(StackStrings, FloatsAreCutNotRounded)
     }
 
     ZStackString<256> string;
-    string.appendFloat(-0.0f, 'f', 2).appendFloat(-1e-9f, 'f', 2).appendFloat(2.99f, 'f', 0).appendFloat(-0.0f, 'e', 1);
-    EXPECT_STREQ("0.00-0.0020.0e+000", string.get());
-    string.clear();
     string.appendFloat(INFINITY, 'f', 2).appendFloat(-INFINITY, 'e', 2).appendFloat(-NAN, 'f', 2);
     EXPECT_STREQ("inf-infnan", string.get());
     EXPECT_BREAK(string.appendFloat(1.5f, 'g', 1));
@@ -118,10 +115,18 @@ TEST(StackStrings, CopyTheirText)
     ZStackString<8> first;
     first.append("text");
     ZStackString<8> copy(first);
-    first.append("s");
+    first.clear();
+    first.append("no");
     EXPECT_STREQ("text", copy.get());
     copy = first;
     copy = static_cast<const ZStackString<8>&>(copy);
-    EXPECT_STREQ("texts", copy.get());
+    EXPECT_EQ("no", std::string_view(copy));
     EXPECT_TRUE(copy.Validate());
+
+    // A new one is empty, whatever lay in its place.
+    alignas(ZStackString<8>) char acMemory[sizeof(ZStackString<8>)];
+    std::memset(acMemory, '#', sizeof(acMemory));
+    char* volatile pMemory = acMemory;
+    ZStackString<8>* volatile pNew = new (pMemory) ZStackString<8>;
+    EXPECT_TRUE(pNew->Validate());
 }

@@ -56,10 +56,6 @@ TEST_F(GuidValues, ReadWhatIsAGuidToTheCharacter)
         EXPECT_TRUE(AgreesOnGuid(text));
         ForEachNeighbour(text, [](const std::string& other) { ASSERT_TRUE(AgreesOnGuid(other)) << other; });
     }
-    for (const std::string_view text : {"{97f879bd-be59-447b-ae39-5c54e0e67d2}", "97f879bdbe59447bae395c54e0e67d22",
-                                        "97f879bd-be59-447b-ae395-c54e0e67d22"})
-        EXPECT_TRUE(AgreesOnGuid(text)) << text;
-    EXPECT_TRUE(AgreesOnGuid(std::string(1000, 'a')));
 
     ZGuid guid(kGuid);
     EXPECT_FALSE(guid.FromString(ZString(static_cast<const char*>(nullptr))));
@@ -113,29 +109,8 @@ TEST_F(GuidValues, AreKeysInTheOrderOfTheirTexts)
 
 TEST(Versions, ReadWhatIsAVersionToTheCharacter)
 {
-    for (const std::string_view text : {"2.1",
-                                        " \v\f\r\t\n2.1",
-                                        "2.1.3",
-                                        "2.1.3.4",
-                                        "2.1.3.4.5",
-                                        "255.255.65535.4294967295",
-                                        "256.0",
-                                        "0.256",
-                                        "0.0.65536",
-                                        "0.0.0.4294967296",
-                                        "0.0.0.42949672950",
-                                        "000000000000000000001.0255",
-                                        "2",
-                                        "2.",
-                                        "+1.0",
-                                        "-1.0",
-                                        "1.-0",
-                                        "1. 0",
-                                        "1.0. 3",
-                                        "0x1.2",
-                                        "18446744073709551617.0",
-                                        "1.0.0.18446744073709551616",
-                                        "99999999999999999999999999999999999999999999.1"})
+    for (const std::string_view text :
+         {" \v\f\r\t\n2.1", "2.1.3.4.5", "255.255.65535.4294967295", "0.0.0.42949672950", "18446744073709551617.0"})
     {
         EXPECT_TRUE(AgreesOnVersion(text)) << text;
         ForEachNeighbour(text, [](const std::string& other) { ASSERT_TRUE(AgreesOnVersion(other)) << other; });
@@ -232,11 +207,13 @@ TEST(LineReaders, HandOutALineAsSoonAsItIsThere)
     char acBuffer[64];
     ZLineReader reader(read, reinterpret_cast<uint64>(&nCalls), acBuffer, sizeof(acBuffer));
     EXPECT_EQ(0, nCalls);
+    const int nLast = INT_MAX; // as if there had been so many lines
+    std::memcpy(reinterpret_cast<char*>(&reader) + 48, &nLast, sizeof(nLast));
     char* pLine = nullptr;
     uint32 nLength = 0;
     for (const auto& [nExpectedCalls, pszExpected] : {std::pair(1, "one"), {2, "two"}, {4, "three"}, {4, nullptr}})
     {
-        reader.GetNextLine(&pLine, &nLength);
+        EXPECT_EQ(pszExpected != nullptr ? nLast : 0, reader.GetNextLine(&pLine, &nLength));
         EXPECT_STREQ(pszExpected, pLine);
         EXPECT_EQ(nExpectedCalls, nCalls);
     }
@@ -271,7 +248,7 @@ TEST(LineReaders, BreakWhereTheyCannotRead)
     EXPECT_EQ(1, breaks.Take());
     EXPECT_STREQ("xxxxxxx", pLine);
 
-    ZLineReader failed(pFailed, 0, acBuffer, 8);
+    ZLineReader failed(pFailed, 0, acBuffer, UINT32_MAX);
     EXPECT_EQ(0, failed.GetNextLine(&pLine, &nLength));
     EXPECT_EQ(0, breaks.Take());
 }

@@ -100,9 +100,9 @@ KX_TYPE_SLOT(32, ZString);
 // take what it sees in here for the value. Not to be called before the module has started, which is before its first
 // initialiser.
 //
-// A library starts before the program that it is linked to. KX_LOCAL here, and on what calls this, keeps a library whose
-// inline functions are visible to others from being given those of the program, whose slots are not merged by then. A
-// library that makes values before the program has started is best compiled with hidden visibility throughout.
+// A library starts before the program that it is linked to. KX_LOCAL here, and on what calls this, keeps a library
+// whose inline functions are visible to others from being given those of the program, whose slots are not merged by
+// then. A library that makes values before the program has started is best compiled with hidden visibility throughout.
 template <class T>
 KX_LOCAL inline STypeID* GetTypeID()
 {

@@ -101,7 +101,10 @@ public:
         bool bAgrees = true;
         TakeJournal();
         if (below(100) == 0)
-            bAgrees = StepWhole(i, below(6) == 0 ? i : 1 - i, below(5));
+        {
+            const size_t j = below(3) == 0 ? i : 1 - i;
+            bAgrees = StepWhole(i, j, below(5));
+        }
         else
             bAgrees = StepElement((*m_containers)[i], m_models[i], arguments, below);
         return bAgrees ? Difference() : "another result, after\n" + Joined(TakeJournal());
@@ -169,7 +172,15 @@ private:
                 MoveAssign(model, otherModel);
             MoveAssign(otherModel, temporary);
             temporary.Die();
-            std::swap(container, other);
+            if constexpr (requires { container.Swap(other); })
+                container.Swap(other);
+            else
+            {
+                TContainer moved(std::move(container));
+                bAgrees = container.IsEmpty() && container.Validate(); // NOLINT(bugprone-use-after-move)
+                container = std::move(other);
+                other = std::move(moved);
+            }
         }
         }
         return bAgrees;

@@ -150,8 +150,9 @@ struct HashModel : KeyedModel<bValues>
     template <class TContainer, class TBelow>
     bool StepOther(TContainer& container, const Logged&, TBelow&& below)
     {
-        Rehash(m_nSize + below(5));
-        container.Rehash(static_cast<uint32>(m_chains.size()));
+        const size_t nCount = m_nSize + below(5);
+        Rehash(nCount);
+        container.Rehash(static_cast<uint32>(nCount));
         return true;
     }
 

@@ -179,18 +179,10 @@ struct OrderedModel : KeyedModel<bValues>
                && IsSame(container, pNode->m_pChild[1], pOther->_M_right);
     }
 
-    // A look for the bound, or an exchange with a copy.
-    template <class TContainer, class TBelow>
-    bool StepOther(TContainer& container, const Logged& key, TBelow&& below)
+    // A look for the bound.
+    template <class TContainer>
+    bool StepOther(TContainer& container, const Logged& key, auto&&)
     {
-        if (below(8) == 0)
-        {
-            Copy(Root());
-            TContainer other(container);
-            container.Swap(other);
-            Release(Root());
-            return true;
-        }
         const size_t nBound = PlaceOf(m_tree.lower_bound(SEntry{key.m_nValue}));
         CompareDownTo(key.m_nValue);
         const auto bound = container.LowerBound(key);

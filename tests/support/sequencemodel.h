@@ -333,9 +333,10 @@ bool StepElement(TSequence& sequence, TModel& model, SArguments<TElement>& argum
                 return pAdded == &*At(sequence, nPos);
             }
         }
-        const auto inserted = bMove ? sequence.Insert(At(sequence, nPos), std::move(value))
-                                    : sequence.Insert(At(sequence, nPos), std::as_const(value));
-        return inserted == At(sequence, nPos);
+        const typename TSequence::const_iterator inserted =
+            bMove ? sequence.Insert(At(sequence, nPos), std::move(value))
+                  : sequence.Insert(At(sequence, nPos), std::as_const(value));
+        return inserted == At(sequence, nPos) && std::next(inserted) == At(sequence, nPos + 1);
     }
     if (nPos == nSize)
         return true;

@@ -100,7 +100,7 @@ public:
         std::string text;
         const uint64 nLength = below(below(4) == 0 ? 2 * m_nMax + 3 : 5);
         while (text.size() < nLength)
-            text += "<>&\"'?abcdefghij"[below(16)];
+            text += "<>&\"'?\x80\xB0\xC3\xE9ghijkl"[below(16)];
 
         // A piece of the string itself, as an argument.
         const uint64 nFrom = below(m_model.size() + 1);

@@ -44,6 +44,7 @@ inline bool AgreesOnGuid(std::string_view text)
             return false;
     }
     char acText[ZGuid::kTextSize];
+    std::memset(acText, '#', sizeof(acText));
     guid.WriteTo(acText);
     std::string lower(text);
     std::transform(lower.begin(), lower.end(), lower.begin(),
