@@ -92,7 +92,6 @@ TYPED_TEST(SequenceOfIntsTest, EnumeratesUpToTheBreakBehindTheLast)
 }
 
 static_assert(std::contiguous_iterator<TArray<int>::iterator> && std::contiguous_iterator<TMaxArray<int, 3>::iterator>);
-static_assert(!std::is_nothrow_move_constructible_v<TMaxArray<LoggedCopy, 3>>);
 static_assert(sizeof(TMaxArray<double, 10>) == 88 && sizeof(TMaxArray<char, 3>) == 8);
 
 TEST_F(SequenceTest, ArraysBreakOutsideOfTheirElements)

@@ -13,7 +13,7 @@
 
 // What is not known to be a literal is converted only where the program says so.
 static_assert(!std::is_convertible_v<const char*, ZString> && !std::is_convertible_v<std::string_view, ZString>);
-static_assert(ZString::kMaxLength == INT_MAX, "as far as Length() goes");
+static_assert(ZString::kMaxLength == INT32_MAX, "as far as Length() goes");
 static_assert(std::is_nothrow_move_constructible_v<ZString> && std::is_nothrow_move_assignable_v<ZString>);
 
 namespace

@@ -207,7 +207,7 @@ TEST(LineReaders, HandOutALineAsSoonAsItIsThere)
     char acBuffer[64];
     ZLineReader reader(read, reinterpret_cast<uint64>(&nCalls), acBuffer, sizeof(acBuffer));
     EXPECT_EQ(0, nCalls);
-    const int nLast = INT_MAX; // as if there had been so many lines
+    const int nLast = INT32_MAX; // as if there had been so many lines
     std::memcpy(reinterpret_cast<char*>(&reader) + 48, &nLast, sizeof(nLast));
     char* pLine = nullptr;
     uint32 nLength = 0;
