@@ -70,7 +70,8 @@ TEST(DynamicObjectSize, AnyWidth)
     EXPECT_FALSE(copy == object || object == copy);
     EXPECT_FALSE(ZDynamicObject().Set("a", 1).Set("b", 2) == ZDynamicObject().Set("b", 1).Set("a", 1));
     EXPECT_FALSE(object.Set("another", 50000) == copy) << "as many, of other names";
-    EXPECT_FALSE(ZDynamicObject::Array().PushBack(1) == ZDynamicObject::Array().PushBack(1).PushBack(1));
+    EXPECT_FALSE(ZDynamicObject().PushBack(1) == ZDynamicObject().PushBack(1).PushBack(1));
+    EXPECT_FALSE(ZDynamicObject().PushBack(1) == ZDynamicObject().PushBack("1"));
 }
 
 // Removed at random, the last one found in no index.
