@@ -181,6 +181,16 @@ TEST_F(SequenceTest, BlockArrayBreaksOnWhatIsNotThere)
     EXPECT_EQ(4, *last) << "blocks stay, and the first one is used again";
 }
 
+TEST_F(SequenceTest, BlockArrayGrowsItsTableByHalf)
+{
+    TBlockArray<char> array;
+    for (int i = 0; i < 433; ++i)
+        array.Insert(array.End(), 'x');
+    Journal tables = TakeJournal();
+    std::erase_if(tables, [](const std::string& word) { return word == "alloc 16/16" || word.starts_with("free"); });
+    EXPECT_EQ((Journal{"alloc 64/16", "alloc 96/16", "alloc 144/16", "alloc 216/16", "alloc 320/16"}), tables);
+}
+
 TEST_F(SequenceTest, ListsDifferInWhereAValueAloneGoes)
 {
     TList<int> list;

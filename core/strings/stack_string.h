@@ -95,8 +95,8 @@ public:
 
     // Replaces the markup characters by &lt; &gt; &amp; &quot; &apos;, from left to right. An entity is written if what
     // it adds still fits in the room that is left of the room at the start; otherwise the character becomes "?", and
-    // the next one is judged in the same way. The text does not get shorter, and nothing is cut from it. NUL and bytes of
-    // 0x80 and more stay as they are.
+    // the next one is judged in the same way. The text does not get shorter, and nothing is cut from it. NUL and bytes
+    // of 0x80 and more stay as they are.
     void xmlEncode();
 
     // Makes the string empty.

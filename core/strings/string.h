@@ -128,8 +128,8 @@ public:
     // A copy of the format in which {0} to {7} are replaced by the texts of the arguments: of a number the decimal
     // text, the shortest one that reads back as the same value where it has a fraction; "true" and "false"; of a string
     // the string. {{ and }} stand for one brace. Everything else stays as it is: a brace without its partner, a number
-    // that has no argument, an argument whose type has no text, NUL, bytes of 0x80 and more. One allocation, none for an
-    // empty result.
+    // that has no argument, an argument whose type has no text, NUL, bytes of 0x80 and more. One allocation, none for
+    // an empty result.
     //
     // The references are core/dynamic/variant.h's, which is to be included. The shorter form passes empty ones for the
     // rest; it also takes C strings, and what has a ToString(), as arguments.

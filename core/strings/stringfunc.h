@@ -27,8 +27,9 @@ constexpr bool kIsInt =
 // Reads a decimal number of any of the eight types of 8 to 64 bits: white space, for a signed type one "-", digits up
 // to the first character that is none. What follows is ignored. Stores the number and returns true; or stores 0 and
 // returns false, where no digit stands at that place or the number lies outside the range of the type. A "+" is no
-// digit, and nor is the "-" of an unsigned type, in "-0" no more than in "-1". Bytes of 0x80 and more are neither digits
-// nor white space. A text may be cut anywhere: what is left of it is read by the same rules. The empty one has no digit.
+// digit, and nor is the "-" of an unsigned type, in "-0" no more than in "-1". Bytes of 0x80 and more are neither
+// digits nor white space. A text may be cut anywhere: what is left of it is read by the same rules. The empty one has
+// no digit.
 //
 // ppEnd, if it is not null, gets the first character that was not consumed: the one behind the digits, even if the
 // number was too large, or pszText where there were none.
