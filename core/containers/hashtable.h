@@ -71,8 +71,9 @@ public:
     // node array, if there are any.
     ~THashTable()
     {
-        static_assert(alignof(TNode) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
-                      "hash containers: nodes are aligned to 16 bytes; keep elements of a wider alignment in a TMap");
+        static_assert(
+            alignof(TNode) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
+            "a hash container aligns its nodes to 16 bytes; keep elements of a wider alignment in a TMap or TSet");
         static_assert(sizeof(THashTable) == 32 && offsetof(TFields, m_pBuckets) == 16
                           && offsetof(TFields, m_nFreeHead) == offsetof(TFields, m_nSize) + 4
                           && offsetof(TFields, m_nBucketCount) == offsetof(TFields, m_nFreeHead) + 4,
@@ -180,9 +181,6 @@ public:
     // set whose m_bNoRehash is set, before that.
     void Rehash(uint32 nCount)
     {
-        static_assert(
-            alignof(TNode) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
-            "a hash container aligns its nodes to 16 bytes; keep elements of a wider alignment in a TMap or TSet");
         BreakUnless(TFields::MayRehash());
         BreakUnless(m_nSize <= nCount);
         const TFields old = *this;
