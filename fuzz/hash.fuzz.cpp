@@ -1,8 +1,11 @@
-// The operations of the hash containers, beside their models.
+// The hash containers.
+#include "core/containers/hashmap.h"
+#include "core/containers/hashset.h"
+#include "core/containers/multihashmap.h"
 #include "fuzz/operations.h"
-#include "tests/support/hashmodel.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8* pData, std::size_t nSize)
 {
-    return OperateOneOf<ModelledHashMap, ModelledMultiHashMap, ModelledHashSet>(pData, nSize);
+    return OperateOneOf<TKeyed<THashMap<int, int>, false>, TKeyed<TMultiHashMap<int, int>, true>,
+                        TKeyed<THashSet<int>, false>>(pData, nSize);
 }

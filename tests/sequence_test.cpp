@@ -1,7 +1,7 @@
-// The five sequences: beside their models, and what the models do not show.
+// The five sequences: what the journals do not show.
 #include "tests/support/breaks.h"
 #include "tests/support/modeltest.h"
-#include "tests/support/sequencemodel.h"
+#include "tests/support/player.h"
 
 namespace
 {
@@ -11,42 +11,36 @@ using SequenceTest = JournalTest;
 template <class TArrayLike>
 void BreaksOutside(TArrayLike& array)
 {
-    volatile int nOne = 1; // what the compiler sees, it refuses
-    EXPECT_BREAK(array[2] = 0);
-    EXPECT_BREAK(array[UINT64_MAX] = 0);
-    EXPECT_BREAK(static_cast<void>(std::as_const(array)[uint64{1} << (31 + nOne)]));
-    EXPECT_BREAK(array[uint64{1} << (61 + nOne)] = 0) << "the byte offset wraps to 0";
+    volatile int nOne = 1; // hides from the compiler what it would refuse
+    for (const uint64 nIndex : {uint64{2}, UINT64_MAX, uint64{1} << 32, uint64{1} << (61 + nOne)})
+    {
+        EXPECT_BREAK(array[nIndex] = 0) << nIndex;
+        EXPECT_BREAK(static_cast<void>(std::as_const(array)[nIndex])) << nIndex;
+        EXPECT_BREAK(array.Erase(nIndex)) << nIndex;
+    }
     EXPECT_BREAK(array.Insert(array.End() + 1, 0));
     EXPECT_BREAK(array.Insert(array.Begin() - nOne, 0));
     EXPECT_BREAK(array.Erase(array.End()));
     EXPECT_BREAK(array.Erase(array.Begin() - nOne));
     EXPECT_BREAK(array.Erase(reinterpret_cast<int*>(detail::AddressOf(array.End()) - 2)));
     EXPECT_BREAK((array.Clear(), array.Erase(0)));
-    EXPECT_BREAK(array.Erase(uint64{1} << (61 + nOne))) << "the byte offset wraps to 0";
-    EXPECT_BREAK(static_cast<void>(std::as_const(array)[2]));
-
     EXPECT_EQ(2, std::as_const(array)[1]);
 
-    // Resumed, the reference is to what lies behind, and erasing there takes the last element away.
+    // If execution resumes, the reference is to what follows, and erasing there removes the last element.
     BreakCounter breaks;
     EXPECT_EQ(array.End(), &array[2]);
     array.Erase(array.End());
     EXPECT_EQ(2, breaks.Take());
     EXPECT_EQ((std::vector<int>{1}), Values(array));
 }
+
+struct alignas(16) Wide
+{
+    int m_nValue;
+};
 } // namespace
 
-TEST_F(SequenceTest, AgreesWithItsModel)
-{
-    AgreesWithItsModel<ModelledArray>(3, 2000);
-    AgreesWithItsModel<ModelledArrayOfCopies>(1, 2000);
-    AgreesWithItsModel<ModelledMaxArray>(3, 2000);
-    AgreesWithItsModel<ModelledBlockArray>(3, 6000);
-    AgreesWithItsModel<ModelledList>(3, 2000);
-    AgreesWithItsModel<ModelledSList>(3, 2000);
-}
-
-// What the five offer to the standard library and to users of values that count nothing.
+// What the five offer to the standard library.
 template <class TSequence>
 class SequenceOfIntsTest : public testing::Test
 {
@@ -61,28 +55,22 @@ TYPED_TEST(SequenceOfIntsTest, IsAStandardRange)
     using Iterator = typename TypeParam::iterator;
     using ConstIterator = typename TypeParam::const_iterator;
     static_assert(std::forward_iterator<Iterator> && std::forward_iterator<ConstIterator>);
-    static_assert(std::ranges::forward_range<TypeParam> && std::ranges::forward_range<const TypeParam>);
     static_assert(std::is_convertible_v<Iterator, ConstIterator> && !std::is_convertible_v<ConstIterator, Iterator>);
     static_assert(std::is_same_v<decltype(*std::declval<const TypeParam&>().Begin()), const int&>);
     static_assert(std::is_nothrow_move_constructible_v<TypeParam> && std::is_nothrow_move_assignable_v<TypeParam>);
 
     const TypeParam sequence{4, 5, 6, 5};
-    EXPECT_EQ(2, std::ranges::count_if(sequence, [](int n) { return n == 5; }));
-    EXPECT_TRUE(std::ranges::equal(sequence, std::array{4, 5, 6, 5}));
-    EXPECT_EQ(std::next(sequence.Begin()), std::ranges::find(sequence, 5));
-    EXPECT_EQ(sequence.End(), std::ranges::find(sequence, 7));
-    EXPECT_EQ(sequence.begin(), sequence.Begin());
+    EXPECT_EQ((std::vector<int>{4, 5, 6, 5}), std::vector<int>(sequence.begin(), sequence.end()));
+    EXPECT_EQ(std::next(sequence.Begin()), std::find(sequence.begin(), sequence.end(), 5));
     EXPECT_TRUE(TypeParam({}).IsEmpty());
 }
 
-TYPED_TEST(SequenceOfIntsTest, EnumeratesUpToTheBreakBehindTheLast)
+TYPED_TEST(SequenceOfIntsTest, EnumeratesUpToTheBreakPastTheLast)
 {
-    TypeParam sequence{4, 5};
+    TypeParam sequence{4};
     auto enumerator = sequence.GetEnumerator();
     ASSERT_TRUE(enumerator.MoveNext());
     enumerator.Current() = 6;
-    ASSERT_TRUE(enumerator.MoveNext());
-    EXPECT_EQ(5, enumerator.Current());
     EXPECT_FALSE(enumerator.MoveNext());
     EXPECT_BREAK(static_cast<void>(enumerator.Current()));
     auto constEnumerator = std::as_const(sequence).GetEnumerator();
@@ -103,46 +91,29 @@ TEST_F(SequenceTest, ArraysBreakOutsideOfTheirElements)
     TMaxArray<int, 3> maxArray{1, 2};
     BreaksOutside(maxArray);
     maxArray.Add(2);
-    int& added = maxArray.Add(3);
-    EXPECT_EQ(&maxArray[2], &added);
+    maxArray.Add(3);
     EXPECT_BREAK(maxArray.Add(4));
     EXPECT_BREAK(maxArray.Insert(maxArray.Begin(), 4));
     EXPECT_BREAK((TMaxArray<int, 1>{1, 2}));
 }
 
-TEST_F(SequenceTest, ArrayConstructsExactlyAndCompares)
+TEST_F(SequenceTest, ArraysConstructExactlyAndCompare)
 {
     {
         const TArray<Logged> none(0);
         const TArray<int> room(3);
-        EXPECT_EQ(3u, room.Capacity());
-        EXPECT_TRUE(room.IsEmpty());
         const TArray<int> list{4, 5};
-        EXPECT_EQ(2u, list.Capacity());
-        EXPECT_TRUE(room != list && room == TArray<int>());
-        EXPECT_EQ((Journal{"alloc 12/4", "alloc 8/4", "free null"}), TakeJournal());
+        EXPECT_EQ((Journal{"alloc 12/4", "alloc 8/4"}), TakeJournal());
+        EXPECT_TRUE(room.IsEmpty() && room.Capacity() == 3 && list.Capacity() == 2);
         EXPECT_TRUE(list == (TArray<int>{4, 5}) && list != (TArray<int>{4, 6}) && list != (TArray<int>{4}));
         TakeJournal();
     }
     EXPECT_EQ((Journal{"free 8", "free 12", "free null"}), TakeJournal());
 }
 
-TEST_F(SequenceTest, ArrayHandsOnTheAlignmentOfTheElement)
+TEST_F(SequenceTest, ElementsMayBeWideMoveOnlyOrOverloadTheAddressOperator)
 {
-    struct alignas(64) Wide
-    {
-        int m_nValue;
-    };
-    TArray<Wide> array;
-    for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(0u, detail::AddressOf(&array.Add(Wide{i})) % 64);
-    EXPECT_EQ((Journal{"alloc 64/64", "free null", "alloc 128/64", "free 64", "alloc 192/64", "free 128"}),
-              TakeJournal());
-}
-
-TEST_F(SequenceTest, ElementsOfAnArrayMayBeMoveOnlyOrOverloadTheAddressOperator)
-{
-    struct Odd
+    struct alignas(64) Odd
     {
         explicit Odd(int nValue) : m_nValue(nValue) {}
         Odd(Odd&&) = default;
@@ -150,13 +121,14 @@ TEST_F(SequenceTest, ElementsOfAnArrayMayBeMoveOnlyOrOverloadTheAddressOperator)
         void operator&() const = delete;
         int m_nValue;
     };
-    TArray<Odd> array(4);
+    TArray<Odd> array(3);
     array.Add(Odd(1));
     array.Insert(array.Begin(), Odd(2));
     array.Insert(array.Begin(), std::move(array[1]));
     array.Erase(1);
-    array.Reserve(9);
+    array.Reserve(4);
     EXPECT_EQ((std::vector<int>{1, 1}), Values(array));
+    EXPECT_EQ((Journal{"alloc 192/64", "alloc 256/64", "free 192"}), TakeJournal());
 }
 
 TEST_F(SequenceTest, BlockArrayBreaksOnWhatIsNotThere)
@@ -172,7 +144,7 @@ TEST_F(SequenceTest, BlockArrayBreaksOnWhatIsNotThere)
     EXPECT_BREAK(static_cast<void>(std::as_const(array)[uint64{1} << 32]));
     EXPECT_BREAK(array.Erase(array.End()));
     EXPECT_BREAK(static_cast<void>(std::next(array.End())));
-    // A position further on than the end is found out at the very last.
+    // A position past the end is found out at the very last.
     array.Insert(array.End(), 3);
     const TBlockArray<int>::iterator end = array.End();
     array.Clear();
@@ -181,36 +153,11 @@ TEST_F(SequenceTest, BlockArrayBreaksOnWhatIsNotThere)
     EXPECT_EQ(4, *last) << "blocks stay, and the first one is used again";
 }
 
-TEST_F(SequenceTest, BlockArrayGrowsItsTableByHalf)
-{
-    TBlockArray<char> array;
-    for (int i = 0; i < 433; ++i)
-        array.Insert(array.End(), 'x');
-    Journal tables = TakeJournal();
-    std::erase_if(tables, [](const std::string& word) { return word == "alloc 16/16" || word.starts_with("free"); });
-    EXPECT_EQ((Journal{"alloc 64/16", "alloc 96/16", "alloc 144/16", "alloc 216/16", "alloc 320/16"}), tables);
-}
-
-TEST_F(SequenceTest, ListsDifferInWhereAValueAloneGoes)
+TEST_F(SequenceTest, EndOfAListIsWhereAnElementWouldBe)
 {
     TList<int> list;
-    TSList<int> slist;
-    for (int i = 1; i <= 3; ++i)
-    {
-        EXPECT_EQ(i, *list.Insert(i));
-        const TSList<int>::iterator inserted = slist.Insert(i);
-        EXPECT_EQ(slist.Begin(), inserted);
-    }
-    EXPECT_EQ((std::vector<int>{1, 2, 3}), Values(list));
-    EXPECT_EQ((std::vector<int>{3, 2, 1}), Values(slist));
-    EXPECT_EQ(TSList<int>().End(), slist.End());
     EXPECT_EQ(detail::AddressOf(&list + 1), detail::AddressOf(list.End().operator->()));
-    EXPECT_EQ(8u, detail::AddressOf(slist.End().operator->())) << "where the element of a null node would be";
-
-    struct alignas(16) Wide
-    {
-        int m_nValue;
-    };
+    EXPECT_EQ(8u, detail::AddressOf(TSList<int>().End().operator->())) << "in a null node";
     TList<Wide> wideList{{1}, {2}};
     TSList<Wide> wideSList{{1}, {2}};
     EXPECT_EQ(0u, detail::AddressOf(&*wideList.Begin()) % 16);

@@ -36,17 +36,3 @@ void ForEachSeed(uint32 nSeeds, TRun run)
         run([&](uint64 n) { return random() % n; });
     }
 }
-
-// Steps of a container beside its model; see containermodel.h.
-template <class TModelled>
-void AgreesWithItsModel(uint32 nSeeds, int nSteps)
-{
-    ForEachSeed(nSeeds,
-                [&](auto below)
-                {
-                    TModelled modelled;
-                    for (int i = 0; i < nSteps; ++i)
-                        ASSERT_EQ("", modelled.Step(below)) << "step " << i;
-                    ASSERT_EQ("", modelled.Finish());
-                });
-}

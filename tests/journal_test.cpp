@@ -1,0 +1,129 @@
+// Each container does today what is recorded of it: every result, element operation, comparison and allocator call, in
+// order. A file of tests/journals/ has chosen operations first, each told in a line that can be checked against the
+// container's header, and then digests of a long random series, one for each block of operations.
+//
+// With KX_RECORD=1 in the environment the files are written anew, from the operations that they name. With KX_PRINT=1
+// the whole series is printed.
+#include "tests/support/modeltest.h"
+#include "tests/support/player.h"
+
+#include <fstream>
+#include <iostream>
+
+namespace
+{
+constexpr int kBlock = 50;
+constexpr int kSeries = 3000;
+
+struct SName
+{
+    template <class T>
+    static std::string GetName(int nIndex)
+    {
+        static constexpr const char* kNames[] = {
+            "array", "array_of_copies", "max_array",      "block_array", "list",
+            "slist", "red_black_tree",  "multi_set",      "set",         "multi_map",
+            "map",   "hash_map",        "multi_hash_map", "hash_set"};
+        return kNames[nIndex];
+    }
+};
+
+using Kinds = testing::Types<TArray<Logged>, TArray<LoggedCopy>, TMaxArray<Logged, 10>, TBlockArray<Logged>,
+                             TList<Logged>, TSList<Logged>, TRedBlackTree<Logged>, TMultiSet<Logged>, TSet<Logged>,
+                             TMultiMap<Logged, Logged>, TMap<Logged, DefaultLogged>, TOpen<THashMap<Logged, Logged>>,
+                             TOpen<TMultiHashMap<Logged, Logged>>, TOpen<THashSet<Logged>>>;
+
+std::vector<std::string> ReadLines(const std::string& file)
+{
+    std::vector<std::string> lines;
+    std::ifstream stream(file);
+    for (std::string line; std::getline(stream, line);)
+    {
+        line.erase(std::min(line.find('\r'), line.size()));
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+uint64 DigestOf(const std::string& text)
+{
+    uint64 nDigest = 0xCBF29CE484222325;
+    for (const char c : text)
+        nDigest = (nDigest ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    return nDigest;
+}
+
+// The chosen operations of a file, each with what it does now. Comments, which begin with "#", stay.
+template <class TContainer>
+std::vector<std::string> PlayChosen(const std::vector<std::string>& recorded)
+{
+    std::vector<std::string> played;
+    TPlayer<TContainer> player;
+    for (const std::string& line : recorded)
+    {
+        if (line.starts_with("end") || line.starts_with("series"))
+            break;
+        played.push_back(line.starts_with('#') ? line : player.Play(line));
+    }
+    played.push_back("end: " + player.Finish());
+    return played;
+}
+
+// The series: for each block its digest, and its operations.
+template <class TContainer>
+std::vector<std::pair<std::string, std::string>> PlaySeries()
+{
+    std::vector<std::pair<std::string, std::string>> blocks;
+    std::mt19937_64 random(20261121);
+    const auto below = [&](uint64 n) { return random() % n; };
+    TPlayer<TContainer> player;
+    for (int nFirst = 1; nFirst <= kSeries; nFirst += kBlock)
+    {
+        std::string operations;
+        for (int i = 0; i < kBlock; ++i)
+            operations += player.Play(player.Draw(below)) + '\n';
+        if (nFirst + kBlock > kSeries)
+            operations += "end: " + player.Finish() + '\n';
+        std::ostringstream digest;
+        digest << "series " << nFirst << ' ' << std::hex << std::setw(16) << std::setfill('0') << DigestOf(operations);
+        blocks.emplace_back(digest.str(), operations);
+    }
+    return blocks;
+}
+
+template <class TContainer>
+class Journals : public JournalTest
+{
+};
+} // namespace
+
+TYPED_TEST_SUITE(Journals, Kinds, SName);
+
+TYPED_TEST(Journals, AreAsRecorded)
+{
+    const std::string suite = testing::UnitTest::GetInstance()->current_test_info()->test_suite_name();
+    const std::string file = KX_TEST_JOURNALS + suite.substr(suite.find('/') + 1) + ".txt";
+    const std::vector<std::string> recorded = ReadLines(file);
+    const std::vector<std::string> chosen = PlayChosen<TypeParam>(recorded);
+    const auto series = PlaySeries<TypeParam>();
+    if (std::getenv("KX_RECORD") != nullptr)
+    {
+        std::ofstream stream(file);
+        for (const std::string& line : chosen)
+            stream << line << '\n';
+        for (const auto& [digest, operations] : series)
+            stream << digest << '\n';
+        return;
+    }
+
+    ASSERT_EQ(chosen.size() + series.size(), recorded.size()) << file << ": record it, and read what has changed";
+    for (size_t i = 0; i < chosen.size(); ++i)
+        ASSERT_EQ(recorded[i], chosen[i]) << file << ':' << i + 1;
+    for (size_t i = 0; i < series.size(); ++i)
+    {
+        const auto& [digest, operations] = series[i];
+        if (std::getenv("KX_PRINT") != nullptr)
+            std::cout << operations;
+        ASSERT_EQ(recorded[chosen.size() + i], digest) << operations;
+    }
+}
