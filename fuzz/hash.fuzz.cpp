@@ -6,6 +6,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8* pData, std::size_t nSize)
 {
-    return OperateOneOf<TKeyed<THashMap<int, int>, false>, TKeyed<TMultiHashMap<int, int>, true>,
-                        TKeyed<THashSet<int>, false>>(pData, nSize);
+    return OperateOneOf<TCompared<THashMap<int, int>, false>, TCompared<TMultiHashMap<int, int>>,
+                        TCompared<THashSet<int>, false>>(pData, nSize);
 }

@@ -5,6 +5,6 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8* pData, std::size_t nSize)
 {
-    return OperateOneOf<TKeyed<TRedBlackTree<int>, true>, TKeyed<TSet<int>, false>, TKeyed<TMultiSet<int>, true>,
-                        TKeyed<TMap<int, int>, false>, TKeyed<TMultiMap<int, int>, true>>(pData, nSize);
+    return OperateOneOf<TCompared<TRedBlackTree<int>>, TCompared<TSet<int>, false>, TCompared<TMultiSet<int>>,
+                        TCompared<TMap<int, int>, false>, TCompared<TMultiMap<int, int>>>(pData, nSize);
 }
