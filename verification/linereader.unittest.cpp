@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace
 {
@@ -25,116 +26,79 @@ int ReadSource(uint64 nUser, char* pTarget, uint32 nSize)
 }
 } // namespace
 
-// clang-format off
 TEST(LineReader, basic_tests)
 {
-    SSource source = {
-        "\n"
-        "0\n"
-        "01\n"
-        "012\n"
-        "0123\n"
-        "01234\n"
-        "012345\n"
-        "0123456\n"
-        "01234567\n"
-        "012345678\n"
-        "0123456789\n"
-        "0123456789abcdefghijklmnopqrstuvwxyz\n"
-        "\r\n"
-        "0\r\n"
-        "01\r\n"
-        "012\r\n"
-        "0123\r\n"
-        "01234\r\n"
-        "012345\r\n"
-        "0123456\r\n"
-        "01234567\r\n"
-        "012345678\r\n"
-        "0123456789\r\n"
-        "0123456789abcdefghijklmnopqrstuvwxyz\r\n"
-        "\r\r\r\r\r\r\n"
-        "\r\r\r\r\r\r\r\n"
-        "\r\r\r\r\r\r\r\r\n"
-        "012345\ra\r\n"
-        "\n"
-        "\n",
-        255, 0};
+    SSource source = {"\n"
+                      "0\n"
+                      "01\n"
+                      "012\n"
+                      "0123\n"
+                      "01234\n"
+                      "012345\n"
+                      "0123456\n"
+                      "01234567\n"
+                      "012345678\n"
+                      "0123456789\n"
+                      "0123456789abcdefghijklmnopqrstuvwxyz\n"
+                      "\r\n"
+                      "0\r\n"
+                      "01\r\n"
+                      "012\r\n"
+                      "0123\r\n"
+                      "01234\r\n"
+                      "012345\r\n"
+                      "0123456\r\n"
+                      "01234567\r\n"
+                      "012345678\r\n"
+                      "0123456789\r\n"
+                      "0123456789abcdefghijklmnopqrstuvwxyz\r\n"
+                      "\r\r\r\r\r\r\n"
+                      "\r\r\r\r\r\r\r\n"
+                      "\r\r\r\r\r\r\r\r\n"
+                      "012345\ra\r\n"
+                      "\n"
+                      "\n",
+                      255, 0};
     char buffer[8] = {};
     ZLineReader reader(ReadSource, reinterpret_cast<uint64>(&source), buffer, sizeof(buffer));
     char* pszString = nullptr;
     uint32 nStringLength = 0;
     int nLine = 0;
 
-    // A macro, so that a failure shows the line of the step and its number.
-#define EXPECT_PIECE(line, piece)                                      \
-    do                                                                 \
-    {                                                                  \
-        pszString = nullptr;                                           \
-        nStringLength = 0;                                             \
-        nLine = reader.GetNextLine(&pszString, &nStringLength);        \
-        EXPECT_STREQ(piece, pszString);                                \
-        EXPECT_EQ((line), nLine);                                      \
-        if (pszString != nullptr)                                      \
-        {                                                              \
-            EXPECT_EQ(strlen(pszString), nStringLength);               \
-        }                                                              \
+    // A macro, because a failure shows the expected number as it is written in the call.
+#define EXPECT_PIECE(line, piece)                                                                                      \
+    do                                                                                                                 \
+    {                                                                                                                  \
+        pszString = nullptr;                                                                                           \
+        nStringLength = 0;                                                                                             \
+        nLine = reader.GetNextLine(&pszString, &nStringLength);                                                        \
+        EXPECT_STREQ(piece, pszString);                                                                                \
+        EXPECT_EQ((line), nLine);                                                                                      \
+        if (pszString != nullptr)                                                                                      \
+        {                                                                                                              \
+            EXPECT_EQ(strlen(pszString), nStringLength);                                                               \
+        }                                                                                                              \
     } while (false)
 
-    EXPECT_PIECE(1, "");
-    EXPECT_PIECE(2, "0");
-    EXPECT_PIECE(3, "01");
-    EXPECT_PIECE(4, "012");
-    EXPECT_PIECE(5, "0123");
-    EXPECT_PIECE(6, "01234");
-    EXPECT_PIECE(7, "012345");
-    EXPECT_PIECE(8, "0123456");
-    EXPECT_PIECE(8, "");
-    EXPECT_PIECE(9, "0123456");
-    EXPECT_PIECE(9, "7");
-    EXPECT_PIECE(10, "0123456");
-    EXPECT_PIECE(10, "78");
-    EXPECT_PIECE(11, "0123456");
-    EXPECT_PIECE(11, "789");
-    EXPECT_PIECE(12, "0123456");
-    EXPECT_PIECE(12, "789abcd");
-    EXPECT_PIECE(12, "efghijk");
-    EXPECT_PIECE(12, "lmnopqr");
-    EXPECT_PIECE(12, "stuvwxy");
-    EXPECT_PIECE(12, "z");
-    EXPECT_PIECE(13, "");
-    EXPECT_PIECE(14, "0");
-    EXPECT_PIECE(15, "01");
-    EXPECT_PIECE(16, "012");
-    EXPECT_PIECE(17, "0123");
-    EXPECT_PIECE(18, "01234");
-    EXPECT_PIECE(19, "012345");
-    EXPECT_PIECE(19, "");
-    EXPECT_PIECE(20, "0123456");
-    EXPECT_PIECE(20, "");
-    EXPECT_PIECE(21, "0123456");
-    EXPECT_PIECE(21, "7");
-    EXPECT_PIECE(22, "0123456");
-    EXPECT_PIECE(22, "78");
-    EXPECT_PIECE(23, "0123456");
-    EXPECT_PIECE(23, "789");
-    EXPECT_PIECE(24, "0123456");
-    EXPECT_PIECE(24, "789abcd");
-    EXPECT_PIECE(24, "efghijk");
-    EXPECT_PIECE(24, "lmnopqr");
-    EXPECT_PIECE(24, "stuvwxy");
-    EXPECT_PIECE(24, "z");
-    EXPECT_PIECE(25, "\r\r\r\r\r");
-    EXPECT_PIECE(26, "\r\r\r\r\r\r");
-    EXPECT_PIECE(26, "");
-    EXPECT_PIECE(27, "\r\r\r\r\r\r");
-    EXPECT_PIECE(27, "\r");
-    EXPECT_PIECE(28, "012345");
-    EXPECT_PIECE(28, "\ra");
-    EXPECT_PIECE(29, "");
-    EXPECT_PIECE(30, "");
+    // The lines and the pieces that the buffer cuts them into.
+    // clang-format off
+    const std::pair<int, const char*> kPieces[] = {
+        {1, ""}, {2, "0"}, {3, "01"}, {4, "012"}, {5, "0123"}, {6, "01234"}, {7, "012345"},
+        {8, "0123456"}, {8, ""}, {9, "0123456"}, {9, "7"}, {10, "0123456"}, {10, "78"}, {11, "0123456"}, {11, "789"},
+        {12, "0123456"}, {12, "789abcd"}, {12, "efghijk"}, {12, "lmnopqr"}, {12, "stuvwxy"}, {12, "z"},
+        {13, ""}, {14, "0"}, {15, "01"}, {16, "012"}, {17, "0123"}, {18, "01234"},
+        {19, "012345"}, {19, ""}, {20, "0123456"}, {20, ""},
+        {21, "0123456"}, {21, "7"}, {22, "0123456"}, {22, "78"}, {23, "0123456"}, {23, "789"},
+        {24, "0123456"}, {24, "789abcd"}, {24, "efghijk"}, {24, "lmnopqr"}, {24, "stuvwxy"}, {24, "z"},
+        {25, "\r\r\r\r\r"}, {26, "\r\r\r\r\r\r"}, {26, ""}, {27, "\r\r\r\r\r\r"}, {27, "\r"},
+        {28, "012345"}, {28, "\ra"}, {29, ""}, {30, ""},
+    };
+    // clang-format on
+    for (const auto& [line, piece] : kPieces)
+    {
+        SCOPED_TRACE(testing::Message() << line << ": " << testing::PrintToString(piece));
+        EXPECT_PIECE(line, piece);
+    }
     EXPECT_PIECE(0, nullptr);
     EXPECT_PIECE(0, nullptr);
-#undef EXPECT_PIECE
 }
-// clang-format on
