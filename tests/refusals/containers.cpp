@@ -1,72 +1,35 @@
-// Compiles as it stands. With one of the names defined it must not.
-#include "core/containers/array.h"
-#include "core/containers/blockarray.h"
-#include "core/containers/hashmap.h"
-#include "core/containers/hashset.h"
-#include "core/containers/list.h"
-#include "core/containers/map.h"
-#include "core/containers/maxarray.h"
-#include "core/containers/set.h"
-#include "core/containers/slist.h"
-
-struct alignas(32) SWide
-{
-    int m_n;
-    bool operator<(const SWide& other) const { return m_n < other.m_n; }
-    bool operator==(const SWide&) const = default;
-};
+#include "tests/support/containers.h"
+#include "tests/refusals/refuse.h"
 
 struct SMoveOnly
 {
-    SMoveOnly() = default;
     SMoveOnly(SMoveOnly&&) = default;
-    SMoveOnly& operator=(SMoveOnly&&) = default;
-    bool operator<(const SMoveOnly&) const { return false; }
-    bool operator==(const SMoveOnly&) const = default;
+    bool operator<(const SMoveOnly&) const;
 };
 
-struct SText
+// Has no order, and is hashed by its bytes.
+struct alignas(32) SWide
 {
-    const char* m_pszText;
-    float m_fWeight;
-    bool operator==(const SText&) const = default;
+    char m_acBytes[32];
+    bool operator==(const SWide&) const = default;
 };
 
 void Use()
 {
-    TArray<SWide> wide;
-    TSet<SWide> wideSet;
-    TArray<SMoveOnly> moved;
-    moved.Add(SMoveOnly());
-    THashSet<int> numbers{1};
-#if defined(LIST_OF_WIDE)
-    TList<SWide> refused;
-#elif defined(SLIST_OF_WIDE)
-    TSList<SWide> refused;
-#elif defined(BLOCK_ARRAY_OF_WIDE)
-    TBlockArray<SWide> refused;
-#elif defined(HASH_SET_OF_WIDE)
-    THashSet<SWide> refused{SWide{1}};
-#elif defined(LIST_OF_MOVE_ONLY)
-    TList<SMoveOnly> refused;
-#elif defined(SLIST_OF_MOVE_ONLY)
-    TSList<SMoveOnly> refused;
-#elif defined(MAX_ARRAY_OF_MOVE_ONLY)
-    TMaxArray<SMoveOnly, 4> refused;
-#elif defined(SET_OF_MOVE_ONLY)
-    TSet<SMoveOnly> refused;
-#elif defined(MAP_OF_MOVE_ONLY)
-    TMap<int, SMoveOnly> refused;
-#elif defined(HASH_MAP_OF_MOVE_ONLY)
-    THashMap<int, SMoveOnly> refused;
-#elif defined(MAX_ARRAY_OF_NONE)
-    TMaxArray<int, 0> refused;
-#elif defined(SET_WITHOUT_ORDER)
-    TSet<SText> refused;
-#elif defined(MAP_WITHOUT_ORDER)
-    TMap<SText, int> refused;
-#elif defined(HASH_SET_WITHOUT_HASH)
-    THashSet<SText> refused;
-    refused.Insert(SText());
-#endif
+    KX_REFUSE(LIST_OF_WIDE, "keep elements of a wider alignment in a TArray", TList<SWide> refused);
+    KX_REFUSE(SLIST_OF_WIDE, "keep elements of a wider alignment in a TArray", TSList<SWide> refused);
+    KX_REFUSE(BLOCK_ARRAY_OF_WIDE, "keep elements of a wider alignment in a TArray", TBlockArray<SWide> refused);
+    KX_REFUSE(HASH_SET_OF_WIDE, "keep elements of a wider alignment in a TMap or TSet",
+              THashSet<SWide> refused{SWide()});
+    KX_REFUSE(LIST_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TList<SMoveOnly> refused);
+    KX_REFUSE(SLIST_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TSList<SMoveOnly> refused);
+    KX_REFUSE(MAX_ARRAY_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TMaxArray<SMoveOnly, 4> refused);
+    KX_REFUSE(SET_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TSet<SMoveOnly> refused);
+    KX_REFUSE(MAP_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TMap<int, SMoveOnly> refused);
+    KX_REFUSE(HASH_MAP_OF_MOVE_ONLY, "keep what can only be moved in a TArray", THashMap<int, SMoveOnly> refused);
+    KX_REFUSE(MAX_ARRAY_OF_NONE, "give it room for at least one element", TMaxArray<int, 0> refused);
+    KX_REFUSE(SET_WITHOUT_ORDER, "goes by operator<: give the element, or the key of a map, one", TSet<SWide> refused);
+    KX_REFUSE(MAP_WITHOUT_ORDER, "goes by operator<: give the element, or the key of a map, one",
+              TMap<SWide, int> refused);
+    KX_REFUSE(HASH_SET_WITHOUT_HASH, "declare uint32 HashKey", THashSet<float> refused{1.0F});
 }

@@ -1,63 +1,34 @@
-// Compiles as it stands. With one of the names defined it must not.
 #include "core/dynamic/dynamicobject.h"
+#include "tests/refusals/refuse.h"
+
+#include <array>
 
 struct SPlain
 {
-    int m_n;
 };
-
-struct SDeclared
-{
-    int m_n;
-};
-KX_DECLARE_TYPE(SDeclared);
 
 struct SMoveOnly
 {
-    SMoveOnly() = default;
     SMoveOnly(SMoveOnly&&) = default;
 };
 
-struct SLarge
-{
-    char m_acData[65536];
-};
+KX_REFUSE(DECLARED_MOVE_ONLY, "must be copyable", KX_DECLARE_TYPE(SMoveOnly));
+KX_REFUSE(DECLARED_LARGE, "declare one that holds the large part by pointer", KX_DECLARE_TYPE(std::array<char, 65536>));
 
-#if defined(DECLARED_MOVE_ONLY)
-KX_DECLARE_TYPE(SMoveOnly);
-#elif defined(DECLARED_LARGE)
-KX_DECLARE_TYPE(SLarge);
-#endif
-
-void Use(const char* pszText, char c, long long nLong, int* pNumber)
+void Use()
 {
-    ZVariant variant(SDeclared{1});
-    ZDynamicObject object(pszText);
-    object.Set("variant", variant).Set("number", static_cast<int64>(nLong)).Set("char", static_cast<int8>(c));
-    static_cast<void>(pNumber);
-#if defined(IDENTITY_OF_UNDECLARED)
-    GetTypeID<SPlain>();
-#elif defined(IDENTITY_OF_CONST)
-    GetTypeID<const SDeclared>();
-#elif defined(DESCRIPTION_OF_UNDECLARED)
-    GetType<SPlain>();
-#elif defined(VARIANT_OF_UNDECLARED)
-    variant = SPlain{1};
-#elif defined(VARIANT_OF_LITERAL)
-    variant = ZVariant("text");
-#elif defined(VARIANT_OF_POINTER)
-    variant = ZVariant(pszText);
-#elif defined(OBJECT_OF_UNDECLARED)
-    object.Set("plain", SPlain{1});
-#elif defined(OBJECT_OF_POINTER)
-    object = ZDynamicObject(pNumber);
-#elif defined(OBJECT_OF_LONG_LONG)
-    object.PushBack(nLong);
-#elif defined(OBJECT_OF_CHAR)
-    object.Set("char", c);
-#elif defined(READ_AS_LONG_LONG)
-    nLong = object.GetValue<long long>();
-#elif defined(ASKED_FOR_CHAR)
-    object.IsValue<char>();
-#endif
+    KX_REFUSE(IDENTITY_OF_UNDECLARED, "write KX_DECLARE_TYPE", GetTypeID<SPlain>());
+    KX_REFUSE(IDENTITY_OF_CONST, "identity is that of the type without const", GetTypeID<const ZString>());
+    KX_REFUSE(DESCRIPTION_OF_UNDECLARED, "write KX_DECLARE_TYPE", GetType<SPlain>());
+    KX_REFUSE(VARIANT_OF_UNDECLARED, "write KX_DECLARE_TYPE", ZVariant() = SPlain());
+    KX_REFUSE(VARIANT_OF_LITERAL, "or a ZString of a text", ZVariant refused("text"));
+    KX_REFUSE(VARIANT_OF_POINTER, "or a ZString of a text", ZVariant refused(static_cast<const char*>("text")));
+    KX_REFUSE(OBJECT_OF_UNDECLARED, "write KX_DECLARE_TYPE", ZDynamicObject().Set("plain", SPlain()));
+    KX_REFUSE(OBJECT_OF_POINTER, "pass what it points at", ZDynamicObject refused(static_cast<int*>(nullptr)));
+    KX_REFUSE(OBJECT_OF_LONG_LONG, "cast it to one of int8 to int64", ZDynamicObject().PushBack(1LL));
+    KX_REFUSE(OBJECT_OF_CHAR, "cast it to one of int8 to int64", ZDynamicObject().Set("char", 'c'));
+    KX_REFUSE(READ_AS_LONG_LONG, "specialise TDynamicValue for this type, or ask for one of the types it has",
+              ZDynamicObject().GetValue<long long>());
+    KX_REFUSE(ASKED_FOR_CHAR, "specialise TDynamicValue for this type, or ask for one of the types it has",
+              ZDynamicObject().IsValue<char>());
 }
