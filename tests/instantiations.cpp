@@ -1,16 +1,7 @@
 // Every member of every container must compile for the simplest elements, for strings, and for the widest where these
 // are allowed.
-#include "core/containers/array.h"
-#include "core/containers/blockarray.h"
-#include "core/containers/hashmap.h"
-#include "core/containers/hashset.h"
-#include "core/containers/list.h"
-#include "core/containers/map.h"
-#include "core/containers/maxarray.h"
-#include "core/containers/multihashmap.h"
-#include "core/containers/set.h"
-#include "core/containers/slist.h"
 #include "core/strings/string.h"
+#include "tests/support/containers.h"
 
 namespace
 {
@@ -19,11 +10,7 @@ struct SMinimal
 {
     SMinimal() = delete;
     SMinimal(const SMinimal& other) noexcept : m_nValue(other.m_nValue) {}
-    SMinimal& operator=(const SMinimal& other)
-    {
-        m_nValue = other.m_nValue;
-        return *this;
-    }
+    SMinimal& operator=(const SMinimal&) { return *this; }
     ~SMinimal() {}
     bool operator<(const SMinimal& other) const { return m_nValue < other.m_nValue; }
     void operator&() const = delete;
@@ -44,30 +31,22 @@ struct alignas(64) SWide
 };
 } // namespace
 
-template class TMaxArray<SMinimal, 3>;
-template class TBlockArray<SMinimal>;
-template class TList<SMinimal>;
-template class TSList<SMinimal>;
-template class TRedBlackTree<SMinimal>;
-template class TSet<SMinimal>;
-template class TMultiSet<SMinimal>;
-template class TMultiMap<SMinimal, SMinimal>;
-template class THashMap<SMinimal, SMinimal, SMinimalPolicy>;
-template class TMultiHashMap<SMinimal, SMinimal, SMinimalPolicy>;
-template class THashSet<SMinimal, SMinimalPolicy>;
+#define INSTANTIATE(T, ...)                                                                                            \
+    template class TMaxArray<T, 3>;                                                                                    \
+    template class TBlockArray<T>;                                                                                     \
+    template class TList<T>;                                                                                           \
+    template class TSList<T>;                                                                                          \
+    template class TRedBlackTree<T>;                                                                                   \
+    template class TSet<T>;                                                                                            \
+    template class TMultiSet<T>;                                                                                       \
+    template class TMultiMap<T, T>;                                                                                    \
+    template class THashMap<T, T __VA_OPT__(, ) __VA_ARGS__>;                                                          \
+    template class TMultiHashMap<T, T __VA_OPT__(, ) __VA_ARGS__>;                                                     \
+    template class THashSet<T __VA_OPT__(, ) __VA_ARGS__>
+INSTANTIATE(SMinimal, SMinimalPolicy);
+INSTANTIATE(ZString);
 template class TArray<ZString>;
-template class TMaxArray<ZString, 3>;
-template class TBlockArray<ZString>;
-template class TList<ZString>;
-template class TSList<ZString>;
-template class TRedBlackTree<ZString>;
-template class TSet<ZString>;
-template class TMultiSet<ZString>;
 template class TMap<ZString, ZString>;
-template class TMultiMap<ZString, ZString>;
-template class THashMap<ZString, ZString>;
-template class TMultiHashMap<ZString, ZString>;
-template class THashSet<ZString>;
 template class TMaxArray<SWide, 3>;
 template class TMultiSet<SWide>;
 template class TSet<SWide>;

@@ -1,16 +1,8 @@
 // Stops with one of each thing that the debugger has a view of.
-#include "core/containers/blockarray.h"
-#include "core/containers/hashmap.h"
-#include "core/containers/hashset.h"
-#include "core/containers/list.h"
-#include "core/containers/map.h"
-#include "core/containers/maxarray.h"
-#include "core/containers/multihashmap.h"
-#include "core/containers/set.h"
-#include "core/containers/slist.h"
 #include "core/dynamic/dynamicobject.h"
 #include "core/strings/stack_string.h"
 #include "core/values/version.h"
+#include "tests/support/containers.h"
 
 struct SVertex
 {
@@ -19,18 +11,10 @@ struct SVertex
 };
 KX_DECLARE_TYPE(SVertex);
 
-struct alignas(16) SWide
-{
-    int m_n;
-};
-
-namespace
-{
-KX_NOINLINE void Stop(const ZStackStringBase& reference)
+KX_NOINLINE static void Stop(const ZStackStringBase& reference)
 {
     asm volatile("" : : "r"(&reference) : "memory");
 }
-} // namespace
 
 int main()
 {
@@ -45,7 +29,7 @@ int main()
     for (int i = 0; i < 20; ++i)
         blockArray.Insert(i % 2 == 0 ? blockArray.Begin() : blockArray.End(), i);
     TList<ZString> list{ZString("one"), ZString("two")};
-    TSList<SWide> slist{{1}, {2}};
+    TSList<long double> slist{1, 2}; // aligned to 16 bytes
     TSList<int> emptySlist;
 
     TRedBlackTree<int> tree{5, 1, 4, 4, 2, 3};
@@ -57,8 +41,7 @@ int main()
 
     THashMap<ZString, int> hashMap{{"one", 1}, {"two", 2}, {"three", 3}};
     TMultiHashMap<int, int> multiHashMap{{1, 10}, {1, 11}};
-    THashSet<int> hashSet{3};
-    THashSet<int> emptyHashSet;
+    THashSet<int> hashSet{3}, emptyHashSet;
     TMap<ZString, TArray<int>> nested{{"primes", {2, 3, 5}}, {"squares", {1, 4}}};
 
     const ZString literal = "a \"literal\"";
@@ -86,5 +69,4 @@ int main()
     const ZVariant shipVariant(ship);
 
     Stop(stackString);
-    return 0;
 }
