@@ -1,4 +1,4 @@
-// What holds of demangle for any text. Tests drive it with cut symbols, fuzzers with the bytes that they are given.
+// What is true of demangle for any text. Tests check it with cut symbols, fuzzers with the bytes that they are given.
 #pragma once
 
 #include "core/values/demangle.h"
@@ -6,7 +6,7 @@
 
 #include <memory>
 
-// The result of demangle. The symbol lies in a block of its exact size, so that a sanitizer sees a read behind its end.
+// The result of demangle. The symbol is in a block of its exact size, so that a sanitizer sees a read past the end.
 inline std::string Demangled(std::string_view symbol, bool bVerbose)
 {
     const std::vector<char> block(symbol.begin(), symbol.end());
@@ -21,7 +21,7 @@ inline bool IsRead(std::string_view result)
     return !result.starts_with('?');
 }
 
-// Whether the demangled text goes into a string of that capacity, behind an old text, as append would put it there.
+// Whether demangle appends the result to a string of that capacity, after an old text, as append does.
 inline bool IsAppended(std::string_view symbol, bool bVerbose, uint32 nCapacity, const std::string& result)
 {
     GuardedString expected(nCapacity);
@@ -41,14 +41,11 @@ inline bool IsDemangledSoundly(std::string_view symbol, uint32 nCapacity)
     if (!symbol.starts_with('?'))
         return plain == symbol.substr(symbol.starts_with('_') ? 1 : 0) && plain == verbose;
 
-    // Only a text that would be too long can be missing for one of the two.
-    const bool bBothRead = IsRead(plain) && IsRead(verbose);
-    if (IsRead(plain) != IsRead(verbose) && (IsRead(verbose) || plain.size() < 1000))
-        return false;
-    if (!IsRead(plain) && plain != symbol)
-        return false;
-    if (!IsRead(verbose) && verbose != symbol)
-        return false;
-    return (!bBothRead || plain.size() <= verbose.size()) && IsAppended(symbol, false, nCapacity, plain)
+    // A symbol that is not read is appended as it is. The plain text alone is read only if the verbose one is too long.
+    const bool bPlain = IsRead(plain);
+    const bool bVerbose = IsRead(verbose);
+    return (bPlain || plain == symbol) && (bVerbose || verbose == symbol)
+           && (bPlain == bVerbose || (bPlain && plain.size() >= 1000))
+           && (!bPlain || !bVerbose || plain.size() <= verbose.size()) && IsAppended(symbol, false, nCapacity, plain)
            && IsAppended(symbol, true, nCapacity, verbose);
 }
