@@ -1,5 +1,5 @@
 // ZString::Format: no byte of the format may lead anywhere but into the result, and braces are replaced by the rule.
-#include "core/dynamic/variant.h"
+#include "core/dynamic/format.h"
 
 #include <cstdlib>
 #include <string>

@@ -8,11 +8,11 @@
 namespace
 {
 using BrokenTest = JournalTest;
-using Links = detail::SRedBlackTreeLinks;
+using Links = kx::detail::SRedBlackTreeLinks;
 
 Links* NodeAt(auto pos)
 {
-    return detail::NodeOf<Links>(pos.operator->());
+    return kx::detail::NodeOf<Links>(pos.operator->());
 }
 
 // Writes over the field that is so many bytes into the object.
@@ -74,18 +74,18 @@ TEST_F(BrokenTest, ValidateSeesABrokenTree)
     };
     Links* pNull = nullptr;
     EXPECT_TRUE(sees(header.m_pChild[0], pNull) && sees(header.m_pChild[1], pNull) && Sees(none, 32, 1));
-    EXPECT_TRUE(sees(header.m_nColor, detail::kRed) && sees(header.m_pParent, &root));
-    EXPECT_TRUE(sees(root.m_nColor, detail::kRed) && sees(root.m_pParent, &leaf));
-    EXPECT_TRUE(sees(leaf.m_nColor, detail::kBlack) && sees(leaf.m_nColor, 2u)) << "black height, no colour";
+    EXPECT_TRUE(sees(header.m_nColor, kx::detail::kRed) && sees(header.m_pParent, &root));
+    EXPECT_TRUE(sees(root.m_nColor, kx::detail::kRed) && sees(root.m_pParent, &leaf));
+    EXPECT_TRUE(sees(leaf.m_nColor, kx::detail::kBlack) && sees(leaf.m_nColor, 2u)) << "black height, no colour";
     EXPECT_TRUE(sees(leaf.m_pParent, &root) && sees(leaf.m_pChild[1], &root)) << "a circle";
     EXPECT_TRUE(sees(root.m_pChild[0], root.m_pChild[1]) && sees(root.m_pChild[1], pNull));
     EXPECT_TRUE(sees(*set.Find(4), 0) && sees(*set.End().operator->(), 7)) << "order, count";
     for (Links* pChild : root.m_pChild)
-        pChild->m_nColor = detail::kRed;
+        pChild->m_nColor = kx::detail::kRed;
     EXPECT_FALSE(set.Validate()) << "red under red";
     TSet<int> two{1, 2}, three{1, 2, 3};
-    NodeAt(two.Find(2))->m_nColor = detail::kBlack;
-    NodeAt(three.Find(1))->m_nColor = detail::kBlack;
+    NodeAt(two.Find(2))->m_nColor = kx::detail::kBlack;
+    NodeAt(three.Find(1))->m_nColor = kx::detail::kBlack;
     EXPECT_FALSE(two.Validate() || three.Validate()) << "black height, with one leaf, and less on the right";
 }
 
@@ -100,15 +100,15 @@ TEST_F(BrokenTest, ValidateSeesABrokenTable)
         [](Set& set) { set.Clear(), set.m_nBucketCount = 3; },
         [](Set& set) { set.m_nFreeHead = 2; },
         [](Set& set) { set.m_nFreeHead = 4; },
-        [](Set& set) { set.m_pBuckets[0] = detail::kHashNone; },
-        [](Set& set) { set.m_pBuckets[1] = std::exchange(set.m_pBuckets[0], detail::kHashNone); },
+        [](Set& set) { set.m_pBuckets[0] = kx::detail::kHashNone; },
+        [](Set& set) { set.m_pBuckets[1] = std::exchange(set.m_pBuckets[0], kx::detail::kHashNone); },
         [](Set& set) { set.m_pBuckets[1] = 3; },
         [](Set& set) { set.m_pNodes[0].m_nNext = 0; },
         [](Set& set) { set.m_pNodes[0].m_nNext = 4; },
         [](Set& set) { set.m_pNodes[3].m_nNext = 3; },
         [](Set& set) { set.m_pNodes[3].m_nNext = 0; },
-        [](Set& set) { set.Insert(4), set.Remove(3), set.m_nFreeHead = detail::kHashNone; },
-        [](Set& set) { set.Remove(3), set.m_nFreeHead = 3, set.m_pNodes[3].m_nNext = detail::kHashNone; },
+        [](Set& set) { set.Insert(4), set.Remove(3), set.m_nFreeHead = kx::detail::kHashNone; },
+        [](Set& set) { set.Remove(3), set.m_nFreeHead = 3, set.m_pNodes[3].m_nNext = kx::detail::kHashNone; },
     };
     for (size_t i = 0; i < std::size(breakages); ++i)
     {
@@ -137,8 +137,8 @@ TEST_F(BrokenTest, WhatReliesOnAFieldBreaks)
     EXPECT_BREAK((cutRoot(), TMap<int, int>(map)));
     EXPECT_BREAK((Poke(other, 32, 2), static_cast<void>(map == other)));
     SRedBlackTreeNode<int64> node(3);
-    EXPECT_BREAK(detail::InsertNode(&node, pRoot, 1, &header)) << "there is a node";
-    EXPECT_BREAK(detail::InsertNode(&node, pRoot, 2, &header));
+    EXPECT_BREAK(kx::detail::InsertNode(&node, pRoot, 1, &header)) << "there is a node";
+    EXPECT_BREAK(kx::detail::InsertNode(&node, pRoot, 2, &header));
 
     BreakCounter breaks;
     header.m_pChild[0] = nullptr;

@@ -78,7 +78,7 @@ TEST_F(JournalTest, ManagerUsesTheNormalAllocator)
 {
     void* pDefault = Manager().Allocate(48, 0);
     void* pAligned = Manager().Allocate(100, 256);
-    EXPECT_EQ(0u, detail::AddressOf(static_cast<char*>(pAligned)) % 256);
+    EXPECT_EQ(0u, kx::detail::AddressOf(static_cast<char*>(pAligned)) % 256);
     Manager().Free(pDefault);
     Manager().Free(pAligned);
     Manager().Free(nullptr);
@@ -127,7 +127,7 @@ TEST(MallocAllocator, HonoursEveryAlignment)
         {
             void* pMemory = allocator.Allocate(nSize, nAlignment, 0);
             ASSERT_NE(nullptr, pMemory);
-            EXPECT_EQ(0u, detail::AddressOf(static_cast<char*>(pMemory)) % nAlignment);
+            EXPECT_EQ(0u, kx::detail::AddressOf(static_cast<char*>(pMemory)) % nAlignment);
             std::memset(pMemory, 0xAB, nSize);
             allocator.Free(pMemory);
         }

@@ -20,7 +20,7 @@ static_assert(!std::is_nothrow_move_constructible_v<TKeyValuePair<Logged, Logged
 static_assert(sizeof(TSet<char>) == 40 && sizeof(IntMap) == 40 && sizeof(SRedBlackTreeNode<int>) == 40);
 
 using OrderedTest = JournalTest;
-using Links = detail::SRedBlackTreeLinks;
+using Links = kx::detail::SRedBlackTreeLinks;
 
 TEST_F(OrderedTest, TakesListsAndComparesPairs)
 {
@@ -51,7 +51,7 @@ TEST_F(OrderedTest, EnumeratesValues)
     {
         ASSERT_TRUE(values.MoveNext());
         EXPECT_EQ(&element.Value(), &values.Current());
-        EXPECT_EQ(0u, detail::AddressOf(&values.Current()) % 64);
+        EXPECT_EQ(0u, kx::detail::AddressOf(&values.Current()) % 64);
     }
     EXPECT_FALSE(values.MoveNext());
 }
@@ -60,13 +60,13 @@ TEST_F(OrderedTest, EnumeratesValues)
 TEST_F(OrderedTest, RemembersALongWay)
 {
     TSet<Logged> set;
-    const auto nodeAt = [](auto pos) { return detail::NodeOf<Links>(pos.operator->()); };
+    const auto nodeAt = [](auto pos) { return kx::detail::NodeOf<Links>(pos.operator->()); };
     Links* pLast = nodeAt(set.Insert(Logged(0)));
     for (int i = 1; i < 40; ++i)
     {
         auto* pNode = new (*GetNormalAllocator()) SRedBlackTreeNode<Logged>(Logged(i));
-        detail::InsertNode(pNode, pLast, 1, nodeAt(set.End()));
-        pNode->m_nColor = detail::kBlack;
+        kx::detail::InsertNode(pNode, pLast, 1, nodeAt(set.End()));
+        pNode->m_nColor = kx::detail::kBlack;
         pLast = pNode;
     }
     EXPECT_EQ(40, set.Insert(Logged(40))->m_nValue);
@@ -92,7 +92,8 @@ TEST_F(OrderedTest, BreaksOnAViolatedPrecondition)
     auto enumerator = std::as_const(map).GetValueEnumerator();
     EXPECT_TRUE(enumerator.MoveNext());
     EXPECT_FALSE(enumerator.MoveNext());
-    EXPECT_EQ(detail::AddressOf(&enumerator.Current()), detail::AddressOf(map.End().operator->()) + sizeof(int));
+    EXPECT_EQ(kx::detail::AddressOf(&enumerator.Current()),
+              kx::detail::AddressOf(map.End().operator->()) + sizeof(int));
     EXPECT_EQ(1, breaks.Take());
     EXPECT_TRUE(enumerator.MoveNext()) << "the walk is a circle";
 #ifndef KX_TEST_SANITIZED

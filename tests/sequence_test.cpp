@@ -22,7 +22,7 @@ void BreaksOutside(TArrayLike& array)
     EXPECT_BREAK(array.Insert(array.Begin() - nOne, 0));
     EXPECT_BREAK(array.Erase(array.End()));
     EXPECT_BREAK(array.Erase(array.Begin() - nOne));
-    EXPECT_BREAK(array.Erase(reinterpret_cast<int*>(detail::AddressOf(array.End()) - 2)));
+    EXPECT_BREAK(array.Erase(reinterpret_cast<int*>(kx::detail::AddressOf(array.End()) - 2)));
     EXPECT_BREAK((array.Clear(), array.Erase(0)));
     EXPECT_EQ(2, std::as_const(array)[1]);
 
@@ -156,11 +156,11 @@ TEST_F(SequenceTest, BlockArrayBreaksOnWhatIsNotThere)
 TEST_F(SequenceTest, EndOfAListIsWhereAnElementWouldBe)
 {
     TList<int> list;
-    EXPECT_EQ(detail::AddressOf(&list + 1), detail::AddressOf(list.End().operator->()));
-    EXPECT_EQ(8u, detail::AddressOf(TSList<int>().End().operator->())) << "in a null node";
+    EXPECT_EQ(kx::detail::AddressOf(&list + 1), kx::detail::AddressOf(list.End().operator->()));
+    EXPECT_EQ(8u, kx::detail::AddressOf(TSList<int>().End().operator->())) << "in a null node";
     TList<Wide> wideList{{1}, {2}};
     TSList<Wide> wideSList{{1}, {2}};
-    EXPECT_EQ(0u, detail::AddressOf(&*wideList.Begin()) % 16);
-    EXPECT_EQ(0u, detail::AddressOf(&*wideSList.Begin()) % 16);
+    EXPECT_EQ(0u, kx::detail::AddressOf(&*wideList.Begin()) % 16);
+    EXPECT_EQ(0u, kx::detail::AddressOf(&*wideSList.Begin()) % 16);
     EXPECT_EQ(wideSList.End(), std::next(wideSList.Begin(), 2));
 }

@@ -4,7 +4,7 @@
 #include "tests/support/modeltest.h"
 #include "tests/support/usertypes.h"
 
-KX_TYPE_SLOT(0, std::vector<int>);
+KX_TYPE_SLOT(NotBuiltIn, std::vector<int>);
 
 using Variant = JournalTest;
 

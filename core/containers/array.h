@@ -18,7 +18,7 @@
 // - The allocator is asked for anew at each allocation and each release, with the alignment of T.
 // - Free is called with null where there is no buffer: by the first growth, by the destructor of an array that owns
 //   nothing, and so on. So a normal allocator must be installed when a TArray ends its life, even an empty one.
-// - A violated precondition takes the debug break; see detail::BreakUnless.
+// - A violated precondition takes the debug break; see kx::detail::BreakUnless.
 //
 // Iterators are pointers. Growth, Reserve that reallocates, Clear and assignment to the array invalidate all of them;
 // Insert and Erase without growth those from the position on. Moving the array away invalidates none: they stay with
@@ -56,13 +56,13 @@ public:
     // TArray<int>{10} holds the element 10, where TArray<int>(10) has room for ten.
     TArray(std::initializer_list<T> values) : TArray(static_cast<uint64>(values.size()))
     {
-        m_pEnd = detail::CopyRange(m_pEnd, values.begin(), values.end());
+        m_pEnd = kx::detail::CopyRange(m_pEnd, values.begin(), values.end());
     }
 
     // A copy in a buffer of exactly other.Size() elements; no allocation for an empty one.
     TArray(const TArray& other) : TArray(Distance(other.m_pBegin, other.m_pEnd))
     {
-        m_pEnd = detail::CopyRange(m_pEnd, other.m_pBegin, other.m_pEnd);
+        m_pEnd = kx::detail::CopyRange(m_pEnd, other.m_pBegin, other.m_pEnd);
     }
 
     // Takes the buffer over. No element is touched, no allocator is called. The source is left without a buffer.
@@ -79,7 +79,7 @@ public:
         static_assert(offsetof(TArray, m_pBegin) == 0 && offsetof(TArray, m_pEnd) == 8
                           && offsetof(TArray, m_pCapacityEnd) == 16 && sizeof(TArray) == 24,
                       "the three pointers are the layout that type descriptions and debugger views rely on");
-        DestroyAll();
+        DestroyElements();
         GetNormalAllocator()->Free(m_pBegin);
     }
 
@@ -91,7 +91,7 @@ public:
             return *this;
         Clear();
         Reserve(Distance(other.m_pBegin, other.m_pEnd), false);
-        m_pEnd = detail::CopyRange(m_pBegin, other.m_pBegin, other.m_pEnd);
+        m_pEnd = kx::detail::CopyRange(m_pBegin, other.m_pBegin, other.m_pEnd);
         return *this;
     }
 
@@ -101,7 +101,7 @@ public:
     {
         if (this == &other)
             return *this;
-        DestroyAll();
+        DestroyElements();
         GetNormalAllocator()->Free(m_pBegin);
         m_pBegin = std::exchange(other.m_pBegin, nullptr);
         m_pEnd = std::exchange(other.m_pEnd, nullptr);
@@ -119,13 +119,13 @@ public:
     // that went round is caught and not cut to something that fits.
     T& operator[](uint64 nIndex)
     {
-        detail::BreakUnless(nIndex < Distance(m_pBegin, m_pEnd));
+        kx::detail::BreakUnless(nIndex < Distance(m_pBegin, m_pEnd));
         return m_pBegin[nIndex];
     }
 
     const T& operator[](uint64 nIndex) const
     {
-        detail::BreakUnless(nIndex < Distance(m_pBegin, m_pEnd));
+        kx::detail::BreakUnless(nIndex < Distance(m_pBegin, m_pEnd));
         return m_pBegin[nIndex];
     }
 
@@ -158,13 +158,9 @@ public:
     // one is destroyed. Never reallocates.
     T* Erase(T* pos)
     {
-        const std::uintptr_t nPos = detail::AddressOf(pos);
-        detail::BreakUnless(nPos >= detail::AddressOf(m_pBegin) && nPos < detail::AddressOf(m_pEnd)
-                            && nPos + sizeof(T) <= detail::AddressOf(m_pEnd));
-        for (T* pNext = pos + 1; pNext < m_pEnd; ++pNext)
-            pNext[-1] = std::move(*pNext);
+        kx::detail::BreakUnless(kx::detail::IsElement<T>(pos, m_pBegin, m_pEnd));
+        kx::detail::EraseShifting<T>(pos, m_pEnd);
         --m_pEnd;
-        m_pEnd->~T();
         return pos;
     }
 
@@ -173,14 +169,14 @@ public:
     template <std::integral TIndex>
     void Erase(TIndex nIndex)
     {
-        detail::BreakUnless(static_cast<uint64>(nIndex) < Distance(m_pBegin, m_pEnd));
+        kx::detail::BreakUnless(static_cast<uint64>(nIndex) < Distance(m_pBegin, m_pEnd));
         Erase(m_pBegin + nIndex);
     }
 
     // Destroys the elements in ascending order and keeps the buffer.
     void Clear()
     {
-        DestroyAll();
+        DestroyElements();
         m_pEnd = m_pBegin;
     }
 
@@ -192,7 +188,7 @@ public:
         if (nCapacity <= Distance(m_pBegin, m_pCapacityEnd) && (!bExact || nCapacity < Distance(m_pBegin, m_pEnd)))
             return Capacity();
         T* pNew = AllocateElements(nCapacity);
-        detail::RelocateRange(pNew, m_pBegin, m_pEnd);
+        kx::detail::RelocateRange(pNew, m_pBegin, m_pEnd);
         AdoptBuffer(pNew, Distance(m_pBegin, m_pEnd), nCapacity);
         return Capacity();
     }
@@ -206,10 +202,10 @@ public:
         if (nSize < Distance(m_pBegin, m_pEnd))
         {
             m_pEnd = m_pBegin + nSize;
-            detail::DestroyRange(m_pEnd, pOldEnd);
+            kx::detail::DestroyRange(m_pEnd, pOldEnd);
             return;
         }
-        Append(nSize - Distance(m_pBegin, m_pEnd), [](T* pStorage) { detail::ConstructAt(pStorage); });
+        Append(nSize - Distance(m_pBegin, m_pEnd), [](T* pStorage) { kx::detail::ConstructAt(pStorage); });
     }
 
     // Appends nCount elements, each of which construct(pStorage) makes in raw memory; reallocates to exactly the sum if
@@ -225,14 +221,9 @@ public:
     // Equal sizes and equal elements in the same order, by the element's own ==.
     bool operator==(const TArray& other) const requires std::equality_comparable<T>
     {
-        if (Distance(m_pBegin, m_pEnd) != Distance(other.m_pBegin, other.m_pEnd))
-            return false;
-        for (const T *p = m_pBegin, *q = other.m_pBegin; p != m_pEnd; ++p, ++q)
-        {
-            if (!(*p == *q))
-                return false;
-        }
-        return true;
+        return Distance(m_pBegin, m_pEnd) == Distance(other.m_pBegin, other.m_pEnd)
+               && kx::detail::EqualRange(m_pBegin, m_pEnd, other.m_pBegin,
+                                         [](const T& left, const T& right) { return left == right; });
     }
 
     // Whether the invariants hold. For tests and debugging.
@@ -249,7 +240,7 @@ private:
     {
         if (nCount == 0)
             return nullptr;
-        detail::BreakUnless(nCount <= UINT64_MAX / sizeof(T));
+        kx::detail::BreakUnless(nCount <= UINT64_MAX / sizeof(T));
         return static_cast<T*>(GetNormalAllocator()->Allocate(nCount * sizeof(T), alignof(T), 0));
     }
 
@@ -259,10 +250,10 @@ private:
         return nCapacity + nCapacity / 4 + 1;
     }
 
-    void DestroyAll()
+    void DestroyElements()
     {
-        detail::BreakUnless(detail::AddressOf(m_pBegin) <= detail::AddressOf(m_pEnd));
-        detail::DestroyRange(m_pBegin, m_pEnd);
+        kx::detail::BreakUnless(kx::detail::AddressOf(m_pBegin) <= kx::detail::AddressOf(m_pEnd));
+        kx::detail::DestroyRange(m_pBegin, m_pEnd);
     }
 
     // Makes the buffer of nCapacity elements at pNew the array's own and frees the old one, even if it is null.
@@ -279,7 +270,7 @@ private:
     {
         if (m_pEnd == m_pCapacityEnd) [[unlikely]]
             return *InsertGrowing(m_pEnd, std::forward<TValue>(value));
-        T* pNew = detail::ConstructAt(m_pEnd, std::forward<TValue>(value));
+        T* pNew = kx::detail::ConstructAt(m_pEnd, std::forward<TValue>(value));
         ++m_pEnd;
         return *pNew;
     }
@@ -287,31 +278,11 @@ private:
     template <class TValue>
     T* InsertAt(T* pos, TValue&& value)
     {
-        detail::BreakUnless(detail::AddressOf(pos) >= detail::AddressOf(m_pBegin)
-                            && detail::AddressOf(pos) <= detail::AddressOf(m_pEnd));
+        kx::detail::BreakUnless(kx::detail::IsInsertPosition<T>(pos, m_pBegin, m_pEnd));
         if (m_pEnd == m_pCapacityEnd)
             return InsertGrowing(pos, std::forward<TValue>(value));
-        if (pos == m_pEnd)
-        {
-            detail::ConstructAt(pos, std::forward<TValue>(value));
-            ++m_pEnd;
-            return pos;
-        }
-
-        // An argument among the elements that are about to shift is found one place further on afterwards.
-        auto* pValue = detail::PointerTo(value);
-        if (detail::AddressOf(pValue) >= detail::AddressOf(pos)
-            && detail::AddressOf(pValue) < detail::AddressOf(m_pEnd))
-            ++pValue;
-
-        T* pLast = m_pEnd - 1;
-        detail::ConstructAt(m_pEnd, std::move(*pLast));
+        kx::detail::InsertShifting<T>(pos, m_pEnd, std::forward<TValue>(value));
         ++m_pEnd;
-        for (; pLast > pos; --pLast)
-            *pLast = std::move(pLast[-1]);
-        // Laundered, or GCC 12 may warn of a null pointer: where it sees that pos is the End() of an empty array, but
-        // not that an empty array does not come this way.
-        *std::launder(pos) = static_cast<TValue&&>(*pValue);
         return pos;
     }
 
@@ -326,9 +297,9 @@ private:
         const uint64 nSize = Distance(m_pBegin, m_pEnd);
         const uint64 nCapacity = GrownCapacity();
         T* pNew = AllocateElements(nCapacity);
-        T* pElement = detail::ConstructAt(pNew + Distance(m_pBegin, pos), std::forward<TValue>(value));
-        detail::RelocateRange(pNew, m_pBegin, pos);
-        detail::RelocateRange(pElement + 1, pos, m_pEnd);
+        T* pElement = kx::detail::ConstructAt(pNew + Distance(m_pBegin, pos), std::forward<TValue>(value));
+        kx::detail::RelocateRange(pNew, m_pBegin, pos);
+        kx::detail::RelocateRange(pElement + 1, pos, m_pEnd);
         AdoptBuffer(pNew, nSize + 1, nCapacity);
         return pElement;
     }

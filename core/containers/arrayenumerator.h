@@ -24,14 +24,14 @@ public:
     // The element it stands on. Takes the debug break behind the last element; must not be called before MoveNext().
     T& Current() const
     {
-        detail::BreakUnless(m_pCurrent != m_pEnd);
+        kx::detail::BreakUnless(m_pCurrent != m_pEnd);
         return *m_pCurrent;
     }
 
 private:
     static T* Step(T* pElement, std::uintptr_t nBytes)
     {
-        return reinterpret_cast<T*>(detail::AddressOf(pElement) + nBytes);
+        return reinterpret_cast<T*>(kx::detail::AddressOf(pElement) + nBytes);
     }
 
     T* m_pCurrent;

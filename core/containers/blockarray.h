@@ -51,7 +51,7 @@ public:
 
     // To the read-only form, never back.
     template <class TOther>
-    requires std::same_as<T, const TOther> TBlockArrayIterator(const TBlockArrayIterator<TOther>& other)
+    TBlockArrayIterator(const TBlockArrayIterator<TOther>& other) requires std::same_as<T, const TOther>
         : m_pElement(other.m_pElement), m_pArray(other.m_pArray), m_nIndex(other.m_nIndex)
     {
     }
@@ -63,7 +63,7 @@ public:
     TBlockArrayIterator& operator++()
     {
         ++m_nIndex;
-        m_pElement = m_nIndex == m_pArray->Size() ? nullptr : detail::PointerTo((*m_pArray)[m_nIndex]);
+        m_pElement = m_nIndex == m_pArray->Size() ? nullptr : kx::detail::PointerTo((*m_pArray)[m_nIndex]);
         return *this;
     }
 
@@ -75,8 +75,10 @@ public:
     }
 
     template <class TOther>
-    requires std::same_as<const T, const TOther>
-    bool operator==(const TBlockArrayIterator<TOther>& other) const { return m_pElement == other.operator->(); }
+    bool operator==(const TBlockArrayIterator<TOther>& other) const requires std::same_as<const T, const TOther>
+    {
+        return m_pElement == other.operator->();
+    }
 
 private:
     using TOwner = std::conditional_t<std::is_const_v<T>, const TBlockArray<value_type>, TBlockArray<value_type>>;
@@ -108,14 +110,14 @@ public:
     bool MoveNext()
     {
         ++m_nIndex;
-        m_pElement = m_nIndex == m_pArray->Size() ? nullptr : detail::PointerTo((*m_pArray)[m_nIndex]);
+        m_pElement = m_nIndex == m_pArray->Size() ? nullptr : kx::detail::PointerTo((*m_pArray)[m_nIndex]);
         return m_pElement != nullptr;
     }
 
     // The element it stands on. Takes the debug break where there is none.
     T& Current() const
     {
-        detail::BreakUnless(m_pElement != nullptr);
+        kx::detail::BreakUnless(m_pElement != nullptr);
         return *m_pElement;
     }
 
@@ -198,7 +200,7 @@ public:
     // negative number is caught.
     T& operator[](uint64 nIndex)
     {
-        detail::BreakUnless(nIndex < m_nSize);
+        kx::detail::BreakUnless(nIndex < m_nSize);
         return *SlotAddress(m_nFirst + static_cast<uint32>(nIndex));
     }
 
@@ -242,7 +244,7 @@ public:
     iterator Erase(iterator pos)
     {
         const uint32 nIndex = pos.m_nIndex;
-        detail::BreakUnless(nIndex < m_nSize);
+        kx::detail::BreakUnless(nIndex < m_nSize);
         if (nIndex < m_nSize / 2)
         {
             ShiftUp<T>(0, nIndex);
@@ -264,7 +266,7 @@ public:
     // Destroys the elements in ascending order; keeps the table and all blocks.
     void Clear()
     {
-        DestroyAll();
+        DestroyElements();
         m_nFirst = 0;
         m_nSize = 0;
     }
@@ -344,7 +346,7 @@ private:
     {
         T*& pBlock = Block(nBlock);
         if (pBlock == nullptr)
-            pBlock = static_cast<T*>(operator new[](uint64{m_nBlockSize} * sizeof(T), *GetNormalAllocator()));
+            pBlock = static_cast<T*>(::operator new[](uint64{m_nBlockSize} * sizeof(T), *GetNormalAllocator()));
         return pBlock;
     }
 
@@ -356,8 +358,8 @@ private:
             return;
         const uint32 nExtra = m_nBlocks == 0 ? 8 : m_nBlocks / 2;
         const uint32 nBlocks = m_nBlocks + nExtra;
-        detail::BreakUnless(uint64{nBlocks} * m_nBlockSize <= UINT32_MAX / 2);
-        T** ppNew = static_cast<T**>(operator new[](uint64{nBlocks} * sizeof(T*), *GetNormalAllocator()));
+        kx::detail::BreakUnless(uint64{nBlocks} * m_nBlockSize <= UINT32_MAX / 2);
+        T** ppNew = static_cast<T**>(::operator new[](uint64{nBlocks} * sizeof(T*), *GetNormalAllocator()));
         // The run now starts in block 0. All old blocks come along, since hardly a slot was free.
         const uint32 nFirstBlock = m_nFirst / m_nBlockSize;
         for (uint32 i = 0; i < m_nBlocks; ++i)
@@ -375,27 +377,27 @@ private:
     iterator InsertAt(uint32 nIndex, TValue&& value)
     {
         if (nIndex == 0)
-            return {detail::ConstructAt(AcquireFrontSlot(), static_cast<TValue&&>(value)), this, nIndex};
+            return {kx::detail::ConstructAt(AcquireFrontSlot(), static_cast<TValue&&>(value)), this, nIndex};
         if (nIndex == m_nSize)
-            return {detail::ConstructAt(AcquireBackSlot(), static_cast<TValue&&>(value)), this, nIndex};
+            return {kx::detail::ConstructAt(AcquireBackSlot(), static_cast<TValue&&>(value)), this, nIndex};
         if (nIndex >= m_nSize / 2)
         {
             T& last = Last();
-            detail::ConstructAt(AcquireBackSlot(), static_cast<TValue&&>(last));
+            kx::detail::ConstructAt(AcquireBackSlot(), static_cast<TValue&&>(last));
             ShiftUp<TValue>(nIndex, m_nSize - 2);
         }
         else
         {
             T& first = First();
-            detail::ConstructAt(AcquireFrontSlot(), static_cast<TValue&&>(first));
+            kx::detail::ConstructAt(AcquireFrontSlot(), static_cast<TValue&&>(first));
             ShiftDown<TValue>(1, nIndex);
         }
-        T* pElement = detail::PointerTo((*this)[nIndex]);
+        T* pElement = kx::detail::PointerTo((*this)[nIndex]);
         if constexpr (std::is_lvalue_reference_v<TValue>)
             *pElement = value;
         else
-            detail::ConstructAt(pElement,
-                                static_cast<TValue&&>(value)); // without destroying the moved-from one: see Insert
+            kx::detail::ConstructAt(pElement,
+                                    static_cast<TValue&&>(value)); // without destroying the moved-from one: see Insert
         return {pElement, this, nIndex};
     }
 
@@ -442,7 +444,7 @@ private:
             const uint32 nFree = SlotsToBlockEnd(m_nSize);
             T* pSlot = AcquireBackSlot();
             const uint32 nNow = nFree < nCount ? nFree : nCount;
-            detail::CopyRange(pSlot, pFirst, pFirst + nNow);
+            kx::detail::CopyRange(pSlot, pFirst, pFirst + nNow);
             m_nSize += nNow - 1;
             pFirst += nNow;
             nCount -= nNow;
@@ -466,15 +468,15 @@ private:
         }
     }
 
-    void DestroyAll()
+    void DestroyElements()
     {
         if constexpr (!std::is_trivially_destructible_v<T>)
-            ForEachRun([](T* pFirst, uint32 nCount) { detail::DestroyRange(pFirst, pFirst + nCount); });
+            ForEachRun([](T* pFirst, uint32 nCount) { kx::detail::DestroyRange(pFirst, pFirst + nCount); });
     }
 
     void FreeAll()
     {
-        DestroyAll();
+        DestroyElements();
         if (m_ppBlocks == nullptr)
             return;
         for (uint32 i = 0; i < m_nBlocks; ++i)

@@ -1,68 +1,20 @@
-// What the hash containers consist of, and the walk over it.
+// The walk over a hash container.
 #pragma once
 
-#include "core/containers/keyvaluepair.h"
-#include "core/platform/platform.h"
+#include "core/containers/hashfields.h"
 
 #include <cstddef>
 #include <type_traits>
 
-namespace detail
+namespace kx::detail
 {
-// No index: the end of a chain or of the free list, an empty bucket.
-inline constexpr uint32 kHashNone = 0xFFFFFFFF;
-
-// A free node has a next index, but no element.
-template <class TElement>
-struct SHashNode
-{
-    uint32 m_nNext;
-    TElement m_element;
-};
-
-// The fields of the maps. From m_nBucketCount on they are the table, and that is where iterators point.
-template <class K, class V>
-struct SHashMapFields
-{
-    using TKey = K;
-    using TElement = TKeyValuePair<K, V>;
-
-    static const K& KeyOf(const TElement& element) { return element.Key(); }
-    bool MayRehash() const { return true; }
-
-    uint32 m_nSize = 0;
-    uint32 m_nFreeHead = kHashNone;
-    uint32 m_nBucketCount = 0;
-    uint32* m_pBuckets = nullptr;
-    SHashNode<TElement>* m_pNodes = nullptr;
-};
-
-// The fields of the set. The flag in front takes the place of the padding that the maps have in front of m_pBuckets: a
-// struct for the table alone would bring it back.
-template <class K>
-struct SHashSetFields
-{
-    using TKey = K;
-    using TElement = const K;
-
-    static const K& KeyOf(const K& key) { return key; }
-    bool MayRehash() const { return !m_bNoRehash; }
-
-    bool m_bNoRehash = false;
-    uint32 m_nSize = 0;
-    uint32 m_nFreeHead = kHashNone;
-    uint32 m_nBucketCount = 0;
-    uint32* m_pBuckets = nullptr;
-    SHashNode<K>* m_pNodes = nullptr;
-};
-
 // The node of an element.
 template <class TElement>
 auto* HashNodeOf(TElement* pElement)
 {
     using TNode = SHashNode<std::remove_const_t<TElement>>;
     constexpr std::uintptr_t kDistance = alignof(TNode); // whichever aligns it: the index, or the element behind it
-    return reinterpret_cast<TNode*>(AddressOf(pElement) - kDistance);
+    return reinterpret_cast<TNode*>(detail::AddressOf(pElement) - kDistance);
 }
 
 // The first element in the buckets behind nBucket, which moves there; null, and nBucket is the count, if there is none.
@@ -77,7 +29,7 @@ typename TFields::TElement* NextInBuckets(const TFields& fields, uint32& nBucket
         if (const uint32 nHead = fields.m_pBuckets[i]; nHead != kHashNone)
         {
             nBucket = static_cast<uint32>(i);
-            return PointerTo(fields.m_pNodes[nHead].m_element);
+            return detail::PointerTo(fields.m_pNodes[nHead].m_element);
         }
     }
     nBucket = fields.m_nBucketCount;
@@ -88,15 +40,16 @@ typename TFields::TElement* NextInBuckets(const TFields& fields, uint32& nBucket
 template <class TFields, class TElement>
 TElement* NextElement(const TFields& fields, TElement* pCurrent, uint32& nBucket)
 {
-    const uint32 nNext = HashNodeOf(pCurrent)->m_nNext;
-    return nNext != kHashNone ? PointerTo(fields.m_pNodes[nNext].m_element) : NextInBuckets(fields, nBucket);
+    const uint32 nNext = detail::HashNodeOf(pCurrent)->m_nNext;
+    return nNext != kHashNone ? detail::PointerTo(fields.m_pNodes[nNext].m_element)
+                              : detail::NextInBuckets(fields, nBucket);
 }
 
 // The container whose table starts at pTable.
 template <class TFields>
 const TFields& FieldsOf(const uint32* pTable)
 {
-    return *reinterpret_cast<const TFields*>(AddressOf(pTable) - offsetof(TFields, m_nBucketCount));
+    return *reinterpret_cast<const TFields*>(detail::AddressOf(pTable) - offsetof(TFields, m_nBucketCount));
 }
 
 // A forward iterator. TElement is const for a read-only walk, and always in a set.
@@ -125,7 +78,7 @@ public:
 
     THashIterator& operator++()
     {
-        m_pCurrent = NextElement(FieldsOf<TFields>(m_pTable), m_pCurrent, m_nBucket);
+        m_pCurrent = detail::NextElement(detail::FieldsOf<TFields>(m_pTable), m_pCurrent, m_nBucket);
         return *this;
     }
 
@@ -158,16 +111,16 @@ public:
     // Advances; true exactly when the enumerator then stands on an element.
     bool MoveNext()
     {
-        const TFields& fields = FieldsOf<TFields>(m_pTable);
-        m_pCurrent =
-            m_pCurrent != nullptr ? NextElement(fields, m_pCurrent, m_nBucket) : NextInBuckets(fields, m_nBucket);
+        const TFields& fields = detail::FieldsOf<TFields>(m_pTable);
+        m_pCurrent = m_pCurrent != nullptr ? detail::NextElement(fields, m_pCurrent, m_nBucket)
+                                           : detail::NextInBuckets(fields, m_nBucket);
         return m_pCurrent != m_pEnd;
     }
 
     // The element it stands on. Takes the debug break where it stands on none.
     TElement& Current() const
     {
-        BreakUnless(m_pCurrent != m_pEnd);
+        detail::BreakUnless(m_pCurrent != m_pEnd);
         return *m_pCurrent;
     }
 
@@ -177,4 +130,4 @@ private:
     const uint32* m_pTable;
     uint32 m_nBucket = kHashNone; // the first step wraps to bucket 0
 };
-} // namespace detail
+} // namespace kx::detail

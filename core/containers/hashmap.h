@@ -9,7 +9,7 @@
 
 // The element is a TKeyValuePair<K, V>. For TPolicy see hashpolicy.h.
 template <class K, class V, class TPolicy = TDefaultHashMapPolicy<K, V>>
-class THashMap : public detail::THashTable<detail::SHashMapFields<K, V>, TPolicy, false>
+class THashMap : public kx::detail::THashTable<kx::detail::SHashMapFields<K, V>, TPolicy, false>
 {
 public:
     THashMap() = default;

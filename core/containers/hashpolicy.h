@@ -36,10 +36,10 @@ inline uint32 HashBytes(const void* pBytes, uint64 nSize)
 template <class K>
 uint32 HashKey(const K& key) requires std::has_unique_object_representations_v<K>
 {
-    return HashBytes(detail::PointerTo(key), sizeof(K));
+    return ::HashBytes(kx::detail::PointerTo(key), sizeof(K));
 }
 
-namespace detail
+namespace kx::detail
 {
 template <class K>
 struct TDefaultHashPolicy
@@ -55,16 +55,16 @@ struct TDefaultHashPolicy
 
     static bool Equals(const K& first, const K& second) { return first == second; }
 };
-} // namespace detail
+} // namespace kx::detail
 
 // The policy of a map that names none.
 template <class K, class V>
-struct TDefaultHashMapPolicy : detail::TDefaultHashPolicy<K>
+struct TDefaultHashMapPolicy : kx::detail::TDefaultHashPolicy<K>
 {
 };
 
 // The policy of a set that names none.
 template <class K>
-struct TDefaultHashSetPolicy : detail::TDefaultHashPolicy<K>
+struct TDefaultHashSetPolicy : kx::detail::TDefaultHashPolicy<K>
 {
 };

@@ -11,7 +11,7 @@
 //
 // A derived class that holds on to iterators may set m_bNoRehash: a rehash, by growth too, then takes the debug break.
 template <class K, class TPolicy = TDefaultHashSetPolicy<K>>
-class THashSet : public detail::THashTable<detail::SHashSetFields<K>, TPolicy, false>
+class THashSet : public kx::detail::THashTable<kx::detail::SHashSetFields<K>, TPolicy, false>
 {
 public:
     THashSet() = default;

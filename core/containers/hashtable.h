@@ -27,7 +27,7 @@
 // - Iterators point at the container, so moving a container away invalidates them. Rehash, growth, Clear and assignment
 //   invalidate all of them, Erase only those to its element, and insertion with room none. Elements stay where they are
 //   until the next rehash.
-// - A violated precondition takes the debug break; see detail::BreakUnless.
+// - A violated precondition takes the debug break; see kx::detail::BreakUnless.
 #pragma once
 
 #include "core/containers/hashiterator.h"
@@ -39,7 +39,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace detail
+namespace kx::detail
 {
 // The interface that the three containers have in common. TFields is one of the two structs above. With bMulti a new
 // node goes directly behind the first one of an equal key, or to the end of its chain; without, keys are unique, and a
@@ -80,7 +80,7 @@ public:
                       "the fields are the layout that type descriptions and debugger views rely on");
         static_assert(std::is_copy_constructible_v<value_type>,
                       "a hash container copies elements in; keep what can only be moved in a TArray");
-        DestroyAll();
+        ReleaseAll();
     }
 
     // Destroys the old elements, rehashes to the bucket count of the source (even to the same count; to no table if the
@@ -103,7 +103,7 @@ public:
     {
         if (this == &other)
             return *this;
-        DestroyAll();
+        ReleaseAll();
         static_cast<TFields&>(*this) = std::exchange<TFields>(other, {});
         return *this;
     }
@@ -140,12 +140,12 @@ public:
     // container. Constant on average, but for the way to the next bucket in use.
     iterator Erase(iterator pos)
     {
-        BreakUnless(m_pBuckets != nullptr && pos != End());
+        detail::BreakUnless(m_pBuckets != nullptr && pos != End());
         iterator next = pos;
         ++next;
-        TNode* pNode = HashNodeOf(pos.operator->());
+        TNode* pNode = detail::HashNodeOf(pos.operator->());
         uint32* pLink = FindLink(BucketOf(TFields::KeyOf(*pos)), [pNode](const TNode& node) { return &node == pNode; });
-        BreakUnless(*pLink != kHashNone);
+        detail::BreakUnless(*pLink != kHashNone);
         RemoveNode(pLink, *pNode);
         return next;
     }
@@ -181,8 +181,8 @@ public:
     // set whose m_bNoRehash is set, before that.
     void Rehash(uint32 nCount)
     {
-        BreakUnless(TFields::MayRehash());
-        BreakUnless(m_nSize <= nCount);
+        detail::BreakUnless(TFields::MayRehash());
+        detail::BreakUnless(m_nSize <= nCount);
         const TFields old = *this;
         m_nFreeHead = kHashNone;
         AllocateArrays(nCount);
@@ -191,7 +191,7 @@ public:
                     [&](TNode& node, uint32)
                     {
                         TNode& copy = m_pNodes[nIndex];
-                        ConstructAt(PointerTo(copy.m_element), std::as_const(node.m_element));
+                        detail::ConstructAt(detail::PointerTo(copy.m_element), std::as_const(node.m_element));
                         uint32& nHead = m_pBuckets[BucketOf(TFields::KeyOf(copy.m_element))];
                         copy.m_nNext = std::exchange(nHead, nIndex++);
                         node.m_element.~value_type();
@@ -257,7 +257,7 @@ protected:
             {
                 TElement& element = m_pNodes[nFound].m_element;
                 ((element.Value() = values), ...);
-                return {PointerTo(element), Table(), nBucket};
+                return {detail::PointerTo(element), Table(), nBucket};
             }
         }
         if (m_nBucketCount < m_nSize + 1) [[unlikely]]
@@ -274,14 +274,14 @@ private:
     template <class T>
     struct SArgument
     {
-        SArgument(const THashTable& table, const T& argument) : m_pArgument(PointerTo(argument))
+        SArgument(const THashTable& table, const T& argument) : m_pArgument(detail::PointerTo(argument))
         {
-            const std::uintptr_t nOffset = AddressOf(m_pArgument) - AddressOf(table.m_pNodes);
+            const std::uintptr_t nOffset = detail::AddressOf(m_pArgument) - detail::AddressOf(table.m_pNodes);
             if (nOffset >= table.m_nBucketCount * sizeof(TNode))
                 return;
             const TNode* pNode = table.m_pNodes + nOffset / sizeof(TNode);
             std::uintptr_t nNewIndex = 0;
-            for (const_iterator pos = table.Begin(); HashNodeOf(pos.operator->()) != pNode; ++pos)
+            for (const_iterator pos = table.Begin(); detail::HashNodeOf(pos.operator->()) != pNode; ++pos)
                 ++nNewIndex;
             m_pArgument = nullptr;
             m_nNewOffset = nNewIndex * sizeof(TNode) + nOffset % sizeof(TNode);
@@ -289,8 +289,9 @@ private:
 
         const T& In(const THashTable& grown) const
         {
-            return m_pArgument != nullptr ? *m_pArgument
-                                          : *reinterpret_cast<const T*>(AddressOf(grown.m_pNodes) + m_nNewOffset);
+            return m_pArgument != nullptr
+                       ? *m_pArgument
+                       : *reinterpret_cast<const T*>(detail::AddressOf(grown.m_pNodes) + m_nNewOffset);
         }
 
         const T* m_pArgument;
@@ -315,7 +316,7 @@ private:
     {
         const uint32 nIndex = TakeNode();
         TNode& node = m_pNodes[nIndex];
-        ConstructAt(PointerTo(node.m_element), args...);
+        detail::ConstructAt(detail::PointerTo(node.m_element), args...);
         uint32* pLink = &m_pBuckets[nBucket];
         if constexpr (bMulti)
         {
@@ -325,14 +326,14 @@ private:
         }
         node.m_nNext = std::exchange(*pLink, nIndex);
         ++m_nSize;
-        return {PointerTo(node.m_element), Table(), nBucket};
+        return {detail::PointerTo(node.m_element), Table(), nBucket};
     }
 
     uint32 TakeNode()
     {
         if (m_nFreeHead != kHashNone)
             return std::exchange(m_nFreeHead, m_pNodes[m_nFreeHead].m_nNext);
-        BreakUnless(m_nSize < m_nBucketCount);
+        detail::BreakUnless(m_nSize < m_nBucketCount);
         return m_nSize;
     }
 
@@ -371,7 +372,7 @@ private:
     TIterator First() const
     {
         uint32 nBucket = kHashNone;
-        TElement* pFirst = m_nSize != 0 ? NextInBuckets<TFields>(*this, nBucket) : nullptr;
+        TElement* pFirst = m_nSize != 0 ? detail::NextInBuckets<TFields>(*this, nBucket) : nullptr;
         return {pFirst, Table(), nBucket};
     }
 
@@ -384,7 +385,7 @@ private:
         const uint32 nFound = *FindKey(nBucket, key);
         if (nFound == kHashNone)
             return {nullptr, Table(), kHashNone};
-        return {PointerTo(m_pNodes[nFound].m_element), Table(), nBucket};
+        return {detail::PointerTo(m_pNodes[nFound].m_element), Table(), nBucket};
     }
 
     // Calls function(node, bucket) for each live node in the order of the walk. It may destroy the element.
@@ -408,7 +409,7 @@ private:
             ForEachNode(*this, [](TNode& node, uint32) { node.m_element.~value_type(); });
     }
 
-    void DestroyAll()
+    void ReleaseAll()
     {
         DestroyElements();
         Release(m_pBuckets);
@@ -435,4 +436,4 @@ private:
 
     void EmptyBuckets() { std::memset(m_pBuckets, 0xFF, m_nBucketCount * sizeof(uint32)); }
 };
-} // namespace detail
+} // namespace kx::detail

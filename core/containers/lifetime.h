@@ -1,6 +1,7 @@
-// The primitive steps of an element's life, shared by the containers. Which special member function runs, in which
-// order and how often, is part of every container's contract, so each step is written out once, here, and does exactly
-// what it says: no memcpy stands in for an element's own operations.
+// The primitive steps of an element's life, shared by the containers.
+//
+// Which special member function runs, in which order and how often, is part of every container's contract. Each step is
+// therefore written once, here, and does exactly what it says: no memcpy replaces an element's own operations.
 #pragma once
 
 #include "core/platform/platform.h"
@@ -8,7 +9,7 @@
 #include <new>
 #include <utility>
 
-namespace detail
+namespace kx::detail
 {
 template <class T, class... TArgs>
 T* ConstructAt(T* pStorage, TArgs&&... args)
@@ -16,7 +17,7 @@ T* ConstructAt(T* pStorage, TArgs&&... args)
     return ::new (static_cast<void*>(pStorage)) T(std::forward<TArgs>(args)...);
 }
 
-// Destroys [pFirst, pLast), the lowest first.
+/// Destroys [pFirst, pLast) in ascending order.
 template <class T>
 void DestroyRange(T* pFirst, T* pLast)
 {
@@ -24,29 +25,93 @@ void DestroyRange(T* pFirst, T* pLast)
         pFirst->~T();
 }
 
-// Copy-constructs [pFirst, pLast) into raw storage, the lowest first. The result is one behind the last copy.
-//
-// This and RelocateRange are kept out of line because inlining loses the promise that the ranges do not overlap, and
-// with it the compiler's leave to turn the loop over a trivial T into a call of memmove: twice the time for 1000 ints.
+/// Copy-constructs [pFirst, pLast) into raw storage, in ascending order; returns the end of the copies.
+///
+/// This function and RelocateRange stay out of line because inlining loses the promise that the ranges do not overlap.
+/// The compiler could then no longer turn the loop over a trivial T into a memmove: twice the time for 1000 ints.
 template <class T>
 KX_NOINLINE T* CopyRange(T* KX_RESTRICT pTo, const T* pFirst, const T* pLast)
 {
     for (; pFirst != pLast; ++pFirst, ++pTo)
-        ConstructAt(pTo, *pFirst);
+        detail::ConstructAt(pTo, *pFirst);
     return pTo;
 }
 
-// Relocates [pFirst, pLast) into raw storage that does not overlap it, the lowest first: each element is
-// move-constructed (copy-constructed where T has no move) and the old one destroyed at once, before the next one's
-// turn. The result is one behind the last element.
+/// Relocates [pFirst, pLast) into raw storage that does not overlap it, in ascending order; returns the end of the new
+/// range. Each element is move-constructed (copy-constructed if T has no move) and the old one is destroyed before the
+/// next one follows.
 template <class T>
 KX_NOINLINE T* RelocateRange(T* KX_RESTRICT pTo, T* pFirst, T* pLast)
 {
     for (; pFirst != pLast; ++pFirst, ++pTo)
     {
-        ConstructAt(pTo, std::move(*pFirst));
+        detail::ConstructAt(pTo, std::move(*pFirst));
         pFirst->~T();
     }
     return pTo;
 }
-} // namespace detail
+
+/// Whether pos points at an element of the array [pBegin, pEnd): compared as numbers, since pos may be anything.
+template <class T>
+bool IsElement(const T* pos, const T* pBegin, const T* pEnd)
+{
+    const std::uintptr_t nPos = detail::AddressOf(pos);
+    return nPos >= detail::AddressOf(pBegin) && nPos < detail::AddressOf(pEnd)
+           && nPos + sizeof(T) <= detail::AddressOf(pEnd);
+}
+
+/// Whether an element can be inserted before pos: at an element of the array, or at its end.
+template <class T>
+bool IsInsertPosition(const T* pos, const T* pBegin, const T* pEnd)
+{
+    return detail::AddressOf(pos) >= detail::AddressOf(pBegin) && detail::AddressOf(pos) <= detail::AddressOf(pEnd);
+}
+
+/// Inserts the value before pos; there is raw storage for one more element at pEnd. TShift says how the other elements
+/// move up: T moves them, const T& copies them.
+///
+/// The last element is constructed one place up, the others follow by assignment from the end, and the value is
+/// assigned. If it is one of the elements that shift, the value it had before is inserted.
+template <class TShift, class T, class TValue>
+void InsertShifting(T* pos, T* pEnd, TValue&& value)
+{
+    if (pos == pEnd)
+    {
+        detail::ConstructAt(pEnd, std::forward<TValue>(value));
+        return;
+    }
+    auto* pValue = detail::PointerTo(value);
+    if (detail::AddressOf(pValue) >= detail::AddressOf(pos) && detail::AddressOf(pValue) < detail::AddressOf(pEnd))
+        ++pValue; // where it is after the shift
+
+    T* pLast = pEnd - 1;
+    detail::ConstructAt(pEnd, static_cast<TShift&&>(*pLast));
+    for (; pLast > pos; --pLast)
+        *pLast = static_cast<TShift&&>(pLast[-1]);
+    // Laundered, or GCC 12 may warn of a null pointer: it can see that pos is the End() of an empty array without
+    // seeing that an empty array returns above.
+    *std::launder(pos) = static_cast<TValue&&>(*pValue);
+}
+
+/// Removes the element at pos: the following ones move down by assignment, in ascending order, and the last one is
+/// destroyed. TShift as in InsertShifting.
+template <class TShift, class T>
+void EraseShifting(T* pos, T* pEnd)
+{
+    for (T* pNext = pos + 1; pNext < pEnd; ++pNext)
+        pNext[-1] = static_cast<TShift&&>(*pNext);
+    pEnd[-1].~T();
+}
+
+/// Whether equal(element, other) holds for the elements of [pFirst, pLast) and those from pOther on, in order.
+template <class T, class TEqual>
+bool EqualRange(const T* pFirst, const T* pLast, const T* pOther, TEqual equal)
+{
+    for (; pFirst != pLast; ++pFirst, ++pOther)
+    {
+        if (!equal(*pFirst, *pOther))
+            return false;
+    }
+    return true;
+}
+} // namespace kx::detail

@@ -26,22 +26,19 @@
 #include <type_traits>
 #include <utility>
 
-namespace detail
+namespace kx::detail
 {
 struct SListLinks
 {
     SListLinks* m_pNext;
     SListLinks* m_pPrev;
-};
 
-inline SListLinks* NextNode(SListLinks* pNode)
-{
-    return pNode->m_pNext;
-}
-} // namespace detail
+    static SListLinks* Next(SListLinks* pNode) { return pNode->m_pNext; }
+};
+} // namespace kx::detail
 
 template <class T>
-struct SListNode : detail::SListLinks
+struct SListNode : kx::detail::SListLinks
 {
     explicit SListNode(const T& value) : m_Element(value) {}
 
@@ -49,12 +46,12 @@ struct SListNode : detail::SListLinks
 };
 
 template <class T>
-using TListIterator = detail::TNodeIterator<T, detail::SListLinks>;
+using TListIterator = kx::detail::TNodeIterator<T, kx::detail::SListLinks>;
 
 // After its MoveNext() was false it would start over from the first element, since the ring closes; do not rely on it
 // in code that is to work with other containers.
 template <class T>
-using TListEnumerator = detail::TNodeEnumerator<T, detail::SListLinks>;
+using TListEnumerator = kx::detail::TNodeEnumerator<T, kx::detail::SListLinks>;
 
 template <class T>
 class TList
@@ -189,12 +186,12 @@ public:
     }
 
 private:
-    using SListLinks = detail::SListLinks;
+    using SListLinks = kx::detail::SListLinks;
 
-    static constexpr std::uintptr_t kElementOffset = detail::kElementOffset<T, SListLinks>;
+    static constexpr std::uintptr_t kElementOffset = kx::detail::kElementOffset<T, SListLinks>;
 
-    static iterator PositionOf(SListLinks* pNode) { return iterator(detail::ElementOf<T>(pNode)); }
-    static SListLinks* NodeOf(iterator pos) { return detail::NodeOf<SListLinks>(pos.operator->()); }
+    static iterator PositionOf(SListLinks* pNode) { return iterator(kx::detail::ElementOf<T>(pNode)); }
+    static SListLinks* NodeOf(iterator pos) { return kx::detail::NodeOf<SListLinks>(pos.operator->()); }
 
     static void Link(SListLinks* pFirst, SListLinks* pSecond)
     {

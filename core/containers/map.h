@@ -13,7 +13,7 @@
 template <class K, class V>
 class TTreeValueEnumerator
 {
-    using Links = detail::SRedBlackTreeLinks;
+    using Links = kx::detail::SRedBlackTreeLinks;
 
 public:
     explicit TTreeValueEnumerator(const Links* pHeader) : m_pCurrent(ValueOf(pHeader)), m_pEnd(m_pCurrent) {}
@@ -22,23 +22,23 @@ public:
     // false it starts over.
     bool MoveNext()
     {
-        m_pCurrent = ValueOf(NextNode(reinterpret_cast<Links*>(detail::AddressOf(m_pCurrent) - kOffset)));
+        m_pCurrent = ValueOf(Links::Next(reinterpret_cast<Links*>(kx::detail::AddressOf(m_pCurrent) - kOffset)));
         return m_pCurrent != m_pEnd;
     }
 
     // The value it stands on. Takes the debug break behind the last one, and before the first MoveNext().
     V& Current() const
     {
-        detail::BreakUnless(m_pCurrent != m_pEnd);
+        kx::detail::BreakUnless(m_pCurrent != m_pEnd);
         return *m_pCurrent;
     }
 
 private:
     // The value lies behind the key as an element lies behind its links.
     static constexpr std::uintptr_t kOffset =
-        detail::kElementOffset<TKeyValuePair<K, V>, Links> + detail::kElementOffset<V, K>;
+        kx::detail::kElementOffset<TKeyValuePair<K, V>, Links> + kx::detail::kElementOffset<V, K>;
 
-    static V* ValueOf(const Links* pNode) { return reinterpret_cast<V*>(detail::AddressOf(pNode) + kOffset); }
+    static V* ValueOf(const Links* pNode) { return reinterpret_cast<V*>(kx::detail::AddressOf(pNode) + kOffset); }
 
     V* m_pCurrent;
     V* m_pEnd;
@@ -46,7 +46,7 @@ private:
 
 // Keeps one pair of each key; a later value replaces the earlier one.
 template <class K, class V>
-class TMap : public detail::TOrderedTree<TKeyValuePair<K, V>>
+class TMap : public kx::detail::TOrderedTree<TKeyValuePair<K, V>>
 {
     using Pair = TKeyValuePair<K, V>;
 
@@ -65,10 +65,10 @@ public:
     // map. Logarithmic; for a new key one allocation and two copies of key and value, of which a temporary pair is one.
     V& operator[](const K& key) requires std::default_initializable<V>
     {
-        typename TMap::SWay way;
-        if (auto* pNode = this->template FindNode<true>(key, way))
+        typename TMap::SSearchPath path;
+        if (auto* pNode = this->template FindNode<true>(key, path))
             return pNode->m_Element.Value();
-        return this->InsertMissing(Pair(key, V()), way)->Value();
+        return this->InsertMissing(Pair(key, V()), path)->Value();
     }
 
     // The value of the key. A missing key takes the debug break; resumed, the result is a null reference.
@@ -77,7 +77,7 @@ public:
         const auto pos = this->Find(key);
         if (pos == this->End()) [[unlikely]]
         {
-            detail::BreakUnless(false);
+            kx::detail::BreakUnless(false);
             // Read anew from memory, so that the compiler does not see that the reference is null.
             const V* volatile pNone = nullptr;
             return *pNone;
@@ -96,18 +96,18 @@ public:
     // element. Logarithmic; for a new key one allocation and two copies of key and value, one if they come as a pair.
     TTreeIterator<Pair> Insert(const K& key, const V& value)
     {
-        typename TMap::SWay way;
-        if (auto* pNode = this->template FindNode<true>(key, way))
+        typename TMap::SSearchPath path;
+        if (auto* pNode = this->template FindNode<true>(key, path))
             return Assign(pNode, value);
-        return this->InsertMissing(Pair(key, value), way);
+        return this->InsertMissing(Pair(key, value), path);
     }
 
     TTreeIterator<Pair> Insert(const Pair& pair)
     {
-        typename TMap::SWay way;
-        if (auto* pNode = this->template FindNode<true>(pair.Key(), way))
+        typename TMap::SSearchPath path;
+        if (auto* pNode = this->template FindNode<true>(pair.Key(), path))
             return Assign(pNode, pair.Value());
-        return this->InsertMissing(pair, way);
+        return this->InsertMissing(pair, path);
     }
 
     // Stands before the first value.
@@ -140,7 +140,7 @@ private:
         while (walk.MoveNext())
         {
             const bool bMoved = otherWalk.MoveNext();
-            detail::BreakUnless(bMoved);
+            kx::detail::BreakUnless(bMoved);
             const Pair& pair = walk.Current();
             const Pair& otherPair = otherWalk.Current();
             if (pair.Key() < otherPair.Key() || otherPair.Key() < pair.Key() || !(pair.Value() == otherPair.Value()))

@@ -38,13 +38,13 @@ public:
     // Copies in ascending order. More than N values take the debug break.
     TMaxArray(std::initializer_list<T> values) : m_nSize(static_cast<uint32>(values.size()))
     {
-        detail::BreakUnless(values.size() <= N);
-        detail::CopyRange(Begin(), values.begin(), values.end());
+        kx::detail::BreakUnless(values.size() <= N);
+        kx::detail::CopyRange(Begin(), values.begin(), values.end());
     }
 
     TMaxArray(const TMaxArray& other) : m_nSize(other.m_nSize)
     {
-        detail::CopyRange(Begin(), other.Begin(), other.End());
+        kx::detail::CopyRange(Begin(), other.Begin(), other.End());
     }
 
     // Linear: for each element in ascending order, moves it here and destroys the source's at once. The source is empty
@@ -60,7 +60,7 @@ public:
                       "the elements, then their number: the layout that debugger views rely on");
         static_assert(std::is_copy_constructible_v<T>,
                       "TMaxArray copies elements in; keep what can only be moved in a TArray");
-        detail::DestroyRange(Begin(), End());
+        kx::detail::DestroyRange(Begin(), End());
     }
 
     // Destroys the old elements, then copy-constructs in ascending order. Assigning an array to itself has no effect.
@@ -69,7 +69,7 @@ public:
         if (this == &other)
             return *this;
         Clear();
-        detail::CopyRange(Begin(), other.Begin(), other.End());
+        kx::detail::CopyRange(Begin(), other.Begin(), other.End());
         m_nSize = other.m_nSize;
         return *this;
     }
@@ -91,13 +91,13 @@ public:
     // caught.
     T& operator[](uint64 nIndex)
     {
-        detail::BreakUnless(nIndex < m_nSize);
+        kx::detail::BreakUnless(nIndex < m_nSize);
         return Begin()[nIndex];
     }
 
     const T& operator[](uint64 nIndex) const
     {
-        detail::BreakUnless(nIndex < m_nSize);
+        kx::detail::BreakUnless(nIndex < m_nSize);
         return Begin()[nIndex];
     }
 
@@ -120,8 +120,8 @@ public:
         // Read once and written last: an element may be of a type that could overlap m_nSize, for all that the compiler
         // knows, and would then cost a loop that only adds a reload each time.
         const uint32 nSize = m_nSize;
-        detail::BreakUnless(nSize < N);
-        T* pNew = detail::ConstructAt(Begin() + nSize, value);
+        kx::detail::BreakUnless(nSize < N);
+        T* pNew = kx::detail::ConstructAt(Begin() + nSize, value);
         m_nSize = nSize + 1;
         return *pNew;
     }
@@ -131,26 +131,9 @@ public:
     // is assigned. It may be an element of this array: what goes in is what it was before the call.
     T* Insert(T* pos, const T& value)
     {
-        detail::BreakUnless(m_nSize < N);
-        detail::BreakUnless(detail::AddressOf(pos) >= detail::AddressOf(Begin())
-                            && detail::AddressOf(pos) <= detail::AddressOf(End()));
-        T* pEnd = End();
-        if (pos == pEnd)
-            detail::ConstructAt(pEnd, value);
-        else
-        {
-            // A value among the elements that are about to shift is found one place further on afterwards.
-            const T* pValue = detail::PointerTo(value);
-            if (detail::AddressOf(pValue) >= detail::AddressOf(pos)
-                && detail::AddressOf(pValue) < detail::AddressOf(pEnd))
-                ++pValue;
-
-            T* pLast = pEnd - 1;
-            detail::ConstructAt(pEnd, std::as_const(*pLast));
-            for (; pLast > pos; --pLast)
-                *pLast = std::as_const(pLast[-1]);
-            *pos = *pValue;
-        }
+        kx::detail::BreakUnless(m_nSize < N);
+        kx::detail::BreakUnless(kx::detail::IsInsertPosition<T>(pos, Begin(), End()));
+        kx::detail::InsertShifting<const T&>(pos, End(), value);
         ++m_nSize;
         return pos;
     }
@@ -159,14 +142,9 @@ public:
     // behind move down by copy assignment, in ascending order, and the surplus last one is destroyed.
     T* Erase(T* pos)
     {
-        T* pEnd = End();
-        const std::uintptr_t nPos = detail::AddressOf(pos);
-        detail::BreakUnless(nPos >= detail::AddressOf(Begin()) && nPos < detail::AddressOf(pEnd)
-                            && nPos + sizeof(T) <= detail::AddressOf(pEnd));
-        for (T* pNext = pos + 1; pNext < pEnd; ++pNext)
-            pNext[-1] = std::as_const(*pNext);
+        kx::detail::BreakUnless(kx::detail::IsElement<T>(pos, Begin(), End()));
+        kx::detail::EraseShifting<const T&>(pos, End());
         --m_nSize;
-        pEnd[-1].~T();
         return pos;
     }
 
@@ -175,14 +153,14 @@ public:
     template <std::integral TIndex>
     void Erase(TIndex nIndex)
     {
-        detail::BreakUnless(static_cast<uint64>(nIndex) < m_nSize);
+        kx::detail::BreakUnless(static_cast<uint64>(nIndex) < m_nSize);
         Erase(Begin() + nIndex);
     }
 
     // Destroys the elements in ascending order.
     void Clear()
     {
-        detail::DestroyRange(Begin(), End());
+        kx::detail::DestroyRange(Begin(), End());
         m_nSize = 0;
     }
 
@@ -192,7 +170,7 @@ public:
 private:
     void TakeElements(TMaxArray& other)
     {
-        detail::RelocateRange(Begin(), other.Begin(), other.End());
+        kx::detail::RelocateRange(Begin(), other.Begin(), other.End());
         m_nSize = std::exchange(other.m_nSize, 0);
     }
 

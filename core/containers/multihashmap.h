@@ -12,7 +12,7 @@
 // The elements of a key stand together in a walk: the one that was inserted first, then the others, newest first. A
 // rehash reverses their order. Find gives the first one of them as they stand.
 template <class K, class V, class TPolicy = TDefaultHashMapPolicy<K, V>>
-class TMultiHashMap : public detail::THashTable<detail::SHashMapFields<K, V>, TPolicy, true>
+class TMultiHashMap : public kx::detail::THashTable<kx::detail::SHashMapFields<K, V>, TPolicy, true>
 {
 public:
     TMultiHashMap() = default;

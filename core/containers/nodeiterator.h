@@ -19,7 +19,7 @@
 #include <cstddef>
 #include <type_traits>
 
-namespace detail
+namespace kx::detail
 {
 // The distance of the element in a node: directly behind the links, or where its alignment takes it.
 template <class T, class TLinks>
@@ -28,16 +28,16 @@ inline constexpr std::uintptr_t kElementOffset = (sizeof(TLinks) + alignof(T) - 
 template <class T, class TLinks>
 T* ElementOf(TLinks* pNode)
 {
-    return reinterpret_cast<T*>(AddressOf(pNode) + kElementOffset<T, TLinks>);
+    return reinterpret_cast<T*>(detail::AddressOf(pNode) + kElementOffset<T, TLinks>);
 }
 
 template <class TLinks, class T>
 TLinks* NodeOf(T* pElement)
 {
-    return reinterpret_cast<TLinks*>(AddressOf(pElement) - kElementOffset<T, TLinks>);
+    return reinterpret_cast<TLinks*>(detail::AddressOf(pElement) - kElementOffset<T, TLinks>);
 }
 
-// A position in a container of nodes; T is const for a read-only one. Which node follows is told by NextNode(TLinks*).
+// A position in a container of nodes; T is const for a read-only one. TLinks::Next tells which node follows.
 // A forward iterator. Stays valid, with its element, until that element is erased. Nothing is checked: neither reading
 // at the end nor stepping beyond it.
 template <class T, class TLinks>
@@ -52,7 +52,7 @@ public:
 
     // To the read-only form, never back.
     template <class TOther>
-    requires std::same_as<T, const TOther> TNodeIterator(const TNodeIterator<TOther, TLinks>& other)
+    TNodeIterator(const TNodeIterator<TOther, TLinks>& other) requires std::same_as<T, const TOther>
         : m_pElement(other.operator->())
     {
     }
@@ -62,7 +62,7 @@ public:
 
     TNodeIterator& operator++()
     {
-        m_pElement = ElementOf<T>(NextNode(NodeOf<TLinks>(m_pElement)));
+        m_pElement = detail::ElementOf<T>(TLinks::Next(detail::NodeOf<TLinks>(m_pElement)));
         return *this;
     }
 
@@ -74,8 +74,10 @@ public:
     }
 
     template <class TOther>
-    requires std::same_as<const T, const TOther>
-    bool operator==(const TNodeIterator<TOther, TLinks>& other) const { return m_pElement == other.operator->(); }
+    bool operator==(const TNodeIterator<TOther, TLinks>& other) const requires std::same_as<const T, const TOther>
+    {
+        return m_pElement == other.operator->();
+    }
 
 private:
     T* m_pElement = nullptr;
@@ -91,14 +93,14 @@ public:
     // Advances; true exactly when the enumerator then stands on an element. Must not be called again after false.
     bool MoveNext()
     {
-        m_pCurrent = ElementOf<T>(NextNode(NodeOf<TLinks>(m_pCurrent)));
+        m_pCurrent = detail::ElementOf<T>(TLinks::Next(detail::NodeOf<TLinks>(m_pCurrent)));
         return m_pCurrent != m_pEnd;
     }
 
     // The element it stands on. Takes the debug break behind the last element; must not be called before MoveNext().
     T& Current() const
     {
-        BreakUnless(m_pCurrent != m_pEnd);
+        detail::BreakUnless(m_pCurrent != m_pEnd);
         return *m_pCurrent;
     }
 
@@ -106,4 +108,4 @@ private:
     T* m_pCurrent;
     T* m_pEnd;
 };
-} // namespace detail
+} // namespace kx::detail

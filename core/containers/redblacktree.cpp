@@ -1,6 +1,6 @@
 #include "core/containers/redblacktree.h"
 
-namespace detail
+namespace kx::detail
 {
 static_assert(offsetof(SRedBlackTreeLinks, m_nColor) == 0 && offsetof(SRedBlackTreeLinks, m_pParent) == 8
                   && offsetof(SRedBlackTreeLinks, m_pChild) == 16 && sizeof(SRedBlackTreeLinks) == 32,
@@ -214,4 +214,4 @@ bool ValidateNodes(const Links* pHeader, int32 nSize)
         pNode = pNext;
     }
 }
-} // namespace detail
+} // namespace kx::detail

@@ -26,7 +26,7 @@
 //   anew at each allocation and release. The walk goes forward only.
 // - No first node is cached: Begin() is a descent.
 // - Elements are copied in. None is moved, and none changes its address while it is in a tree.
-// - A violated precondition takes the debug break; see detail::BreakUnless.
+// - A violated precondition takes the debug break; see kx::detail::BreakUnless.
 //
 // Iterators and enumerators stay valid until their own element is removed. The size must stay below 2^31.
 #pragma once
@@ -41,7 +41,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace detail
+namespace kx::detail
 {
 inline constexpr uint32 kBlack = 0;
 inline constexpr uint32 kRed = 1;
@@ -52,11 +52,33 @@ struct SRedBlackTreeLinks
     uint32 m_nColor;
     SRedBlackTreeLinks* m_pParent;
     SRedBlackTreeLinks* m_pChild[2];
+
+    // The in-order successor. The header follows the last node, the first node follows the header, and the header of an
+    // empty tree follows itself.
+    static SRedBlackTreeLinks* Next(SRedBlackTreeLinks* pNode)
+    {
+        if (SRedBlackTreeLinks* pNext = pNode->m_pChild[1])
+        {
+            while (pNext->m_pChild[0] != nullptr)
+            {
+                detail::Prefetch(pNext->m_pChild[1]);
+                pNext = pNext->m_pChild[0];
+            }
+            return pNext;
+        }
+        SRedBlackTreeLinks* pParent = pNode->m_pParent;
+        while (pParent != nullptr && pParent->m_pChild[0] != pNode)
+        {
+            pNode = pParent;
+            pParent = pNode->m_pParent;
+        }
+        return pParent != nullptr ? pParent : pNode;
+    }
 };
-} // namespace detail
+} // namespace kx::detail
 
 template <class T>
-struct SRedBlackTreeNode : detail::SRedBlackTreeLinks
+struct SRedBlackTreeNode : kx::detail::SRedBlackTreeLinks
 {
     // Leaves the links to whoever puts the node into a tree.
     explicit SRedBlackTreeNode(const T& value) : m_Element(value) {}
@@ -64,7 +86,7 @@ struct SRedBlackTreeNode : detail::SRedBlackTreeLinks
     T m_Element;
 };
 
-namespace detail
+namespace kx::detail
 {
 // Hangs pNode under pParent, where the link of that side (0 left, 1 right) must be free, and restores the colours.
 // Under the header, the tree object of an empty tree, pNode becomes the root. Takes the debug break for a side above 1
@@ -77,43 +99,21 @@ KX_API void RemoveNode(SRedBlackTreeLinks* pNode, const SRedBlackTreeLinks* pHea
 
 // Whether links, colours and count are in order; the elements are not looked at.
 KX_API bool ValidateNodes(const SRedBlackTreeLinks* pHeader, int32 nSize);
+} // namespace kx::detail
 
-// The next node in order; the header behind the last one, the first one behind the header. The header of an empty tree
-// follows itself.
-inline SRedBlackTreeLinks* NextNode(SRedBlackTreeLinks* pNode)
-{
-    if (SRedBlackTreeLinks* pNext = pNode->m_pChild[1])
-    {
-        while (pNext->m_pChild[0] != nullptr)
-        {
-            Prefetch(pNext->m_pChild[1]);
-            pNext = pNext->m_pChild[0];
-        }
-        return pNext;
-    }
-    SRedBlackTreeLinks* pParent = pNode->m_pParent;
-    while (pParent != nullptr && pParent->m_pChild[0] != pNode)
-    {
-        pNode = pParent;
-        pParent = pNode->m_pParent;
-    }
-    return pParent != nullptr ? pParent : pNode;
-}
-} // namespace detail
-
-// A forward iterator; see detail::TNodeIterator. A step goes from the last element to End() and from there to the first
-// one, amortised constant. The element of a set may be changed only in ways that keep its place in the order.
+// A forward iterator; see kx::detail::TNodeIterator. A step goes from the last element to End() and from there to the
+// first one, amortised constant. The element of a set may be changed only in ways that keep its place in the order.
 template <class T>
-using TTreeIterator = detail::TNodeIterator<T, detail::SRedBlackTreeLinks>;
+using TTreeIterator = kx::detail::TNodeIterator<T, kx::detail::SRedBlackTreeLinks>;
 
 template <class T>
 using TTreeConstIterator = TTreeIterator<const T>;
 
-// See detail::TNodeEnumerator. After its MoveNext() was false it starts over from the first element.
+// See kx::detail::TNodeEnumerator. After its MoveNext() was false it starts over from the first element.
 template <class T>
-using TTreeEnumerator = detail::TNodeEnumerator<T, detail::SRedBlackTreeLinks>;
+using TTreeEnumerator = kx::detail::TNodeEnumerator<T, kx::detail::SRedBlackTreeLinks>;
 
-namespace detail
+namespace kx::detail
 {
 // What elements are ordered by and looked up by: the element itself, or the key of a pair.
 template <class T>
@@ -227,9 +227,9 @@ public:
     // The result is the position that followed. Logarithmic, and constant on average.
     iterator Erase(const_iterator pos)
     {
-        Links* pNode = NodeOf<Links>(pos.operator->());
-        BreakUnless(pNode != Header());
-        Links* pNext = NextNode(pNode);
+        Links* pNode = detail::NodeOf<Links>(pos.operator->());
+        detail::BreakUnless(pNode != Header());
+        Links* pNext = Links::Next(pNode);
         RemoveElement(pNode);
         return PositionOf(pNext);
     }
@@ -257,7 +257,7 @@ public:
     // Whether the invariants hold. For tests and debugging.
     bool Validate() const
     {
-        if (!ValidateNodes(Header(), m_nSize))
+        if (!detail::ValidateNodes(Header(), m_nSize))
             return false;
         for (const_iterator pos = Begin(), next = pos; pos != End() && ++next != End(); pos = next)
         {
@@ -269,7 +269,7 @@ public:
 
 protected:
     // Where a new node goes: under m_pParent, on that side.
-    struct SPlace
+    struct SInsertPosition
     {
         Links* m_pParent;
         uint32 m_nSide;
@@ -277,9 +277,9 @@ protected:
 
     // The way of a search that found nothing, to the place where it would have been: bit i of m_nTurns is the side
     // taken at step i. A tree of less than 2^31 elements is at most 62 steps high.
-    struct SWay
+    struct SSearchPath
     {
-        SPlace m_place;
+        SInsertPosition m_position;
         uint64 m_nTurns;
         uint32 m_nSteps;
     };
@@ -299,9 +299,9 @@ protected:
     // the way goes down the right edge. Behind that both children are fetched, since the balancing is going to look at
     // the one that is passed by.
     template <bool bInserting>
-    Node* FindNode(const key_type& key, SWay& way) const
+    Node* FindNode(const key_type& key, SSearchPath& path) const
     {
-        way = {{Header(), 0}, 0, 0};
+        path = {{Header(), 0}, 0, 0};
         [[maybe_unused]] bool bRightEdge = true;
         Links* pNode = m_links.m_pChild[1];
         while (pNode != nullptr)
@@ -309,10 +309,10 @@ protected:
             const uint32 nSide = KeyOf(pNode) < key;
             if (nSide == 0 && !(key < KeyOf(pNode)))
             {
-                BreakUnless(!(KeyOf(pNode) < key) && !(key < KeyOf(pNode)));
+                detail::BreakUnless(!(KeyOf(pNode) < key) && !(key < KeyOf(pNode)));
                 break;
             }
-            way = {{pNode, nSide}, way.m_nTurns | uint64{nSide} << way.m_nSteps, way.m_nSteps + 1};
+            path = {{pNode, nSide}, path.m_nTurns | uint64{nSide} << path.m_nSteps, path.m_nSteps + 1};
             if constexpr (bInserting)
             {
                 bRightEdge = bRightEdge && nSide == 1;
@@ -339,22 +339,22 @@ protected:
     // InsertNew, where FindNode has just gone this way and found no element. The search for the place would go the same
     // way again. So only its comparisons are made, since they may be calls that somebody counts; where the compiler
     // sees that they have no effect, it leaves out the whole loop.
-    iterator InsertMissing(const T& value, const SWay& way)
+    iterator InsertMissing(const T& value, const SSearchPath& path)
     {
         Node* pNode = CreateNode(value);
         const Links* pPassed = m_links.m_pChild[0];
-        for (uint32 nStep = 0; nStep < way.m_nSteps; ++nStep)
+        for (uint32 nStep = 0; nStep < path.m_nSteps; ++nStep)
         {
             static_cast<void>(KeyOf(pPassed) < TTreeKey<T>::Of(value));
-            pPassed = pPassed->m_pChild[way.m_nTurns >> nStep & 1];
+            pPassed = pPassed->m_pChild[path.m_nTurns >> nStep & 1];
         }
-        return LinkIn(pNode, way.m_place);
+        return LinkIn(pNode, path.m_position);
     }
 
     // The tree object as the node that it is to the walk.
     Links* Header() const { return const_cast<Links*>(&m_links); }
 
-    static iterator PositionOf(Links* pNode) { return iterator(ElementOf<T>(pNode)); }
+    static iterator PositionOf(Links* pNode) { return iterator(detail::ElementOf<T>(pNode)); }
 
 private:
     static const key_type& KeyOf(const Links* pNode)
@@ -364,8 +364,8 @@ private:
 
     Links* FindOrHeader(const key_type& key) const
     {
-        SWay way;
-        Links* pNode = FindNode<false>(key, way);
+        SSearchPath path;
+        Links* pNode = FindNode<false>(key, path);
         return pNode != nullptr ? pNode : Header();
     }
 
@@ -382,40 +382,40 @@ private:
         return pBound;
     }
 
-    SPlace FindInsertPosition(const key_type& key) const
+    SInsertPosition FindInsertPosition(const key_type& key) const
     {
         // With a branch first and by number then, as in FindNode.
-        SPlace place{Header(), 0};
+        SInsertPosition position{Header(), 0};
         for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr; pNode = pNode->m_pChild[1])
         {
-            place = {pNode, KeyOf(pNode) < key};
-            if (place.m_nSide == 0)
+            position = {pNode, KeyOf(pNode) < key};
+            if (position.m_nSide == 0)
                 break;
         }
-        while (Links* pNode = place.m_pParent->m_pChild[place.m_nSide])
+        while (Links* pNode = position.m_pParent->m_pChild[position.m_nSide])
         {
             PrefetchChildren(pNode);
-            place = {pNode, KeyOf(pNode) < key};
+            position = {pNode, KeyOf(pNode) < key};
         }
-        return place;
+        return position;
     }
 
     static void PrefetchChildren(const Links* pNode)
     {
-        Prefetch(pNode->m_pChild[0]);
-        Prefetch(pNode->m_pChild[1]);
+        detail::Prefetch(pNode->m_pChild[0]);
+        detail::Prefetch(pNode->m_pChild[1]);
     }
 
-    iterator LinkIn(Node* pNode, SPlace place)
+    iterator LinkIn(Node* pNode, SInsertPosition position)
     {
-        InsertNode(pNode, place.m_pParent, place.m_nSide, Header());
+        detail::InsertNode(pNode, position.m_pParent, position.m_nSide, Header());
         ++m_nSize;
         return PositionOf(pNode);
     }
 
     void RemoveElement(Links* pNode)
     {
-        RemoveNode(pNode, Header());
+        detail::RemoveNode(pNode, Header());
         ReleaseNode(pNode);
         --m_nSize;
     }
@@ -425,7 +425,8 @@ private:
     {
         constexpr std::size_t kAlignment =
             alignof(Node) > __STDCPP_DEFAULT_NEW_ALIGNMENT__ ? alignof(Node) : __STDCPP_DEFAULT_NEW_ALIGNMENT__;
-        return ConstructAt(static_cast<Node*>(GetNormalAllocator()->Allocate(sizeof(Node), kAlignment, 0)), value);
+        return detail::ConstructAt(static_cast<Node*>(GetNormalAllocator()->Allocate(sizeof(Node), kAlignment, 0)),
+                                   value);
     }
 
     static void ReleaseNode(Links* pNode)
@@ -448,7 +449,7 @@ private:
     // The copy's root gets pParent as its parent.
     static Links* CloneTree(const Links* pRoot, Links* pParent)
     {
-        BreakUnless(pRoot != nullptr);
+        detail::BreakUnless(pRoot != nullptr);
         Links* pRootCopy = CopyNode(pRoot, pParent);
         const Links* pNode = pRoot;
         Links* pCopy = pRootCopy;
@@ -456,7 +457,7 @@ private:
         {
             while (const Links* pLeft = pNode->m_pChild[0])
             {
-                Prefetch(pNode->m_pChild[1]);
+                detail::Prefetch(pNode->m_pChild[1]);
                 pNode = pLeft;
                 pCopy = pCopy->m_pChild[0] = CopyNode(pLeft, pCopy);
             }
@@ -478,7 +479,7 @@ private:
 
     static void DestroyTree(Links* pRoot)
     {
-        BreakUnless(pRoot != nullptr);
+        detail::BreakUnless(pRoot != nullptr);
         const Links* pStop = pRoot->m_pParent;
         Links* pNode = pRoot;
         for (;;)
@@ -486,7 +487,7 @@ private:
             // Down to a leaf, to the left where there is a choice.
             while (Links* pChild = pNode->m_pChild[0] != nullptr ? pNode->m_pChild[0] : pNode->m_pChild[1])
             {
-                Prefetch(pNode->m_pChild[1]);
+                detail::Prefetch(pNode->m_pChild[1]);
                 pNode = pChild;
             }
 
@@ -521,7 +522,7 @@ private:
         m_nSize = std::exchange(other.m_nSize, 0);
         m_links.m_pChild[1] = std::exchange(other.m_links.m_pChild[1], nullptr);
         m_links.m_pChild[0] = std::exchange(other.m_links.m_pChild[0], nullptr);
-        BreakUnless(m_links.m_pChild[0] == m_links.m_pChild[1]);
+        detail::BreakUnless(m_links.m_pChild[0] == m_links.m_pChild[1]);
         AdoptRoot();
     }
 
@@ -537,11 +538,11 @@ private:
     Links m_links = {};
     alignas(T) alignas(int32) int32 m_nSize = 0;
 };
-} // namespace detail
+} // namespace kx::detail
 
 // Keeps every element that it is given, equivalent ones side by side.
 template <class T>
-class TRedBlackTree : public detail::TOrderedTree<T>
+class TRedBlackTree : public kx::detail::TOrderedTree<T>
 {
 public:
     // No allocator call.

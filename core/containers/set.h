@@ -8,7 +8,7 @@
 
 // Keeps one of equivalent elements, the first that came.
 template <class T>
-class TSet : public detail::TOrderedTree<T>
+class TSet : public kx::detail::TOrderedTree<T>
 {
 public:
     // No allocator call.
@@ -25,10 +25,10 @@ public:
     // set, whichever it is; only Size() tells. Logarithmic; one allocation and one copy, or none.
     TTreeIterator<T> Insert(const T& value)
     {
-        typename TSet::SWay way;
-        if (auto* pNode = this->template FindNode<true>(detail::TTreeKey<T>::Of(value), way))
+        typename TSet::SSearchPath path;
+        if (auto* pNode = this->template FindNode<true>(kx::detail::TTreeKey<T>::Of(value), path))
             return this->PositionOf(pNode);
-        return this->InsertMissing(value, way);
+        return this->InsertMissing(value, path);
     }
 
     // Exchanges the elements. None is touched, and iterators to them stay valid and belong to the other set now.

@@ -24,21 +24,18 @@
 #include <type_traits>
 #include <utility>
 
-namespace detail
+namespace kx::detail
 {
 struct SSListLink
 {
     SSListLink* m_pNext;
-};
 
-inline SSListLink* NextNode(SSListLink* pNode)
-{
-    return pNode->m_pNext;
-}
-} // namespace detail
+    static SSListLink* Next(SSListLink* pNode) { return pNode->m_pNext; }
+};
+} // namespace kx::detail
 
 template <class T>
-struct SSListNode : detail::SSListLink
+struct SSListNode : kx::detail::SSListLink
 {
     explicit SSListNode(const T& value) : m_Element(value) {}
 
@@ -46,10 +43,10 @@ struct SSListNode : detail::SSListLink
 };
 
 template <class T>
-using TSListIterator = detail::TNodeIterator<T, detail::SSListLink>;
+using TSListIterator = kx::detail::TNodeIterator<T, kx::detail::SSListLink>;
 
 template <class T>
-using TSListEnumerator = detail::TNodeEnumerator<T, detail::SSListLink>;
+using TSListEnumerator = kx::detail::TNodeEnumerator<T, kx::detail::SSListLink>;
 
 template <class T>
 class TSList
@@ -124,10 +121,10 @@ public:
     const_iterator end() const { return End(); }
 
     // Stands before the first element, which is on the list object itself.
-    TSListEnumerator<T> GetEnumerator() { return {detail::ElementOf<T>(&m_head), End().operator->()}; }
+    TSListEnumerator<T> GetEnumerator() { return {kx::detail::ElementOf<T>(&m_head), End().operator->()}; }
     TSListEnumerator<const T> GetEnumerator() const
     {
-        return {detail::ElementOf<const T>(const_cast<SSListLink*>(&m_head)), End().operator->()};
+        return {kx::detail::ElementOf<const T>(const_cast<SSListLink*>(&m_head)), End().operator->()};
     }
 
     // Prepends a copy, in constant time; mind that TList::Insert(value) appends. The result stands on the new element.
@@ -181,10 +178,10 @@ public:
     }
 
 private:
-    using SSListLink = detail::SSListLink;
+    using SSListLink = kx::detail::SSListLink;
 
-    static iterator PositionOf(SSListLink* pNode) { return iterator(detail::ElementOf<T>(pNode)); }
-    static SSListLink* NodeOf(iterator pos) { return detail::NodeOf<SSListLink>(pos.operator->()); }
+    static iterator PositionOf(SSListLink* pNode) { return iterator(kx::detail::ElementOf<T>(pNode)); }
+    static SSListLink* NodeOf(iterator pos) { return kx::detail::NodeOf<SSListLink>(pos.operator->()); }
 
     static SSListLink* NewNode(const T& value) { return new (*GetNormalAllocator()) SSListNode<T>(value); }
 

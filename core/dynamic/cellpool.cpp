@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace detail
+namespace kx::detail
 {
 ZCellPool::SFirstChunk ZCellPool::ms_aFirst[kMaxCell / 8];
 ZCellPool ZCellPool::ms_aPools[kMaxCell / 8] = {{8, ms_aFirst[0]},  {16, ms_aFirst[1]}, {24, ms_aFirst[2]},
@@ -84,4 +84,4 @@ void ZCellPool::Unlink(SChunk* pChunk)
     if (pChunk->m_pNext != nullptr)
         pChunk->m_pNext->m_pPrev = pChunk->m_pPrev;
 }
-} // namespace detail
+} // namespace kx::detail

@@ -19,7 +19,7 @@
 #include <new>
 #include <utility>
 
-namespace detail
+namespace kx::detail
 {
 class ZCellPool
 {
@@ -91,4 +91,4 @@ private:
     uint64 m_nCell; // bytes
     SChunk* m_pChunks;
 };
-} // namespace detail
+} // namespace kx::detail

@@ -1,22 +1,38 @@
 #include "core/dynamic/dynamicobject.h"
 
-#include "core/dynamic/cellpool.h"
-#include "core/dynamic/objectnode.h"
+#include "core/dynamic/tree.h"
 
 #include <algorithm>
 
-using detail::SArrayNode;
-using detail::SObjectNode;
-using detail::SVariantAccess;
-
-constinit KX_API ZDynamicObject detail::g_nullObject;
-
 namespace
 {
+using kx::detail::SVariantAccess;
+using Tree = kx::detail::TTree<ZDynamicObject, SDynamicObjectKeyValuePair>;
+
+static_assert(sizeof(SDynamicObjectKeyValuePair) == kx::detail::ZPropertyIndex::kPropertySize
+                  && kx::detail::kUnindexedProperties == kx::detail::ZPropertyIndex::kUnindexed,
+              "the index goes by these numbers");
+
+Tree::SArray& ArrayOf(const ZVariant& variant)
+{
+    return *static_cast<Tree::SArray*>(SVariantAccess::Held(variant));
+}
+
+Tree::SObject& ObjectOf(const ZVariant& variant)
+{
+    return *static_cast<Tree::SObject*>(SVariantAccess::Held(variant));
+}
+
+// Null for anything but an object, too.
+SDynamicObjectKeyValuePair* FindIn(const ZDynamicObject& object, std::string_view key)
+{
+    return object.IsObject() ? Tree::FindProperty(ObjectOf(object), key) : nullptr;
+}
+
 template <class TNode>
 ZDynamicObject EmptyNode(STypeID* pType)
 {
-    return SVariantAccess::Adopted(pType, ::new (detail::ZCellPool::For(sizeof(TNode)).Allocate()) TNode);
+    return SVariantAccess::Adopted<ZDynamicObject>(pType, Tree::NewNode<TNode>(0));
 }
 
 // Room for one more. The arrays of a tree grow by doubling, from a first block for four: trees are built element by
@@ -29,14 +45,24 @@ void MakeRoom(TArray<T>& array)
 }
 } // namespace
 
+KX_KNOWN_TYPE(g_object, &Tree::kObjectValue, TArray<SDynamicObjectKeyValuePair>);
+KX_KNOWN_TYPE(g_array, &Tree::kArrayValue, TArray<ZDynamicObject>);
+KX_KNOWN_TYPE(g_element, &kx::detail::g_otherValue, ZDynamicObject);
+KX_KNOWN_TYPE(g_property, &kx::detail::g_otherValue, SDynamicObjectKeyValuePair);
+
+SDynamicObjectKeyValuePair* kx::detail::FindProperty(const ZDynamicObject& object, std::string_view key)
+{
+    return Tree::FindProperty(ObjectOf(object), key);
+}
+
 ZDynamicObject ZDynamicObject::Object()
 {
-    return EmptyNode<SObjectNode>(GetTypeID<TArray<SDynamicObjectKeyValuePair>>());
+    return EmptyNode<Tree::SObject>(GetTypeID<TArray<SDynamicObjectKeyValuePair>>());
 }
 
 ZDynamicObject ZDynamicObject::Array()
 {
-    return EmptyNode<SArrayNode>(GetTypeID<TArray<ZDynamicObject>>());
+    return EmptyNode<Tree::SArray>(GetTypeID<TArray<ZDynamicObject>>());
 }
 
 bool ZDynamicObject::operator==(const char* pszText) const
@@ -47,16 +73,16 @@ bool ZDynamicObject::operator==(const char* pszText) const
 uint64 ZDynamicObject::Size() const
 {
     if (IsArray())
-        return SVariantAccess::Array(*this)->m_elements.Size();
-    return IsObject() ? SVariantAccess::Object(*this)->m_properties.Size() : 0;
+        return ArrayOf(*this).m_children.Size();
+    return IsObject() ? ObjectOf(*this).m_children.Size() : 0;
 }
 
 const ZDynamicObject& ZDynamicObject::Get(uint64 nIndex) const
 {
     if (!IsArray())
-        return detail::g_nullObject;
-    const TArray<ZDynamicObject>& elements = SVariantAccess::Array(*this)->m_elements;
-    return nIndex < elements.Size() ? elements.Begin()[nIndex] : detail::g_nullObject;
+        return kx::detail::SharedNull();
+    const TArray<ZDynamicObject>& elements = ArrayOf(*this).m_children;
+    return nIndex < elements.Size() ? elements.Begin()[nIndex] : kx::detail::SharedNull();
 }
 
 ZDynamicObject& ZDynamicObject::Append(ZDynamicObject value)
@@ -67,10 +93,10 @@ ZDynamicObject& ZDynamicObject::Append(ZDynamicObject value)
         if (IsNull()) // the one that stays null
             return *this;
     }
-    detail::BreakUnless(IsArray());
+    kx::detail::BreakUnless(IsArray());
     if (IsArray())
     {
-        TArray<ZDynamicObject>& elements = SVariantAccess::Array(*this)->m_elements;
+        TArray<ZDynamicObject>& elements = ArrayOf(*this).m_children;
         MakeRoom(elements);
         elements.Add(std::move(value));
     }
@@ -79,23 +105,23 @@ ZDynamicObject& ZDynamicObject::Append(ZDynamicObject value)
 
 TArray<ZDynamicObject>& ZDynamicObject::GetArrayContainer() const
 {
-    detail::BreakUnless(IsArray());
-    return SVariantAccess::Array(*this)->m_elements;
+    kx::detail::BreakUnless(IsArray());
+    return ArrayOf(*this).m_children;
 }
 
 const ZDynamicObject* ZDynamicObject::begin() const
 {
-    return IsArray() ? SVariantAccess::Array(*this)->m_elements.Begin() : nullptr;
+    return IsArray() ? ArrayOf(*this).m_children.Begin() : nullptr;
 }
 
 const ZDynamicObject* ZDynamicObject::end() const
 {
-    return IsArray() ? SVariantAccess::Array(*this)->m_elements.End() : nullptr;
+    return IsArray() ? ArrayOf(*this).m_children.End() : nullptr;
 }
 
 bool ZDynamicObject::TryGet(const ZString& key, ZDynamicObject& result) const
 {
-    const SDynamicObjectKeyValuePair* pProperty = FindProperty(key);
+    const SDynamicObjectKeyValuePair* pProperty = FindIn(*this, key);
     if (pProperty != nullptr)
         result = pProperty->m_value;
     return pProperty != nullptr;
@@ -109,7 +135,7 @@ ZDynamicObject& ZDynamicObject::Store(const ZString& key, ZDynamicObject value)
         if (IsNull()) // the one that stays null
             return *this;
     }
-    detail::BreakUnless(IsObject());
+    kx::detail::BreakUnless(IsObject());
     if (IsObject())
         StoreProperty(key, &key, std::move(value));
     return *this;
@@ -118,26 +144,26 @@ ZDynamicObject& ZDynamicObject::Store(const ZString& key, ZDynamicObject value)
 // The key as a string is given where there is one: a copy of it is cheaper if it refers to a literal.
 void ZDynamicObject::StoreProperty(std::string_view key, const ZString* pKey, ZDynamicObject&& value)
 {
-    if (SDynamicObjectKeyValuePair* pProperty = FindProperty(key))
+    if (SDynamicObjectKeyValuePair* pProperty = FindIn(*this, key))
     {
         pProperty->m_value = std::move(value);
         return;
     }
-    SObjectNode& node = *SVariantAccess::Object(*this);
-    MakeRoom(node.m_properties);
-    node.m_properties.Add({pKey != nullptr ? *pKey : ZString(key), std::move(value)});
-    node.m_index.Added(node.m_properties);
+    Tree::SObject& node = ObjectOf(*this);
+    MakeRoom(node.m_children);
+    node.m_children.Add({pKey != nullptr ? *pKey : ZString(key), std::move(value)});
+    node.m_index.Added(node.Keys());
 }
 
 bool ZDynamicObject::Remove(const ZString& key)
 {
-    SDynamicObjectKeyValuePair* pProperty = FindProperty(key);
+    SDynamicObjectKeyValuePair* pProperty = FindIn(*this, key);
     if (pProperty == nullptr)
         return false;
-    SObjectNode& node = *SVariantAccess::Object(*this);
-    const uint32 nPosition = static_cast<uint32>(pProperty - node.m_properties.Begin());
-    node.m_properties.Erase(pProperty);
-    node.m_index.Removed(node.m_properties, nPosition);
+    Tree::SObject& node = ObjectOf(*this);
+    const uint32 nPosition = static_cast<uint32>(pProperty - node.m_children.Begin());
+    node.m_children.Erase(pProperty);
+    node.m_index.Removed(node.Keys(), nPosition);
     return true;
 }
 
@@ -145,7 +171,7 @@ TArrayEnumerator<const SDynamicObjectKeyValuePair> ZDynamicObject::GetProperties
 {
     if (!IsObject())
         return {nullptr, nullptr};
-    const TArray<SDynamicObjectKeyValuePair>& properties = SVariantAccess::Object(*this)->m_properties;
+    const TArray<SDynamicObjectKeyValuePair>& properties = ObjectOf(*this).m_children;
     return properties.GetEnumerator();
 }
 
@@ -158,7 +184,7 @@ ZDynamicObject* ZDynamicObject::Walk(std::string_view path) const
         std::size_t nStep = 0;
         while (nStep != path.size() && path[nStep] != '.')
             ++nStep;
-        SDynamicObjectKeyValuePair* pProperty = pNode->FindProperty(path.substr(0, nStep));
+        SDynamicObjectKeyValuePair* pProperty = FindIn(*pNode, path.substr(0, nStep));
         if (pProperty == nullptr)
             return nullptr;
         if (nStep == path.size())
@@ -198,19 +224,12 @@ bool ZDynamicObject::TrySetPathImpl(const ZString& path, ZDynamicObject value)
     return true;
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): by value, as callers hand in a lambda and nothing else
-bool ZDynamicObject::TryUpdatePath(const ZString& path, std::function<bool(ZDynamicObject&)> update)
-{
-    ZDynamicObject* pNode = FindPath(path);
-    return pNode != nullptr && update && update(*pNode);
-}
-
 bool ZDynamicObject::Validate() const
 {
     if (IsArray())
-        return SVariantAccess::Array(*this)->m_elements.Validate();
+        return ArrayOf(*this).m_children.Validate();
     if (!IsObject())
         return (m_pType == nullptr) == (m_pData == nullptr);
-    const SObjectNode& node = *SVariantAccess::Object(*this);
-    return node.m_properties.Validate() && node.m_index.Validate(node.m_properties);
+    const Tree::SObject& node = ObjectOf(*this);
+    return node.m_children.Validate() && node.m_index.Validate(node.Keys());
 }

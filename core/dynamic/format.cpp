@@ -1,6 +1,7 @@
 // ZString::Format.
+#include "core/dynamic/format.h"
+
 #include "core/dynamic/typetable.h"
-#include "core/dynamic/variant.h"
 
 #include <array>
 #include <charconv>
@@ -8,7 +9,7 @@
 
 namespace
 {
-using detail::EKind;
+using kx::detail::ETypeKind;
 
 constexpr std::size_t kArguments = 8;
 
@@ -29,33 +30,33 @@ private:
     {
         switch (value.Type()->Kind())
         {
-        case EKind::Int8:
+        case ETypeKind::Int8:
             return Print<int8>(value);
-        case EKind::Int16:
+        case ETypeKind::Int16:
             return Print<int16>(value);
-        case EKind::Int32:
+        case ETypeKind::Int32:
             return Print<int32>(value);
-        case EKind::Int64:
+        case ETypeKind::Int64:
             return Print<int64>(value);
-        case EKind::UInt8:
+        case ETypeKind::UInt8:
             return Print<uint8>(value);
-        case EKind::UInt16:
+        case ETypeKind::UInt16:
             return Print<uint16>(value);
-        case EKind::UInt32:
+        case ETypeKind::UInt32:
             return Print<uint32>(value);
-        case EKind::UInt64:
+        case ETypeKind::UInt64:
             return Print<uint64>(value);
-        case EKind::Float32:
+        case ETypeKind::Float32:
             return Print<float32>(value);
-        case EKind::Float64:
+        case ETypeKind::Float64:
             return Print<float64>(value);
-        case EKind::Bool:
+        case ETypeKind::Boolean:
             m_text = *static_cast<const bool*>(value.Data()) ? "true" : "false";
             return true;
-        case EKind::String:
+        case ETypeKind::Text:
             m_text = *static_cast<const ZString*>(value.Data());
             return true;
-        case EKind::None:
+        case ETypeKind::NotBuiltIn:
             break;
         }
         return false;
@@ -114,7 +115,7 @@ ZString ZString::Format(const ZString& format, const ZVariantRef& arg0, const ZV
                                  ZArgument(arg4), ZArgument(arg5), ZArgument(arg6), ZArgument(arg7)};
     uint64 nLength = 0;
     ForEachPiece(format, arguments, [&](std::string_view piece) { nLength += piece.size(); });
-    detail::BreakUnless(nLength <= kMaxLength);
+    kx::detail::BreakUnless(nLength <= kMaxLength);
     if (nLength == 0 || nLength > kMaxLength)
         return {};
     char* pChars = nullptr;

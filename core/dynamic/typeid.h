@@ -14,18 +14,16 @@
 // its text which one it means. From then on a type test is one load of a slot and one comparison, and values may cross
 // from module to module.
 //
-// The standard's types that variants know have their slots declared here. A type of your own takes one line beside its
+// The standard types that variants know have their slots declared here. A type of your own takes one line beside its
 // definition: KX_DECLARE_TYPE of core/dynamic/typeregistry.h.
 #pragma once
 
+#include "core/dynamic/forward.h"
 #include "core/platform/platform.h"
 #include "core/strings/string.h"
 
 #include <type_traits>
 #include <typeinfo>
-
-// The identity of a type, for comparison by address. What is inside is kxbase's own.
-struct STypeID;
 
 // What a module says of a type. Constant data, but for the three fields that the merge works with.
 struct STypeIDData
@@ -46,8 +44,26 @@ static_assert(sizeof(STypeIDData) == 40 && offsetof(STypeIDData, m_pTypeID) == 1
 // every module when it starts; nobody else need call it. Identities live to the end of the process.
 KX_API void SharedInitTypeIDs(STypeIDData** ppFirst, STypeIDData** ppLast);
 
-namespace detail
+namespace kx::detail
 {
+/// The built-in types, as their records number them.
+enum class ETypeKind : uint16
+{
+    NotBuiltIn = 0,
+    Int8 = 2,
+    Int16 = 3,
+    Int32 = 4,
+    Int64 = 5,
+    UInt8 = 6,
+    UInt16 = 7,
+    UInt32 = 8,
+    UInt64 = 9,
+    Float32 = 11,
+    Float64 = 12,
+    Boolean = 20,
+    Text = 32,
+};
+
 template <class T>
 inline constexpr bool kNever = false;
 
@@ -55,7 +71,7 @@ struct STypeEntry;
 
 // See STypeEntry in core/dynamic/typeregistry.h.
 KX_API void FillTypeRecords(STypeEntry** ppFirst, STypeEntry** ppLast);
-} // namespace detail
+} // namespace kx::detail
 
 // A module's slot of T and the record behind it. Specialised by KX_TYPE_SLOT.
 template <class T>
@@ -65,7 +81,7 @@ struct TTypeSlot
                   "a pointer has no identity: pass what it points at, or a ZString of a text");
     static_assert(!std::is_arithmetic_v<T>,
                   "this number has no identity: cast it to one of int8 to int64, uint8 to uint64, float32 and float64");
-    static_assert(std::is_pointer_v<T> || std::is_array_v<T> || std::is_arithmetic_v<T> || detail::kNever<T>,
+    static_assert(std::is_pointer_v<T> || std::is_array_v<T> || std::is_arithmetic_v<T> || kx::detail::kNever<T>,
                   "this type has no identity: write KX_DECLARE_TYPE(T); beside its definition, and include "
                   "core/dynamic/typeregistry.h there");
 };
@@ -74,27 +90,28 @@ struct TTypeSlot
 // section; hidden, because across modules the slots must not become one; volatile, because the module that writes it is
 // another one, so that the compiler, which sees the whole program under link-time optimisation, may not take the
 // address of the record for the value.
-#define KX_TYPE_SLOT(nKindNumber, ...)                                                                                 \
+#define KX_TYPE_SLOT(kind, ...)                                                                                        \
     template <>                                                                                                        \
     struct KX_LOCAL TTypeSlot<__VA_ARGS__>                                                                             \
     {                                                                                                                  \
         static const char* Name() { return typeid(std::add_pointer_t<__VA_ARGS__>).name(); }                           \
-        inline static STypeIDData ms_data = {uint32{nKindNumber} << 16, nullptr, nullptr, &Name, nullptr};             \
+        inline static STypeIDData ms_data = {static_cast<uint32>(kx::detail::ETypeKind::kind) << 16, nullptr, nullptr, \
+                                             &Name, nullptr};                                                          \
         KX_GATHER(kxtype, #__VA_ARGS__) inline static STypeIDData* ms_pSlot = &ms_data;                                \
     }
 
-KX_TYPE_SLOT(2, int8);
-KX_TYPE_SLOT(3, int16);
-KX_TYPE_SLOT(4, int32);
-KX_TYPE_SLOT(5, int64);
-KX_TYPE_SLOT(6, uint8);
-KX_TYPE_SLOT(7, uint16);
-KX_TYPE_SLOT(8, uint32);
-KX_TYPE_SLOT(9, uint64);
-KX_TYPE_SLOT(11, float32);
-KX_TYPE_SLOT(12, float64);
-KX_TYPE_SLOT(20, bool);
-KX_TYPE_SLOT(32, ZString);
+KX_TYPE_SLOT(Int8, int8);
+KX_TYPE_SLOT(Int16, int16);
+KX_TYPE_SLOT(Int32, int32);
+KX_TYPE_SLOT(Int64, int64);
+KX_TYPE_SLOT(UInt8, uint8);
+KX_TYPE_SLOT(UInt16, uint16);
+KX_TYPE_SLOT(UInt32, uint32);
+KX_TYPE_SLOT(UInt64, uint64);
+KX_TYPE_SLOT(Float32, float32);
+KX_TYPE_SLOT(Float64, float64);
+KX_TYPE_SLOT(Boolean, bool);
+KX_TYPE_SLOT(Text, ZString);
 
 // The identity of T: reads this module's slot, each time: it is written by another module, so the compiler must not
 // take what it sees in here for the value. Not to be called before the module has started, which is before its first
@@ -111,9 +128,9 @@ KX_LOCAL inline STypeID* GetTypeID()
 }
 
 KX_GATHERED(STypeIDData*, kxtype);
-KX_GATHERED(detail::STypeEntry*, kxtypeentry);
+KX_GATHERED(kx::detail::STypeEntry*, kxtypeentry);
 
-namespace detail
+namespace kx::detail
 {
 // Starts the types of the module that it is compiled into. Whoever includes this header has one of it, hidden, so there
 // is one for each module.
@@ -121,10 +138,10 @@ struct KX_LOCAL STypeStart
 {
     STypeStart()
     {
-        SharedInitTypeIDs(KX_GATHER_BEGIN(kxtype), KX_GATHER_END(kxtype));
-        FillTypeRecords(KX_GATHER_BEGIN(kxtypeentry), KX_GATHER_END(kxtypeentry));
+        ::SharedInitTypeIDs(KX_GATHER_BEGIN(kxtype), KX_GATHER_END(kxtype));
+        detail::FillTypeRecords(KX_GATHER_BEGIN(kxtypeentry), KX_GATHER_END(kxtypeentry));
     }
 };
 
 KX_LOCAL KX_INIT_FIRST inline const STypeStart g_typeStart;
-} // namespace detail
+} // namespace kx::detail

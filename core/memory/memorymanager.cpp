@@ -21,7 +21,7 @@ template <class TTable>
 auto* FindSlot(TTable& table, uint32 nIdentity)
 {
     const bool bInTable = nIdentity < ZMemoryManager::kIdentities;
-    detail::BreakUnless(bInTable);
+    kx::detail::BreakUnless(bInTable);
     return bInTable ? &table[nIdentity] : nullptr;
 }
 } // namespace
@@ -52,7 +52,7 @@ const char* ZMallocAllocator::GetName() const
 void* ZMallocAllocator::Allocate(uint64 nSize, uint64 nAlignment, uint32 /*nReserved*/)
 {
     const bool bPowerOfTwo = (nAlignment & (nAlignment - 1)) == 0;
-    detail::BreakUnless(bPowerOfTwo);
+    kx::detail::BreakUnless(bPowerOfTwo);
     if (!bPowerOfTwo)
         return nullptr;
 
@@ -94,7 +94,7 @@ IAllocator* ZMemoryManager::GetAllocator(uint32 nIdentity) const
 void* ZMemoryManager::Allocate(uint64 nSize, uint32 nAlignment)
 {
     IAllocator* pNormal = GetNormalAllocator();
-    detail::BreakUnless(pNormal != nullptr);
+    kx::detail::BreakUnless(pNormal != nullptr);
     if (pNormal == nullptr)
         return nullptr;
     return pNormal->Allocate(nSize, nAlignment != 0 ? nAlignment : __STDCPP_DEFAULT_NEW_ALIGNMENT__, 0);

@@ -107,7 +107,7 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 #define KX_INIT_FIRST __attribute__((init_priority(101)))
 #endif
 
-namespace detail
+namespace kx::detail
 {
 // Stops at the processor's breakpoint instruction unless bCondition holds. Without a debugger the process ends
 // abnormally; with one, execution can resume, and then the caller goes on as if the check had passed. So the code
@@ -157,4 +157,4 @@ inline T* PointerTo(T& object) noexcept
 {
     return __builtin_addressof(object);
 }
-} // namespace detail
+} // namespace kx::detail

@@ -89,7 +89,7 @@ ZStackStringBase::~ZStackStringBase() = default;
 
 const char* ZStackStringBase::format(const char* pszFormat, ...)
 {
-    pszFormat = detail::NotNull(pszFormat);
+    pszFormat = kx::detail::NotNull(pszFormat);
     char* pBuffer = buffer();
     char* pEnd = pBuffer + m_nSize;
     const uint32 nRoom = capacity() - 1 - m_nSize;
@@ -148,7 +148,7 @@ void ZStackStringBase::PrependCutting(std::string_view text)
 
     // A piece of this string is first rotated to the front. Then all that is missing is a second copy of it, where it
     // was: a cut at the end can no longer take it away before it has been read.
-    const std::uintptr_t nOffset = detail::AddressOf(pText) - detail::AddressOf(pBuffer);
+    const std::uintptr_t nOffset = kx::detail::AddressOf(pText) - kx::detail::AddressOf(pBuffer);
     if (nOffset < m_nSize)
     {
         nAt = nOffset + text.size();
@@ -165,7 +165,7 @@ void ZStackStringBase::PrependCutting(std::string_view text)
 
 ZStackStringBase& ZStackStringBase::appendFloat(float value, char cFormat, int nPrecision)
 {
-    detail::BreakUnless(cFormat == 'f' || cFormat == 'e');
+    kx::detail::BreakUnless(cFormat == 'f' || cFormat == 'e');
     FloatText text;
     char* pEnd = text;
     if (value < 0)

@@ -44,7 +44,7 @@ public:
 
     // Appends the text. What does not fit is cut from the end of the old text, and of the new one only what does not
     // fit alone.
-    void append(const char* pszText) { append(detail::TextOf(pszText)); }
+    void append(const char* pszText) { append(kx::detail::TextOf(pszText)); }
     void append(std::string_view text)
     {
         char* pBuffer = buffer();
@@ -56,12 +56,12 @@ public:
     }
 
     // Puts the text in front. What does not fit is cut from the end of the result.
-    void prepend(const char* pszText) { prepend(detail::TextOf(pszText)); }
+    void prepend(const char* pszText) { prepend(kx::detail::TextOf(pszText)); }
     void prepend(std::string_view text)
     {
         char* pBuffer = buffer();
         const uint64 nSize = m_nSize + uint64{text.size()};
-        const bool bOwnPiece = detail::AddressOf(text.data()) - detail::AddressOf(pBuffer) < m_nSize;
+        const bool bOwnPiece = kx::detail::AddressOf(text.data()) - kx::detail::AddressOf(pBuffer) < m_nSize;
         if (text.empty() || nSize >= capacity() || bOwnPiece)
             return PrependCutting(text);
         std::memmove(pBuffer + text.size(), pBuffer, m_nSize);

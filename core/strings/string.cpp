@@ -24,7 +24,7 @@ char* CopyChars(std::string_view text)
 // Whether there is something to allocate. A text that is too long takes the debug break, and counts as none then.
 bool NeedsBlock(uint64 nLength)
 {
-    detail::BreakUnless(nLength <= ZString::kMaxLength);
+    kx::detail::BreakUnless(nLength <= ZString::kMaxLength);
     return nLength != 0 && nLength <= ZString::kMaxLength;
 }
 } // namespace

@@ -33,11 +33,24 @@
 #include <type_traits>
 #include <utility>
 
-namespace detail
+namespace kx::detail
 {
 // Not defined: a call stops the compile-time evaluation of the literal constructor, and its name is the message.
 void ThisCharacterArrayHasNoTerminator();
-} // namespace detail
+
+// Defined by core/dynamic/format.h, which a program that calls ZString::Format includes; its name is the message.
+struct IncludeCoreDynamicFormatH;
+
+template <class T, class...>
+struct TDependent
+{
+    using Type = T;
+};
+
+// A pointer to a C string, and no array, which has constructors of its own.
+template <class T>
+concept CStringPointer = std::convertible_to<const T&, const char*> && !std::is_array_v<T>;
+} // namespace kx::detail
 
 class ZVariantRef;
 
@@ -58,7 +71,7 @@ public:
     {
         static_assert(N - 1 <= kMaxLength, "a ZString holds less than 2^31 characters");
         if (acLiteral[N - 1] != '\0')
-            detail::ThisCharacterArrayHasNoTerminator();
+            kx::detail::ThisCharacterArrayHasNoTerminator();
     }
 
     // Copies a filled array, up to its terminator or its end.
@@ -72,10 +85,8 @@ public:
     explicit ZString(std::string_view text);
 
     // The same for a C string. Null is the empty text.
-    template <class TPointer>
-    requires(std::convertible_to<const TPointer&, const char*> && !std::is_array_v<TPointer>) explicit ZString(
-        const TPointer& pszText)
-        : ZString(detail::TextOf(pszText))
+    template <kx::detail::CStringPointer TPointer>
+    explicit ZString(const TPointer& pszText) : ZString(kx::detail::TextOf(pszText))
     {
     }
 
@@ -137,7 +148,10 @@ public:
                           const ZVariantRef& arg2, const ZVariantRef& arg3, const ZVariantRef& arg4,
                           const ZVariantRef& arg5, const ZVariantRef& arg6, const ZVariantRef& arg7);
     template <class... TArgs>
-    requires(sizeof...(TArgs) < 8) static ZString Format(const ZString& format, const TArgs&... args);
+    static ZString Format(const ZString& format, const TArgs&... args) requires(sizeof...(TArgs) < 8)
+    {
+        return kx::detail::TDependent<kx::detail::IncludeCoreDynamicFormatH, TArgs...>::Type::Format(format, args...);
+    }
 
     // The text, NUL-terminated, for as long as the string lives and is not assigned to. A view has the same life.
     const char* ToCString() const { return m_pChars; }
@@ -148,7 +162,7 @@ public:
 
     // Comparison is by the characters, never by address or ownership; order is that of the bytes as unsigned numbers.
     bool operator==(const ZString& other) const { return std::string_view(*this) == std::string_view(other); }
-    bool operator==(const char* pszText) const { return std::string_view(*this) == detail::TextOf(pszText); }
+    bool operator==(const char* pszText) const { return std::string_view(*this) == kx::detail::TextOf(pszText); }
     bool operator==(std::string_view text) const { return std::string_view(*this) == text; }
     std::strong_ordering operator<=>(const ZString& other) const
     {

@@ -3,7 +3,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-bool detail::DigitsFit(const char* pFirst, const char* pLast)
+bool kx::detail::DigitsFit(const char* pFirst, const char* pLast)
 {
     while (pFirst != pLast && *pFirst == '0')
         ++pFirst;
@@ -17,11 +17,11 @@ int FormatToBuffer(char* pBuffer, uint64 nSize, const char* pszFormat, ...)
 {
     va_list arguments;
     va_start(arguments, pszFormat);
-    const int nPrinted = std::vsnprintf(pBuffer, nSize, detail::NotNull(pszFormat), arguments);
+    const int nPrinted = std::vsnprintf(pBuffer, nSize, kx::detail::NotNull(pszFormat), arguments);
     va_end(arguments);
 
     const bool bFits = nPrinted >= 0 && static_cast<uint64>(nPrinted) < nSize;
-    detail::BreakUnless(bFits);
+    kx::detail::BreakUnless(bFits);
     if (bFits)
         return nPrinted;
     if (nSize != 0)

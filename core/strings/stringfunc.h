@@ -11,7 +11,7 @@
 #include <string_view>
 #include <type_traits>
 
-namespace detail
+namespace kx::detail
 {
 // Whether the number of the digits fits in 64 bits.
 KX_API bool DigitsFit(const char* pFirst, const char* pLast);
@@ -22,7 +22,7 @@ constexpr bool kIsOneOf = (std::is_same_v<T, TTypes> || ...);
 template <class T>
 constexpr bool kIsInt =
     kIsOneOf<T, unsigned char, unsigned short, unsigned int, uint64, signed char, short, int, int64>;
-} // namespace detail
+} // namespace kx::detail
 
 // Reads a decimal number of any of the eight types of 8 to 64 bits: white space, for a signed type one "-", digits up
 // to the first character that is none. What follows is ignored. Stores the number and returns true; or stores 0 and
@@ -36,19 +36,19 @@ constexpr bool kIsInt =
 //
 // No locale, no errno, no allocation. In the header, since a call costs as much as reading a digit or two.
 template <class T>
-bool IntFromString(const char* pszText, T* pResult, char** ppEnd = nullptr) requires detail::kIsInt<T>
+bool IntFromString(const char* pszText, T* pResult, char** ppEnd = nullptr) requires kx::detail::kIsInt<T>
 {
-    pszText = detail::NotNull(pszText);
+    pszText = kx::detail::NotNull(pszText);
     const char* pFirst = pszText;
     bool bNegative = false;
-    uint64 nValue = detail::DigitOf(*pFirst);
+    uint64 nValue = kx::detail::DigitOf(*pFirst);
     if (nValue >= 10)
     {
-        while (detail::IsSpace(*pFirst))
+        while (kx::detail::IsSpace(*pFirst))
             ++pFirst;
         bNegative = std::is_signed_v<T> && *pFirst == '-';
         pFirst += bNegative ? 1 : 0;
-        nValue = detail::DigitOf(*pFirst);
+        nValue = kx::detail::DigitOf(*pFirst);
     }
 
     bool bFits = nValue < 10;
@@ -57,11 +57,11 @@ bool IntFromString(const char* pszText, T* pResult, char** ppEnd = nullptr) requ
     {
         // The sum may wrap; then there were too many digits.
         pLast = pFirst + 1;
-        for (uint64 nDigit = detail::DigitOf(*pLast); nDigit < 10; nDigit = detail::DigitOf(*++pLast))
+        for (uint64 nDigit = kx::detail::DigitOf(*pLast); nDigit < 10; nDigit = kx::detail::DigitOf(*++pLast))
             nValue = nValue * 10 + nDigit;
         // The lowest number of a signed type is one further from zero than the highest.
         const uint64 nLimit = static_cast<uint64>(std::numeric_limits<T>::max()) + (bNegative ? 1 : 0);
-        bFits = nValue <= nLimit && (pLast - pFirst <= detail::kSafeDigits || detail::DigitsFit(pFirst, pLast));
+        bFits = nValue <= nLimit && (pLast - pFirst <= kx::detail::kSafeDigits || kx::detail::DigitsFit(pFirst, pLast));
     }
     if (ppEnd != nullptr)
         *ppEnd = const_cast<char*>(pLast);
@@ -80,10 +80,10 @@ KX_API int FormatToBuffer(char* pBuffer, uint64 nSize, const char* pszFormat, ..
 template <int N>
 char* GetStringPlusString(const char* pszFirst, const char* pszSecond, char (&acResult)[N])
 {
-    const std::string_view first = detail::TextOf(pszFirst);
-    const std::string_view second = detail::TextOf(pszSecond);
+    const std::string_view first = kx::detail::TextOf(pszFirst);
+    const std::string_view second = kx::detail::TextOf(pszSecond);
     const bool bFits = first.size() < N && second.size() < N - first.size();
-    detail::BreakUnless(bFits);
+    kx::detail::BreakUnless(bFits);
     char* pEnd = acResult;
     if (bFits)
     {

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace detail
+namespace kx::detail
 {
 constexpr const char* NotNull(const char* pszText)
 {
@@ -32,4 +32,4 @@ constexpr uint64 DigitOf(char c)
 
 // That many digits fit in 64 bits, whatever they are.
 constexpr std::ptrdiff_t kSafeDigits = 19;
-} // namespace detail
+} // namespace kx::detail

@@ -47,18 +47,18 @@ enum ECv : uint8
 };
 
 // What stands around a type, from the inside out. In the code it comes before the type, in the text behind it.
-struct SAround
+struct SDeclarator
 {
-    Text m_mark;            // of a pointer or reference; empty for an array
-    uint8 m_targetCv;       // of what it points to, or consists of
-    uint8 m_cv;             // its own
-    Text m_text;            // the class of a pointer to members; the bounds of an array
-    const SAround* m_pNext; // a pointer to this pointer, say
+    Text m_mark;                // of a pointer or reference; empty for an array
+    uint8 m_targetCv;           // of what it points to, or consists of
+    uint8 m_cv;                 // its own
+    Text m_text;                // the class of a pointer to members; the bounds of an array
+    const SDeclarator* m_pNext; // a pointer to this pointer, say
 };
 
 struct SName
 {
-    enum EKind : uint8
+    enum ENameKind : uint8
     {
         kPlain,
         kConstructor,
@@ -69,11 +69,11 @@ struct SName
     };
 
     Text m_text;
-    EKind m_kind = kPlain;
+    ENameKind m_kind = kPlain;
 };
 
 // The functions of the grammar read their piece of the symbol and write its text.
-class ZDemangler : public detail::ZDemangleText
+class ZDemangler : public kx::detail::ZDemangleText
 {
 public:
     ZDemangler(Text symbol, bool bVerbose) : ZDemangleText(symbol), m_bVerbose(bVerbose) {}
@@ -84,7 +84,7 @@ public:
         Expect("?");
         const SName name = SymbolName();
         if (name.m_kind == SName::kSymbol)
-            PutBack(name.m_text);
+            Unstash(name.m_text);
         else
             Encoding(name);
     }
@@ -156,8 +156,8 @@ private:
         else if (name.m_kind == SName::kPlain || name.m_kind == SName::kConversion)
             Scopes(name.m_text);
         else
-            PutBack(name.m_text);
-        name.m_text = SetAside(nBegin);
+            Unstash(name.m_text);
+        name.m_text = Stash(nBegin);
         return name;
     }
 
@@ -178,17 +178,17 @@ private:
             Put("::");
         }
         const uint32 nBegin = End();
-        PutBack(component);
+        Unstash(component);
         return nBegin;
     }
 
     void ScopedName() { Scopes(Component()); }
 
-    Text SetAsideScopedName()
+    Text StashScopedName()
     {
         const uint32 nBegin = End();
         ScopedName();
-        return SetAside(nBegin);
+        return Stash(nBegin);
     }
 
     Text Component()
@@ -210,7 +210,7 @@ private:
         else
             Block();
         Put("'");
-        return SetAside(nBegin);
+        return Stash(nBegin);
     }
 
     // The name table: the plain names in the order in which they are first read. There is one for the whole symbol. The
@@ -249,9 +249,9 @@ private:
         SName name = Consume('?') ? Operator() : SName{PlainName()};
         if (name.m_kind == SName::kUnscoped || name.m_kind == SName::kSymbol)
             Fail();
-        PutBack(name.m_text);
+        Unstash(name.m_text);
         TemplateArguments();
-        name.m_text = SetAside(nBegin);
+        name.m_text = Stash(nBegin);
         return name;
     }
 
@@ -263,7 +263,7 @@ private:
             return SpecialOperator();
         if (c == '0' || c == '1')
             return {{}, c == '0' ? SName::kConstructor : SName::kDestructor};
-        return {Known(detail::kOperators[c]), c == 'B' ? SName::kConversion : SName::kPlain};
+        return {Known(kx::detail::kOperators[c]), c == 'B' ? SName::kConversion : SName::kPlain};
     }
 
     // Behind "?_".
@@ -274,7 +274,7 @@ private:
             return RareOperator();
         if (c == 'C')
             return StringLiteral();
-        return {c == 'R' ? RunTimeType() : Known(detail::kSpecialOperators[c])};
+        return {c == 'R' ? RunTimeType() : Known(kx::detail::kSpecialOperators[c])};
     }
 
     // Behind "?__".
@@ -285,7 +285,7 @@ private:
             return Lifetime("'dynamic initializer for '");
         if (c == 'F')
             return Lifetime("'dynamic atexit destructor for '");
-        return {c == 'K' ? LiteralOperator() : Known(detail::kRareOperators[c])};
+        return {c == 'K' ? LiteralOperator() : Known(kx::detail::kRareOperators[c])};
     }
 
     // The function that initialises or destroys a variable, which is given by its name or its symbol.
@@ -301,7 +301,7 @@ private:
             Expect("@@");
         }
         Put("''");
-        return {SetAside(nBegin), SName::kUnscoped};
+        return {Stash(nBegin), SName::kUnscoped};
     }
 
     // Its suffix takes no entry in the name table.
@@ -310,7 +310,7 @@ private:
         const uint32 nBegin = End();
         Put("operator\"\"");
         Put(ReadToAt());
-        return SetAside(nBegin);
+        return Stash(nBegin);
     }
 
     // Behind "?_R".
@@ -326,8 +326,8 @@ private:
         else if (c == '1')
             PutOffsets("'RTTI Base Class Descriptor at (", 4, ")'");
         else
-            return Known(detail::kRunTimeTypes[c]);
-        return SetAside(nBegin);
+            return Known(kx::detail::kRunTimeTypes[c]);
+        return Stash(nBegin);
     }
 
     // Behind "?_C": "@_", 0 for char or 1 for wchar_t, the size in bytes, a checksum, and as many characters as there
@@ -355,7 +355,7 @@ private:
                 PutCharacter(nCharacter);
         }
         Put(nBytes == 0 ? "\"" : "\"...");
-        return {SetAside(nBegin), SName::kSymbol};
+        return {Stash(nBegin), SName::kSymbol};
     }
 
     // A letter behind "?" is itself with the top bit set.
@@ -366,7 +366,7 @@ private:
             return static_cast<uint8>(c);
         const char cCode = Next();
         if (IsDigit(cCode))
-            return static_cast<uint8>(detail::kLiteralCharacters[cCode - '0']);
+            return static_cast<uint8>(kx::detail::kLiteralCharacters[cCode - '0']);
         if (cCode != '$')
             return static_cast<uint8>(cCode | 0x80);
         const char cHigh = Next();
@@ -398,7 +398,7 @@ private:
 
     // ---- Types. Each function writes a type and what stands around it.
 
-    void Type(const SAround* pAround = nullptr)
+    void Type(const SDeclarator* pDeclarator = nullptr)
     {
         const ZLevel level(*this);
         const char c = Next();
@@ -406,81 +406,81 @@ private:
         {
         case 'A':
         case 'B':
-            return Pointer("&", static_cast<uint8>((c - 'A') * kVolatile), pAround);
+            return Pointer("&", static_cast<uint8>((c - 'A') * kVolatile), pDeclarator);
         case 'P':
         case 'Q':
         case 'R':
         case 'S':
-            return Pointer("*", static_cast<uint8>(c - 'P'), pAround);
+            return Pointer("*", static_cast<uint8>(c - 'P'), pDeclarator);
         case 'T':
-            return Class("union ", pAround);
+            return Class("union ", pDeclarator);
         case 'U':
-            return Class("struct ", pAround);
+            return Class("struct ", pDeclarator);
         case 'V':
-            return Class("class ", pAround);
+            return Class("class ", pDeclarator);
         case 'W':
-            return Enum(pAround);
+            return Enum(pDeclarator);
         case 'Y':
-            return Array(pAround);
+            return Array(pDeclarator);
         case '?':
-            return QualifiedType(pAround);
+            return QualifiedType(pDeclarator);
         case '$':
-            return DollarType(pAround);
+            return DollarType(pDeclarator);
         case '_':
-            return BasicType(detail::kExtendedTypes[Next()], pAround);
+            return BasicType(kx::detail::kExtendedTypes[Next()], pDeclarator);
         default:
-            return BasicType(detail::kTypes[c], pAround);
+            return BasicType(kx::detail::kTypes[c], pDeclarator);
         }
     }
 
     // Behind "$".
-    KX_NOINLINE void DollarType(const SAround* pAround)
+    KX_NOINLINE void DollarType(const SDeclarator* pDeclarator)
     {
         Expect("$");
         const char c = Next();
         switch (c)
         {
         case 'A':
-            return BareFunction(pAround);
+            return BareFunction(pDeclarator);
         case 'B': // an array, whose code follows
-            return Type(pAround);
+            return Type(pDeclarator);
         case 'C':
-            return QualifiedType(pAround);
+            return QualifiedType(pDeclarator);
         case 'Q':
         case 'R':
-            return Pointer("&&", static_cast<uint8>((c - 'Q') * kVolatile), pAround);
+            return Pointer("&&", static_cast<uint8>((c - 'Q') * kVolatile), pDeclarator);
         case 'T':
-            return BasicType("std::nullptr_t", pAround);
+            return BasicType("std::nullptr_t", pDeclarator);
         case 'Y': // a template that has no arguments
-            return Class({}, pAround);
+            return Class({}, pDeclarator);
         default:
             return Fail();
         }
     }
 
-    void BasicType(Text text, const SAround* pAround)
+    void BasicType(Text text, const SDeclarator* pDeclarator)
     {
         Put(Known(text));
-        PutBehind(pAround);
+        PutAfter(pDeclarator);
     }
 
-    void Class(Text keyword, const SAround* pAround)
+    void Class(Text keyword, const SDeclarator* pDeclarator)
     {
         PutVerbose(keyword);
         ScopedName();
-        PutBehind(pAround);
+        PutAfter(pDeclarator);
     }
 
     // The digit is the type that the enum is stored in. No text has a keyword.
-    void Enum(const SAround* pAround)
+    void Enum(const SDeclarator* pDeclarator)
     {
         const char c = Next();
         if (c < '0' || c > '7')
             Fail();
-        Class({}, pAround);
+        Class({}, pDeclarator);
     }
 
-    KX_NOINLINE void Array(const SAround* pAround)
+    KX_NOINLINE void Array(const SDeclarator* pDeclarator)
     {
         const uint32 nBegin = End();
         SNumber bounds = ReadNumber();
@@ -492,26 +492,26 @@ private:
             PutNumber();
             Put("]");
         }
-        const SAround array{{}, 0, 0, SetAside(nBegin), pAround};
+        const SDeclarator array{{}, 0, 0, Stash(nBegin), pDeclarator};
         Type(&array);
     }
 
     // A type with a cv of its own, which a pointer to it or an array of it would have spelled out.
-    KX_NOINLINE void QualifiedType(const SAround* pAround)
+    KX_NOINLINE void QualifiedType(const SDeclarator* pDeclarator)
     {
-        SAround around = pAround != nullptr ? *pAround : SAround{};
-        around.m_targetCv = TargetCv(ReadCv(), around.m_targetCv);
-        Type(&around);
+        SDeclarator declarator = pDeclarator != nullptr ? *pDeclarator : SDeclarator{};
+        declarator.m_targetCv = TargetCv(ReadCv(), declarator.m_targetCv);
+        Type(&declarator);
     }
 
-    KX_NOINLINE void Pointer(Text mark, uint8 nCv, const SAround* pAround)
+    KX_NOINLINE void Pointer(Text mark, uint8 nCv, const SDeclarator* pDeclarator)
     {
-        SAround pointer{mark, 0, nCv, {}, pAround};
+        SDeclarator pointer{mark, 0, nCv, {}, pDeclarator};
         if (Consume('6'))
             return Function(0, &pointer);
         if (Consume('8'))
         {
-            pointer.m_text = SetAsideScopedName();
+            pointer.m_text = StashScopedName();
             return Function(ReadCv(), &pointer);
         }
         bool bMember = false;
@@ -519,29 +519,29 @@ private:
         pointer.m_targetCv = TargetCv(nTarget);
         pointer.m_cv |= nTarget & kRestrict;
         if (bMember)
-            pointer.m_text = SetAsideScopedName();
+            pointer.m_text = StashScopedName();
         Type(&pointer);
     }
 
     // A function as a template argument.
-    void BareFunction(const SAround* pAround)
+    void BareFunction(const SDeclarator* pDeclarator)
     {
         if (Consume('6'))
-            return Function(0, pAround);
+            return Function(0, pDeclarator);
         Expect("8@@");
-        Function(ReadCv(), pAround);
+        Function(ReadCv(), pDeclarator);
     }
 
     // Its text has no calling convention.
-    KX_NOINLINE void Function(uint8 nCv, const SAround* pAround)
+    KX_NOINLINE void Function(uint8 nCv, const SDeclarator* pDeclarator)
     {
         ReadConvention();
         Type();
-        PutInParentheses(pAround);
+        PutInParentheses(pDeclarator);
         Signature(nCv);
     }
 
-    Text ReadConvention() { return Known(detail::kConventions[Next()]); }
+    Text ReadConvention() { return Known(kx::detail::kConventions[Next()]); }
 
     // What may stand before the letter comes in any order: E, the mark of 64-bit pointers, says nothing.
     uint8 ReadCv(bool* pMember = nullptr)
@@ -581,44 +581,44 @@ private:
     }
 
     // Behind a target that is no pointer. A const target says so here, where a const pointer has said it itself.
-    void PutBehind(const SAround* pAround)
+    void PutAfter(const SDeclarator* pDeclarator)
     {
-        if (pAround == nullptr)
+        if (pDeclarator == nullptr)
             return;
-        PutCv(pAround->m_targetCv);
-        PutAround(pAround, " ");
+        PutCv(pDeclarator->m_targetCv);
+        PutDeclarators(pDeclarator, " ");
     }
 
     // Behind a function or an array: a pointer to it stands in parentheses.
-    void PutInParentheses(const SAround* pAround)
+    void PutInParentheses(const SDeclarator* pDeclarator)
     {
-        if (pAround == nullptr)
+        if (pDeclarator == nullptr)
             return;
-        PutCv(pAround->m_targetCv);
-        if (pAround->m_mark.empty())
-            return PutAround(pAround, {});
+        PutCv(pDeclarator->m_targetCv);
+        if (pDeclarator->m_mark.empty())
+            return PutDeclarators(pDeclarator, {});
         Put("(");
-        PutAround(pAround, {});
+        PutDeclarators(pDeclarator, {});
         Put(")");
     }
 
-    void PutAround(const SAround* pAround, Text beforeClass)
+    void PutDeclarators(const SDeclarator* pDeclarator, Text beforeClass)
     {
-        for (; pAround != nullptr; pAround = pAround->m_pNext)
+        for (; pDeclarator != nullptr; pDeclarator = pDeclarator->m_pNext)
         {
-            if (pAround->m_mark.empty())
+            if (pDeclarator->m_mark.empty())
             {
-                PutInParentheses(pAround->m_pNext);
-                return PutBack(pAround->m_text);
+                PutInParentheses(pDeclarator->m_pNext);
+                return Unstash(pDeclarator->m_text);
             }
-            if (!pAround->m_text.empty())
+            if (!pDeclarator->m_text.empty())
             {
                 Put(beforeClass);
-                PutBack(pAround->m_text);
+                Unstash(pDeclarator->m_text);
                 Put("::");
             }
-            Put(pAround->m_mark);
-            PutCv(pAround->m_cv);
+            Put(pDeclarator->m_mark);
+            PutCv(pDeclarator->m_cv);
         }
     }
 
@@ -627,8 +627,8 @@ private:
     // The parameters of functions in here have a type table of their own.
     KX_NOINLINE void TemplateArguments()
     {
-        const detail::ZTenTexts types = m_types;
-        const uint32 nAside = AsideMark();
+        const kx::detail::ZBackReferences types = m_types;
+        const uint32 nStash = StashMark();
         Put("<");
         for (bool bFirst = true; !ConsumeEnd('@');)
         {
@@ -640,7 +640,7 @@ private:
             TemplateArgument();
         }
         Put(">");
-        ReleaseAside(nAside);
+        ReleaseStash(nStash);
         m_types = types;
     }
 
@@ -705,13 +705,13 @@ private:
             return Variable(name);
         case '5': // the number of a guard
             AddOffsets(name, "{", 1, "}");
-            return PutBack(name.m_text);
+            return Unstash(name.m_text);
         case '6':
         case '7':
             return Table(name);
         case '8':
         case '9':
-            return PutBack(name.m_text);
+            return Unstash(name.m_text);
         case 'Y':
         case 'Z':
             return FunctionSymbol(name, {}, false);
@@ -752,15 +752,15 @@ private:
         Expect("A");
         PutVerbose(ReadConvention());
         PutVerbose(kThunk);
-        PutBack(name.m_text);
+        Unstash(name.m_text);
     }
 
     void AddOffsets(SName& name, Text before, int nCount, Text behind)
     {
         const uint32 nBegin = End();
-        PutBack(name.m_text);
+        Unstash(name.m_text);
         PutOffsets(before, nCount, behind);
-        name.m_text = SetAside(nBegin);
+        name.m_text = Stash(nBegin);
     }
 
     // Only verbose texts have the prefixes, and the calling convention.
@@ -774,18 +774,18 @@ private:
         {
             Type();
             if (name.m_kind == SName::kConversion)
-                converted = SetAside(nBegin);
+                converted = Stash(nBegin);
             else
                 Put(" ");
         }
         PutVerbose(convention);
         for (const Text prefix : prefixes)
             PutVerbose(prefix);
-        PutBack(name.m_text);
+        Unstash(name.m_text);
         if (!converted.empty())
         {
             Put(" ");
-            PutBack(converted);
+            Unstash(converted);
         }
         Signature(nCv);
     }
@@ -799,15 +799,15 @@ private:
         bool bMember = false;
         ReadCv(&bMember);
         if (bMember)
-            SetAsideScopedName();
-        PutBack(name.m_text);
+            StashScopedName();
+        Unstash(name.m_text);
     }
 
     // A class with several bases has several tables, each with the name of its base.
     void Table(const SName& name)
     {
         ReadCv();
-        PutBack(name.m_text);
+        Unstash(name.m_text);
         if (ConsumeEnd('@'))
             return;
         Text before = "{for '";
@@ -859,10 +859,10 @@ private:
         const uint32 nBegin = End();
         Type();
         if (Position() - pBegin > 1 && !m_types.IsFull())
-            m_types.Add(Keep(nBegin));
+            m_types.Add(StashCopy(nBegin));
     }
 
-    enum EKind : uint8
+    enum EFunctionKind : uint8
     {
         kStatic = 1,
         kVirtual = 2,
@@ -875,14 +875,14 @@ private:
 
     const bool m_bVerbose;
     uint32 m_nLevel = 0;
-    detail::ZTenTexts m_names;
-    detail::ZTenTexts m_types;
+    kx::detail::ZBackReferences m_names;
+    kx::detail::ZBackReferences m_types;
 };
 } // namespace
 
 void demangle(ZStackStringBase& out, const char* mangled, bool verbose)
 {
-    demangle(out, detail::TextOf(mangled), verbose);
+    demangle(out, kx::detail::TextOf(mangled), verbose);
 }
 
 void demangle(ZStackStringBase& out, std::string_view mangled, bool verbose)

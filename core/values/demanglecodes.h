@@ -6,7 +6,7 @@
 #include <array>
 #include <string_view>
 
-namespace detail
+namespace kx::detail
 {
 // The texts of the codes '0' to 'Z'. An empty text: there is no such code, or it has operands and is read elsewhere.
 class ZCodeTable
@@ -164,4 +164,4 @@ inline constexpr ZCodeTable kRunTimeTypes({
 
 // In a string literal, the characters with a code of one digit.
 inline constexpr char kLiteralCharacters[] = ",/\\:. \n\t'-";
-} // namespace detail
+} // namespace kx::detail

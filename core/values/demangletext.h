@@ -8,7 +8,7 @@
 #include <iterator>
 #include <string_view>
 
-namespace detail
+namespace kx::detail
 {
 // Text is written behind the text that there is. Where the code of a symbol has things in another order than the text,
 // what comes too early is written, set aside, and later put back:
@@ -17,7 +17,7 @@ namespace detail
 //      +---------------------------+------------------------------+--------------------------+
 //      | text in the making --->   |  free                        |   <--- texts set aside   |
 //      +---------------------------+------------------------------+--------------------------+
-//                                m_nEnd                        m_nAside
+//                                m_nEnd                        m_nStash
 //
 // Texts never move while they are aside, so they are handed around as views, as are pieces of the symbol.
 //
@@ -141,7 +141,7 @@ protected:
 
     void Put(Text text)
     {
-        if (text.size() > m_nAside - m_nEnd)
+        if (text.size() > m_nStash - m_nEnd)
             return Fail();
         text.copy(m_acText + m_nEnd, text.size());
         m_nEnd += static_cast<uint32>(text.size());
@@ -150,7 +150,7 @@ protected:
     template <class T>
     void PutInteger(T value, int nBase = 10)
     {
-        const auto result = std::to_chars(m_acText + m_nEnd, m_acText + m_nAside, value, nBase);
+        const auto result = std::to_chars(m_acText + m_nEnd, m_acText + m_nStash, value, nBase);
         if (result.ec != std::errc())
             return Fail();
         m_nEnd = static_cast<uint32>(result.ptr - m_acText);
@@ -160,35 +160,35 @@ protected:
     void Drop(uint32 nBegin) { m_nEnd = nBegin; }
 
     // A copy of what was written since nBegin.
-    Text Keep(uint32 nBegin)
+    Text StashCopy(uint32 nBegin)
     {
         const uint32 nSize = m_nEnd - nBegin;
-        if (nSize > m_nAside - m_nEnd)
+        if (nSize > m_nStash - m_nEnd)
             return Fail(), Text();
-        m_nAside -= nSize;
-        std::memcpy(m_acText + m_nAside, m_acText + nBegin, nSize);
-        return {m_acText + m_nAside, nSize};
+        m_nStash -= nSize;
+        std::memcpy(m_acText + m_nStash, m_acText + nBegin, nSize);
+        return {m_acText + m_nStash, nSize};
     }
 
     // The same, taken out of the text.
-    Text SetAside(uint32 nBegin)
+    Text Stash(uint32 nBegin)
     {
-        const Text text = Keep(nBegin);
+        const Text text = StashCopy(nBegin);
         Drop(nBegin);
         return text;
     }
 
     // Writes a text that is not needed again. If it is the last one set aside, others get its room.
-    void PutBack(Text text)
+    void Unstash(Text text)
     {
         Put(text);
-        if (text.data() == m_acText + m_nAside)
-            m_nAside += static_cast<uint32>(text.size());
+        if (text.data() == m_acText + m_nStash)
+            m_nStash += static_cast<uint32>(text.size());
     }
 
     // All that was set aside between the two calls is given up.
-    uint32 AsideMark() const { return m_nAside; }
-    void ReleaseAside(uint32 nMark) { m_nAside = nMark; }
+    uint32 StashMark() const { return m_nStash; }
+    void ReleaseStash(uint32 nMark) { m_nStash = nMark; }
 
 private:
     static constexpr uint32 kSize = 32 * 1024;
@@ -197,12 +197,12 @@ private:
     const char* const m_pEnd;
     bool m_bFailed = false;
     uint32 m_nEnd = 0;
-    uint32 m_nAside = kSize;
+    uint32 m_nStash = kSize;
     char m_acText[kSize]; // stays unwritten but for the texts
 };
 
 // The texts that a symbol can refer to by one digit: the first ten. More are not entered.
-class ZTenTexts
+class ZBackReferences
 {
 public:
     using Text = std::string_view;
@@ -235,4 +235,4 @@ private:
     Text m_texts[10];
     uint32 m_nSize = 0;
 };
-} // namespace detail
+} // namespace kx::detail

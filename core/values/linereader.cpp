@@ -8,7 +8,7 @@ ZLineReader::ZLineReader(ReadFunction pRead, uint64 nUser, char* pBuffer, uint32
     : m_pRead(pRead), m_nUser(nUser), m_pBuffer(pBuffer), m_pBegin(pBuffer), m_pEnd(pBuffer), m_pLimit(pBuffer)
 {
     const bool bUsable = pRead != nullptr && pBuffer != nullptr && nBufferSize >= 3;
-    detail::BreakUnless(bUsable);
+    kx::detail::BreakUnless(bUsable);
     if (bUsable)
         m_pLimit = pBuffer + nBufferSize - 1;
     m_bEnded = !bUsable;
@@ -75,7 +75,7 @@ char* ZLineReader::Fill()
         // Never more than the result can say.
         const int nRoom = static_cast<int>(std::min<std::ptrdiff_t>(m_pLimit - m_pEnd, INT_MAX));
         const int nRead = m_pRead(m_nUser, m_pEnd, static_cast<uint32>(nRoom));
-        detail::BreakUnless(nRead <= nRoom);
+        kx::detail::BreakUnless(nRead <= nRoom);
         m_bEnded = nRead <= 0;
         if (m_bEnded)
             break;

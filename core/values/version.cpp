@@ -9,14 +9,14 @@ namespace
 inline bool ReadPart(const char*& p, uint64 nMax, int nShift, uint64& nAbs)
 {
     const char* pFirst = p;
-    uint64 nValue = detail::DigitOf(*p);
+    uint64 nValue = kx::detail::DigitOf(*p);
     if (nValue >= 10)
         return false;
-    for (uint64 nDigit = detail::DigitOf(*++p); nDigit < 10; nDigit = detail::DigitOf(*++p))
+    for (uint64 nDigit = kx::detail::DigitOf(*++p); nDigit < 10; nDigit = kx::detail::DigitOf(*++p))
         nValue = nValue * 10 + nDigit;
 
     // More digits may have wrapped the sum, unless those in front are zeros.
-    while (p - pFirst > detail::kSafeDigits)
+    while (p - pFirst > kx::detail::kSafeDigits)
     {
         if (*pFirst++ != '0')
             return false;
@@ -28,7 +28,7 @@ inline bool ReadPart(const char*& p, uint64 nMax, int nShift, uint64& nAbs)
 // False if a number is missing or too large.
 inline bool ReadParts(const char* p, uint64& nAbs)
 {
-    while (detail::IsSpace(*p))
+    while (kx::detail::IsSpace(*p))
         ++p;
     if (!ReadPart(p, UINT8_MAX, 0, nAbs) || *p++ != '.' || !ReadPart(p, UINT8_MAX, 8, nAbs))
         return false;
@@ -43,7 +43,7 @@ inline bool ReadParts(const char* p, uint64& nAbs)
 bool version::FromString(const char* pszText, Version* pResult)
 {
     uint64 nAbs = 0;
-    const bool bRead = ReadParts(detail::NotNull(pszText), nAbs);
+    const bool bRead = ReadParts(kx::detail::NotNull(pszText), nAbs);
     pResult->abs = bRead ? nAbs : 0;
     return bRead;
 }

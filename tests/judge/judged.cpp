@@ -13,5 +13,5 @@ TEST(Judged, Fails)
 
 TEST(Judged, Dies)
 {
-    detail::BreakUnless(std::getenv("JUDGED_DIES") == nullptr);
+    kx::detail::BreakUnless(std::getenv("JUDGED_DIES") == nullptr);
 }

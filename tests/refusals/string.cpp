@@ -9,5 +9,6 @@ void Use(char c)
     [[maybe_unused]] const char acFilled[] = {c, '\0'};
     KX_REFUSE(FILLED_ARRAY, "acFilled.* constant expression", ZString refused = acFilled);
     KX_REFUSE(NO_TERMINATOR, "ThisCharacterArrayHasNoTerminator", ZString refused = kWord);
+    KX_REFUSE(FORMAT_ALONE, "IncludeCoreDynamicFormatH", ZString::Format("{0}", 1));
     KX_REFUSE(STACK_STRING_OF_NONE, "needs a byte for the terminator", ZStackString<0> refused);
 }

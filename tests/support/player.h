@@ -5,8 +5,9 @@
 //   container, operation, arguments -> result: element operations, comparisons and allocator calls in order
 //   | the sizes of a and b, with the capacity or the number of buckets where there is one, and a hash of both walks
 //
-// A result is a place in the walk (0 is the first element, or the end), a number, true or false. Operations are read from text or drawn at
-// random. Nothing here depends on the compiler, the standard library or the system: a journal is the same everywhere.
+// A result is a place in the walk (0 is the first element, or the end), a number, true or false. Operations are read
+// from text or drawn at random. Nothing here depends on the compiler, the standard library or the system: a journal is
+// the same everywhere.
 #pragma once
 
 #include "core/containers/array.h"
@@ -394,7 +395,8 @@ private:
                 add(PartsOf(element).first.m_nValue);
                 add(PartsOf(element).second.m_nValue);
                 if constexpr (kIsHashed)
-                    add(&detail::HashNodeOf(&element)->m_nNext - &container.m_pNodes->m_nNext); // the index of its node
+                    add(&kx::detail::HashNodeOf(&element)->m_nNext
+                        - &container.m_pNodes->m_nNext); // the index of its node
             }
             add(container.Size());
             state << container.Size();

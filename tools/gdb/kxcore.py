@@ -159,7 +159,7 @@ class List(Nodes):
 @view_of("TRedBlackTree", "TSet", "TMultiSet")
 class Tree(Nodes):
     def element_type(self):
-        return base_named(self.value.type, "detail::TOrderedTree").template_argument(0)
+        return base_named(self.value.type, "kx::detail::TOrderedTree").template_argument(0)
 
     def offset(self, element_type):
         # An element lies as far from its node as the number of elements from the tree object.

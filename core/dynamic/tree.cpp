@@ -1,9 +1,9 @@
-#include "core/dynamic/objectnode.h"
+#include "core/dynamic/tree.h"
 
 #include <algorithm>
 #include <cstring>
 
-namespace detail
+namespace kx::detail
 {
 namespace
 {
@@ -13,13 +13,13 @@ uint32 HashOf(std::string_view key)
 }
 } // namespace
 
-uint32 ZPropertyIndex::Find(const Properties& properties, std::string_view key) const
+uint32 ZPropertyIndex::Find(SKeys keys, std::string_view key) const
 {
     const uint32 nHash = HashOf(key);
     for (uint32 nSlot = nHash & m_nMask; m_pSlots[nSlot].m_nPosition != kMissing; nSlot = (nSlot + 1) & m_nMask)
     {
         const SSlot& slot = m_pSlots[nSlot];
-        if (slot.m_nHash == nHash && properties.Begin()[slot.m_nPosition].m_key == key)
+        if (slot.m_nHash == nHash && keys[slot.m_nPosition] == key)
             return slot.m_nPosition;
     }
     return kMissing;
@@ -33,24 +33,24 @@ void ZPropertyIndex::Insert(uint32 nHash, uint32 nPosition)
     m_pSlots[nSlot] = {nHash, nPosition};
 }
 
-void ZPropertyIndex::Added(const Properties& properties)
+void ZPropertyIndex::Added(SKeys keys)
 {
-    const uint32 nSize = properties.Size();
+    const uint32 nSize = keys.m_nSize;
     if (nSize <= kUnindexed)
         return;
     if (m_pSlots == nullptr || nSize > (m_nMask + 1) / 2)
-        Build(properties);
+        Build(keys);
     else
-        Insert(HashOf(properties.Begin()[nSize - 1].m_key), nSize - 1);
+        Insert(HashOf(keys[nSize - 1]), nSize - 1);
 }
 
 // The positions behind it have moved down by one. A slot that falls free in the middle of a run would hide what stands
 // behind it in the run, so these are inserted anew.
-void ZPropertyIndex::Removed(const Properties& properties, uint32 nPosition)
+void ZPropertyIndex::Removed(SKeys keys, uint32 nPosition)
 {
     if (m_pSlots == nullptr)
         return;
-    if (properties.Size() <= kUnindexed)
+    if (keys.m_nSize <= kUnindexed)
         return Release();
     uint32 nFree = 0;
     for (uint32 nSlot = 0; nSlot <= m_nMask; ++nSlot)
@@ -72,9 +72,9 @@ void ZPropertyIndex::Removed(const Properties& properties, uint32 nPosition)
     }
 }
 
-void ZPropertyIndex::Build(const Properties& properties)
+void ZPropertyIndex::Build(SKeys keys)
 {
-    const uint32 nSize = properties.Size();
+    const uint32 nSize = keys.m_nSize;
     if (nSize <= kUnindexed)
         return;
     uint32 nSlots = 64;
@@ -82,7 +82,7 @@ void ZPropertyIndex::Build(const Properties& properties)
         nSlots *= 2;
     Allocate(nSlots);
     for (uint32 i = 0; i < nSize; ++i)
-        Insert(HashOf(properties.Begin()[i].m_key), i);
+        Insert(HashOf(keys[i]), i);
 }
 
 void ZPropertyIndex::CopyFrom(const ZPropertyIndex& other)
@@ -93,19 +93,19 @@ void ZPropertyIndex::CopyFrom(const ZPropertyIndex& other)
     std::copy_n(other.m_pSlots, other.m_nMask + 1, m_pSlots);
 }
 
-bool ZPropertyIndex::Validate(const Properties& properties) const
+bool ZPropertyIndex::Validate(SKeys keys) const
 {
-    if ((m_pSlots != nullptr) != (properties.Size() > kUnindexed))
+    if ((m_pSlots != nullptr) != (keys.m_nSize > kUnindexed))
         return false;
     if (m_pSlots == nullptr)
         return true;
-    for (const SDynamicObjectKeyValuePair& property : properties)
+    for (uint32 i = 0; i < keys.m_nSize; ++i)
     {
-        if (Find(properties, property.m_key) != static_cast<uint32>(&property - properties.Begin()))
+        if (Find(keys, keys[i]) != i)
             return false;
     }
     const auto isUsed = [](const SSlot& slot) { return slot.m_nPosition != kMissing; };
-    return std::count_if(m_pSlots, m_pSlots + m_nMask + 1, isUsed) == int64{properties.Size()};
+    return std::count_if(m_pSlots, m_pSlots + m_nMask + 1, isUsed) == int64{keys.m_nSize};
 }
 
 void ZPropertyIndex::Allocate(uint32 nSlots)
@@ -122,13 +122,4 @@ void ZPropertyIndex::Release()
         GetNormalAllocator()->Free(m_pSlots);
     m_pSlots = nullptr;
 }
-
-// The array of an object stands in front of its node.
-SDynamicObjectKeyValuePair* FindIndexed(const TArray<SDynamicObjectKeyValuePair>& properties, std::string_view key)
-{
-    const uint32 nPosition = reinterpret_cast<const SObjectNode&>(properties).m_index.Find(properties, key);
-    return nPosition != ZPropertyIndex::kMissing
-               ? const_cast<SDynamicObjectKeyValuePair*>(properties.Begin()) + nPosition
-               : nullptr;
-}
-} // namespace detail
+} // namespace kx::detail

@@ -1,0 +1,87 @@
+// Inside kxbase: how a variant keeps a value of each type.
+//
+//   a number, a bool     a cell of eight bytes, copied as it is
+//   a ZString            a cell
+//   any other type       a cell if it fits, else a block of the normal allocator; the type's own operations
+//   arrays and objects   nodes of a tree; core/dynamic/dynamicobject.cpp brings their operations
+#pragma once
+
+#include "core/dynamic/cellpool.h"
+#include "core/dynamic/typeregistry.h"
+#include "core/dynamic/typetable.h"
+
+#include <cstring>
+
+namespace kx::detail
+{
+/// What a type does with the values that variants hold.
+struct SValueOperations
+{
+    void* (*Copy)(const STypeID& type, const void* pValue);         // of a free-standing value
+    void* (*CopyHeld)(const STypeID& type, const void* pHeld);      // of what another variant holds
+    void (*Destroy)(const STypeID& type, void* pHeld);              //
+    bool (*Equal)(const void* pHeld, const void* pOther) = nullptr; // null: by the == of the type
+};
+
+extern const SValueOperations g_wordValue; // only its address counts: words are treated inline
+extern const SValueOperations g_stringValue;
+extern const SValueOperations g_otherValue;
+
+inline const SValueOperations& ValueOperationsOf(const STypeID& type)
+{
+    return type.m_pValue != nullptr ? *type.m_pValue : g_otherValue;
+}
+
+inline bool IsWord(const STypeID& type)
+{
+    return type.m_pValue == &g_wordValue;
+}
+
+inline void* NewWord(uint64 nWord)
+{
+    return ::new (ZCellPool::For(sizeof(nWord)).Allocate()) uint64(nWord);
+}
+
+inline void* CopyHeldValue(const STypeID& type, const void* pHeld)
+{
+    if (IsWord(type)) [[likely]]
+    {
+        uint64 nWord = 0;
+        std::memcpy(&nWord, pHeld, sizeof(nWord));
+        return detail::NewWord(nWord);
+    }
+    return ValueOperationsOf(type).CopyHeld(type, pHeld);
+}
+
+inline void* CopyValue(const STypeID& type, const void* pValue)
+{
+    if (IsWord(type)) [[likely]]
+    {
+        // Most are numbers of eight bytes; for those the copy is one instruction.
+        uint64 nWord = 0;
+        if (type.m_nSize == sizeof(nWord)) [[likely]]
+            std::memcpy(&nWord, pValue, sizeof(nWord));
+        else
+            std::memcpy(&nWord, pValue, type.m_nSize);
+        return detail::NewWord(nWord);
+    }
+    return ValueOperationsOf(type).Copy(type, pValue);
+}
+
+inline void DestroyHeldValue(const STypeID& type, void* pHeld)
+{
+    if (IsWord(type)) [[likely]]
+        ZCellPool::Free(pHeld);
+    else
+        ValueOperationsOf(type).Destroy(type, pHeld);
+}
+} // namespace kx::detail
+
+/// Has a source of kxbase describe a type that variants know from the start, and how they keep its values. At namespace
+/// scope.
+#define KX_KNOWN_TYPE(name, pValueOperations, ...)                                                                     \
+    static IType name##Type = kx::detail::TTypeRecord<__VA_ARGS__>::Make(#__VA_ARGS__);                                \
+    static kx::detail::STypeEntry name##Entry =                                                                        \
+        kx::detail::TTypeRecord<__VA_ARGS__>::Enter(&name##Type, pValueOperations, false);                             \
+    KX_GATHER_ALWAYS KX_GATHER(kxtypeentry, "known." #name) KX_LOCAL inline kx::detail::STypeEntry* name##Pointer =    \
+        &name##Entry
