@@ -1,107 +1,77 @@
-// The memory facade: who is asked, when, and what stands in the table afterwards.
+// The memory facade: which allocator gets which call, and what the table holds afterwards.
 #include "core/memory/memorymanager.h"
 #include "tests/support/breaks.h"
 #include "tests/support/modeltest.h"
 
+#include <array>
+#include <bit>
 #include <cstring>
 
 namespace
 {
-ZMemoryManager& Manager()
-{
-    return *GetMemoryManager();
-}
+ZMemoryManager& s_manager = *GetMemoryManager();
 
-// Owns what it is told to own.
-class PageAllocator : public IPageAllocator
+// Owns the block at m_pOwned and knows of no other one.
+struct PageAllocator : IPageAllocator
 {
-public:
-    IAllocator* FindAllocator(void* pMemory) override { return pMemory == m_pOwned ? m_pOwner : nullptr; }
+    IAllocator* FindAllocator(void* pMemory) override { return pMemory == m_pOwned ? &m_owner : nullptr; }
 
-    void* m_pOwned = nullptr;
-    IAllocator* m_pOwner = nullptr;
+    JournalAllocator m_owner;
+    void* m_pOwned = ::operator new[](32, m_owner);
 };
-
-// The distance of a virtual function in its table, as the platform's C++ ABI keeps it in a pointer to member.
-template <class TFunction>
-std::ptrdiff_t TableOffset(TFunction function)
-{
-    std::ptrdiff_t nOffset = 0;
-    std::memcpy(&nOffset, &function, sizeof(nOffset));
-    return nOffset - 1;
-}
 } // namespace
 
 TEST(MemoryManager, EveryIdentityTakesAnAllocatorAndThenAnother)
 {
     ZMallocAllocator first, second;
+    IAllocator* const apAllocators[] = {&first, &second, nullptr};
     for (uint32 nIdentity = 0; nIdentity < ZMemoryManager::kIdentities; ++nIdentity)
     {
-        EXPECT_EQ(nullptr, Manager().GetAllocator(nIdentity));
-        for (ZMallocAllocator* pAllocator : {&first, &second})
+        EXPECT_EQ(nullptr, s_manager.GetAllocator(nIdentity));
+        for (IAllocator* pAllocator : apAllocators)
         {
-            Manager().InstallAllocator(nIdentity, pAllocator);
-            EXPECT_EQ(pAllocator, Manager().GetAllocator(nIdentity));
+            s_manager.InstallAllocator(nIdentity, pAllocator);
+            EXPECT_EQ(pAllocator, s_manager.GetAllocator(nIdentity));
         }
-        nIdentity % 2 == 0 ? Manager().UnInstallAllocator(nIdentity) : Manager().InstallAllocator(nIdentity, nullptr);
-        EXPECT_EQ(nullptr, Manager().GetAllocator(nIdentity));
     }
 }
 
-TEST(MemoryManager, IdentityOutsideTheTableBreaksAndWritesNothing)
+TEST(MemoryManager, BreaksWithoutAnAllocatorAndWritesNothing)
 {
     ZMallocAllocator allocator;
-    EXPECT_BREAK(Manager().InstallAllocator(ZMemoryManager::kIdentities, &allocator));
-    EXPECT_BREAK(Manager().UnInstallAllocator(UINT32_MAX));
-    EXPECT_BREAK(Manager().GetAllocator(ZMemoryManager::kIdentities));
-
-    BreakCounter breaks;
     unsigned char before[sizeof(ZMemoryManager)];
-    std::memcpy(before, &Manager(), sizeof(before));
-    Manager().InstallAllocator(ZMemoryManager::kIdentities, &allocator);
-    Manager().UnInstallAllocator(UINT32_MAX);
-    EXPECT_EQ(nullptr, Manager().GetAllocator(UINT32_MAX));
-    EXPECT_EQ(3, breaks.Take());
-    EXPECT_EQ(0, std::memcmp(before, &Manager(), sizeof(before)));
-}
-
-TEST(MemoryManager, AllocateWithoutANormalAllocatorBreaks)
-{
-    EXPECT_BREAK(Manager().Allocate(48, 0));
+    std::memcpy(before, &s_manager, sizeof(before));
     BreakCounter breaks;
-    EXPECT_EQ(nullptr, Manager().Allocate(48, 0));
+    for (const uint32 nIdentity : {ZMemoryManager::kIdentities, UINT32_MAX})
+    {
+        EXPECT_EQ(nullptr, s_manager.GetAllocator(nIdentity));
+        s_manager.UnInstallAllocator(nIdentity);
+        s_manager.InstallAllocator(nIdentity, &allocator);
+        EXPECT_EQ(3, breaks.Take());
+    }
+    EXPECT_EQ(nullptr, s_manager.Allocate(48, 0));
     EXPECT_EQ(1, breaks.Take());
-    Manager().Free(nullptr);
+    EXPECT_EQ(0, std::memcmp(before, &s_manager, sizeof(before)));
 }
 
-TEST_F(JournalTest, ManagerUsesTheNormalAllocator)
+TEST_F(JournalTest, BlocksGoBackToTheirOwner)
 {
-    void* pDefault = Manager().Allocate(48, 0);
-    void* pAligned = Manager().Allocate(100, 256);
-    EXPECT_EQ(0u, kx::detail::AddressOf(static_cast<char*>(pAligned)) % 256);
-    Manager().Free(pDefault);
-    Manager().Free(pAligned);
-    Manager().Free(nullptr);
-    EXPECT_EQ((Journal{"alloc 48/16", "alloc 100/256", "free 48", "free 100"}), TakeJournal());
-}
+    s_manager.Free(s_manager.Allocate(48, 0));
+    s_manager.Free(s_manager.Allocate(100, 256));
+    s_manager.Free(nullptr);
 
-TEST_F(JournalTest, ArraysGoBackToTheirOwner)
-{
-    ZMallocAllocator owner;
     PageAllocator pages;
-    pages.m_pOwner = &owner;
-    pages.m_pOwned = ::operator new[](32, owner);
-    Manager().InstallPageAllocator(&pages);
-    ReleaseArrayStorage(pages.m_pOwned);
-    pages.m_pOwned = Manager().Allocate(64, 0);
-    pages.m_pOwner = &m_allocator;
-    Manager().Free(pages.m_pOwned);
+    s_manager.InstallPageAllocator(&pages);
+    s_manager.Free(pages.m_pOwned);
     pages.m_pOwned = nullptr;
-    ReleaseArrayStorage(::operator new[](8, *GetNormalAllocator()));
-    Manager().InstallPageAllocator(nullptr);
-    EXPECT_EQ(nullptr, Manager().GetPageAllocator());
-    ReleaseArrayStorage(::operator new[](24, *GetNormalAllocator()));
-    EXPECT_EQ((Journal{"alloc 64/16", "free 64", "alloc 8/16", "free 8", "alloc 24/16", "free 24"}), TakeJournal());
+    ReleaseArrayStorage(::operator new[](8, m_allocator));
+    s_manager.InstallPageAllocator(nullptr);
+    EXPECT_EQ(nullptr, s_manager.GetPageAllocator());
+    EXPECT_STREQ("allocator", m_allocator.GetName());
+    EXPECT_STREQ("page allocator", pages.GetName());
+    EXPECT_EQ((Journal{"alloc 48/16", "free 48", "alloc 100/256", "free 100", "alloc 32/16", "free 32", "alloc 8/16",
+                       "free 8"}),
+              TakeJournal());
 }
 
 TEST_F(JournalTest, NewExpressionReleasesWhenTheConstructorThrows)
@@ -109,12 +79,10 @@ TEST_F(JournalTest, NewExpressionReleasesWhenTheConstructorThrows)
     struct Thrower
     {
         Thrower() { throw 1; }
-        int m_nUnused = 0;
     };
     EXPECT_THROW(new (*GetNormalAllocator()) Thrower, int);
-    EXPECT_EQ((Journal{"alloc 4/16", "free 4"}), TakeJournal());
-    EXPECT_THROW(new (*GetNormalAllocator()) Thrower[1], int);
-    EXPECT_EQ((Journal{"alloc 4/16", "free 4"}), TakeJournal());
+    EXPECT_THROW(new (*GetNormalAllocator()) Thrower[2], int);
+    EXPECT_EQ((Journal{"alloc 1/16", "free 1", "alloc 2/16", "free 2"}), TakeJournal());
 }
 
 TEST(MallocAllocator, HonoursEveryAlignment)
@@ -123,7 +91,7 @@ TEST(MallocAllocator, HonoursEveryAlignment)
     ZMallocAllocator allocator;
     for (uint64 nAlignment = 1; nAlignment <= 4096; nAlignment *= 2)
     {
-        for (const uint64 nSize : {uint64{0}, uint64{1}, nAlignment, nAlignment + 1})
+        for (const uint64 nSize : {uint64{0}, nAlignment, nAlignment + 1})
         {
             void* pMemory = allocator.Allocate(nSize, nAlignment, 0);
             ASSERT_NE(nullptr, pMemory);
@@ -134,69 +102,46 @@ TEST(MallocAllocator, HonoursEveryAlignment)
     }
     allocator.Free(nullptr);
     allocator.Free(allocator.Allocate(8, 0, 0));
-}
-
-TEST(MallocAllocator, RefusesWhatItCannotGive)
-{
-    ZMallocAllocator allocator;
-    EXPECT_EQ(nullptr, allocator.Allocate(UINT64_MAX - 8, 64, 0));
-    EXPECT_BREAK(allocator.Allocate(8, 12, 0));
+    EXPECT_EQ(nullptr, allocator.Allocate(UINT64_MAX - 8, 64, 0)) << "the rounded size would wrap";
     BreakCounter breaks;
-    EXPECT_EQ(nullptr, allocator.Allocate(8, 48, 0));
+    EXPECT_EQ(nullptr, allocator.Allocate(8, 12, 0));
     EXPECT_EQ(1, breaks.Take());
 }
 
-TEST(MemAllocatorScope, NestsAndLeavesNothingBehind)
-{
-    EXPECT_EQ(nullptr, GetNormalAllocator());
-    {
-        ZMemAllocatorScope outer;
-        IAllocator* pNormal = GetNormalAllocator();
-        ASSERT_NE(nullptr, pNormal);
-        EXPECT_STREQ("process heap", pNormal->GetName());
-        {
-            ZMemAllocatorScope inner;
-            EXPECT_EQ(pNormal, GetNormalAllocator());
-        }
-        EXPECT_EQ(pNormal, GetNormalAllocator());
-    }
-    EXPECT_EQ(nullptr, Manager().GetAllocator(ALLOCATOR_NORMAL));
-}
-
-TEST(MemAllocatorScope, LeavesTheProgramsOwnAllocatorInPlace)
+TEST(MemAllocatorScope, NestsAndLeavesTheProgramsOwnAllocatorInPlace)
 {
     ZMallocAllocator own;
-    Manager().InstallAllocator(ALLOCATOR_NORMAL, &own);
+    IAllocator* const apOwn[] = {nullptr, &own};
+    for (IAllocator* pOwn : apOwn)
     {
-        ZMemAllocatorScope scope;
-        EXPECT_EQ(&own, GetNormalAllocator());
-    }
-    EXPECT_EQ(&own, GetNormalAllocator());
-    {
-        ZMemAllocatorScope scope;
-        for (const uint32 nIdentity : {ALLOCATOR_NORMAL, 5u})
+        s_manager.InstallAllocator(ALLOCATOR_NORMAL, pOwn);
         {
-            Manager().UnInstallAllocator(nIdentity);
-            EXPECT_EQ(nIdentity == ALLOCATOR_NORMAL, Manager().GetAllocator(nIdentity) != nullptr) << "a scope lives";
-            Manager().InstallAllocator(nIdentity, &own);
-            Manager().InstallAllocator(nIdentity, nullptr);
-            EXPECT_EQ(nIdentity == ALLOCATOR_NORMAL, Manager().GetAllocator(nIdentity) != nullptr);
+            const ZMemAllocatorScope outer;
+            IAllocator* pNormal = GetNormalAllocator();
+            EXPECT_EQ(pOwn != nullptr, pNormal == pOwn);
+            static_cast<void>(ZMemAllocatorScope());
+            EXPECT_EQ(pNormal, GetNormalAllocator());
+
+            s_manager.UnInstallAllocator(ALLOCATOR_NORMAL);
+            IAllocator* pHeap = GetNormalAllocator();
+            ASSERT_TRUE(pHeap != nullptr && pHeap != pOwn);
+            EXPECT_STREQ("process heap", pHeap->GetName());
+            s_manager.InstallAllocator(ALLOCATOR_NORMAL, nullptr);
+            EXPECT_EQ(pHeap, GetNormalAllocator());
+            s_manager.UnInstallAllocator(5);
+            EXPECT_EQ(nullptr, s_manager.GetAllocator(5));
+            s_manager.InstallAllocator(ALLOCATOR_NORMAL, pNormal);
         }
-        Manager().InstallAllocator(ALLOCATOR_NORMAL, &own);
+        EXPECT_EQ(pOwn, GetNormalAllocator());
     }
-    EXPECT_EQ(&own, GetNormalAllocator());
-    Manager().UnInstallAllocator(ALLOCATOR_NORMAL);
+    s_manager.UnInstallAllocator(ALLOCATOR_NORMAL);
     EXPECT_EQ(nullptr, GetNormalAllocator());
 }
 
-TEST(AllocatorInterface, SlotsStandInTheOrderThatCallersRelyOn)
+// The first word of a pointer to a virtual function holds its place in the table.
+TEST(AllocatorInterface, VirtualFunctionsKeepTheOrderThatCallersRelyOn)
 {
-    EXPECT_EQ(TableOffset(&IAllocator::Allocate) + static_cast<std::ptrdiff_t>(sizeof(void*)),
-              TableOffset(&IAllocator::Free));
-    EXPECT_EQ(TableOffset(&IAllocator::Allocate), TableOffset(&IPageAllocator::FindAllocator));
-
-    JournalAllocator allocator;
-    PageAllocator pages;
-    EXPECT_STREQ("allocator", allocator.GetName());
-    EXPECT_STREQ("page allocator", pages.GetName());
+    const auto offset = [](auto function) { return std::bit_cast<std::array<std::size_t, 2>>(function)[0]; };
+    EXPECT_EQ(offset(&IAllocator::Allocate) + sizeof(void*), offset(&IAllocator::Free));
+    EXPECT_EQ(offset(&IAllocator::Allocate), offset(&IPageAllocator::FindAllocator));
 }
