@@ -1,4 +1,4 @@
-// Variants own copies of values of any type, by the operations of the type; Format prints them.
+// A variant owns a copy of a value of any type, through the operations of the type. Format prints values.
 #include "core/values/guid.h"
 #include "tests/support/breaks.h"
 #include "tests/support/modeltest.h"
@@ -17,39 +17,32 @@ KX_DECLARE_TYPE(SLogged64);
 
 TEST_F(Variant, CopiesAndDestroysByTheOperationsOfTheType)
 {
+    const SLogged64 five(5), six(6);
+    TakeJournal();
     {
-        const SLogged64 five(5), six(6);
-        TakeJournal();
         ZVariant variant(five);
-        EXPECT_EQ((Journal{"alloc 64/4", "copy 5"}), TakeJournal());
         ZVariant copy(variant);
-        EXPECT_EQ((Journal{"alloc 64/4", "copy 5"}), TakeJournal());
+        EXPECT_EQ((Journal{"alloc 64/4", "copy 5", "alloc 64/4", "copy 5"}), TakeJournal());
         EXPECT_TRUE(copy == variant);
         ZVariant moved(std::move(copy));
         EXPECT_TRUE(copy.Type() == nullptr && copy.Data() == nullptr);
         copy = std::move(moved);
         EXPECT_TRUE(moved.Type() == nullptr && moved.Data() == nullptr);
-        EXPECT_EQ(Journal{}, TakeJournal());
-        EXPECT_EQ(five.m_nValue, copy.As<SLogged64>().m_nValue);
-        TakeJournal();
         copy.Set(GetTypeID<SLogged64>(), &six);
-        EXPECT_EQ((Journal{"alloc 64/4", "copy 6", "delete 5", "free 64"}), TakeJournal());
-        variant = copy;
-        EXPECT_EQ((Journal{"alloc 64/4", "copy 6", "delete 5", "free 64"}), TakeJournal());
-        EXPECT_TRUE(copy == variant);
-        copy.Set(nullptr, nullptr);
-        EXPECT_EQ((Journal{"delete 6", "free 64"}), TakeJournal());
-        EXPECT_TRUE(copy == ZVariant());
         EXPECT_FALSE(copy == variant);
+        variant = copy;
+        EXPECT_EQ(
+            (Journal{"alloc 64/4", "copy 6", "delete 5", "free 64", "alloc 64/4", "copy 6", "delete 5", "free 64"}),
+            TakeJournal());
+        copy.Set(nullptr, nullptr);
+        EXPECT_TRUE(copy == ZVariant() && !(copy == variant));
         ZVariant& same = variant;
         variant = same;
         variant = std::move(same);
-        EXPECT_EQ(Journal{}, TakeJournal());
-        EXPECT_EQ(6, static_cast<const SLogged64*>(variant.Data())->m_nValue);
         variant.Set(variant.Type(), variant.Data());
-        EXPECT_EQ((Journal{"alloc 64/4", "copy 6", "delete 6", "free 64"}), TakeJournal());
     }
-    EXPECT_EQ((Journal{"delete 6", "free 64", "delete 6", "delete 5"}), TakeJournal());
+    EXPECT_EQ((Journal{"delete 6", "free 64", "alloc 64/4", "copy 6", "delete 6", "free 64", "delete 6", "free 64"}),
+              TakeJournal());
 }
 
 TEST_F(Variant, HoldsEveryType)
@@ -59,81 +52,64 @@ TEST_F(Variant, HoldsEveryType)
     EXPECT_EQ(2.5f, ZVariant(matrix).As<SMatrix>().m_afValues[0]);
     EXPECT_FALSE(matrix == matrix) << "it has no ==";
 
-    const ZVariant number(12.5), flag(true), text(ZString("text"));
-    const ZVariant aSame[] = {number,
-                              flag,
-                              text,
-                              ZVariant(int8{-1}),
-                              ZVariant(UINT64_MAX),
-                              ZVariant(SVertex{1, 2, 3}),
-                              ZVariant(uint8{1}),
-                              ZVariant(int16{1}),
-                              ZVariant(uint16{1}),
-                              ZVariant(1),
-                              ZVariant(1u),
-                              ZVariant(int64{1}),
-                              ZVariant(1.0f)};
-    for (const ZVariant& left : aSame)
+    const TArray<ZDynamicObject> elements = {1, ZDynamicObject().PushBack(2)};
+    const TArray<SDynamicObjectKeyValuePair> properties = {{"key", ZVariant(elements)}};
+    const ZVariant aDifferent[] = {
+        int8{-1}, UINT64_MAX, 12.5,     true, ZString("text"), SVertex{1, 2, 3}, uint8{1}, int16{1}, uint16{1},
+        1,        1u,         int64{1}, 1.0f, elements,        properties};
+    for (const ZVariant& left : aDifferent)
     {
-        for (const ZVariant& right : aSame)
+        for (const ZVariant& right : aDifferent)
             EXPECT_EQ(&left == &right, left == right);
         EXPECT_TRUE(left == ZVariant(left));
     }
-    EXPECT_EQ(-1, aSame[3].As<int8>());
-    EXPECT_EQ(UINT64_MAX, aSame[4].As<uint64>());
+    EXPECT_EQ(-1, aDifferent[0].As<int8>());
+    EXPECT_EQ(UINT64_MAX, aDifferent[1].As<uint64>());
+    const ZDynamicObject tree{ZVariant(properties)};
+    EXPECT_TRUE(tree["key"][1][0] == 2);
 
     int nLocal = 1;
     const ZVariantRef ref(nLocal);
     nLocal = 2;
     EXPECT_EQ(2, ref.As<int>());
 
-    const TArray<ZDynamicObject> elements = {1, ZDynamicObject().PushBack(2)};
-    const ZVariant array(elements);
-    EXPECT_TRUE(ZDynamicObject(array)[1][0] == 2);
-    const TArray<SDynamicObjectKeyValuePair> properties = {{"key", array}};
-    EXPECT_TRUE(ZDynamicObject(ZVariant(properties))["key"][1][0] == 2);
-    const ZDynamicObject tree = ZDynamicObject(array).PushBack(ZDynamicObject::Array().PushBack(3));
-    EXPECT_TRUE(ZDynamicObject(tree) == tree);
+    // The elements of a tree can be values of their own.
     ZVariant element;
     element.Set(GetTypeID<ZDynamicObject>(), &tree);
     EXPECT_TRUE(*element.As<ZDynamicObject>() == tree);
-    EXPECT_EQ(
-        42, ZVariant(SDynamicObjectKeyValuePair{"key", 42}).As<SDynamicObjectKeyValuePair>()->m_value.GetValue<int>());
+    const ZVariant pair(SDynamicObjectKeyValuePair{"key", 42});
+    EXPECT_TRUE(pair.As<SDynamicObjectKeyValuePair>()->m_value == 42);
 }
 
 TEST_F(Variant, SharesCellsAndGivesThemBack)
 {
     {
-        // The first few live in the module; later ones take whole chunks of the allocator, and its own only.
+        // The module has a chunk for the first values. The others come from the current allocator.
         std::vector<ZVariant> numbers;
         for (int i = 0; i < 5000; ++i)
             numbers.emplace_back(float64(i));
-        const Journal first = TakeJournal();
-        EXPECT_EQ(Journal(first.size(), "alloc 8192/8192"), first);
-        EXPECT_LE(first.size(), 5u);
+        EXPECT_EQ(Journal(4, "alloc 8192/8192"), TakeJournal());
         JournalAllocator other;
         GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, &other);
         ZVariant elsewhere(1.0);
         EXPECT_EQ(Journal{"alloc 8192/8192"}, TakeJournal());
         GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, &m_allocator);
-        for (int i = 0; i < 1000; ++i) // past the end of a chunk while that of the other allocator is in the list
-            numbers.emplace_back(1.0);
+        // Fills a chunk while the list also has a chunk of the other allocator.
+        numbers.resize(6000, ZVariant(1.0));
         numbers.resize(5000);
         TakeJournal();
         elsewhere = ZVariant(2.0);
-        EXPECT_EQ(Journal{"free 8192"}, TakeJournal()) << "a value lies in a chunk of its own allocator";
-        for (int i = 0; i < 5000; ++i)
-            EXPECT_EQ(i, numbers[static_cast<size_t>(i)].As<float64>());
-        const auto setMost = [&](const ZVariant& value)
+        EXPECT_EQ(Journal{"free 8192"}, TakeJournal()) << "a value is in a chunk of its own allocator";
+        for (size_t i = 0; i < 5000; ++i)
         {
-            for (size_t i = 0; i < 5000; ++i)
-                numbers[i] = i % 10 == 0 ? numbers[i] : value;
-        };
-        setMost(ZVariant());
+            EXPECT_EQ(float64(i), numbers[i].As<float64>());
+            numbers[i] = i % 10 == 0 ? numbers[i] : ZVariant();
+        }
         TakeJournal();
-        setMost(ZVariant(2.0));
+        for (ZVariant& number : numbers)
+            number = ZVariant(2.0);
         EXPECT_EQ(Journal{}, TakeJournal()) << "the free cells of all chunks are used again";
-        numbers.erase(numbers.begin(), numbers.begin() + 4990);
+        numbers.erase(numbers.begin(), numbers.end() - 1);
         TakeJournal();
     }
     EXPECT_LE(TakeJournal().size(), 1u);
@@ -141,9 +117,7 @@ TEST_F(Variant, SharesCellsAndGivesThemBack)
 
 TEST_F(Variant, BreaksOnAWrongType)
 {
-    const ZVariant number(1.5), nothing;
-    EXPECT_BREAK(number.As<int>());
-    EXPECT_BREAK(nothing.As<int>());
+    EXPECT_BREAK(ZVariant(1.5).As<int>());
     EXPECT_FALSE(ZObjectRef::CanConvert(nullptr, nullptr));
 
     const std::vector<int> unknown;
@@ -159,47 +133,37 @@ TEST_F(Variant, BreaksOnAWrongType)
 
 using Format = JournalTest;
 
-// Unpaired braces are in the corpus of the fuzz program.
-TEST_F(Format, ReplacesWhatHasAText)
+// The corpus of the fuzz program has unpaired braces.
+TEST_F(Format, ReplacesPrintableArguments)
 {
-    const auto format = [](const ZString& text)
-    { return std::string(std::string_view(ZString::Format(text, 7, ZString("seven"), true, 12.5, SVertex()))); };
-    const std::pair<ZString, const char*> aTexts[] = {
+    const std::pair<ZString, std::string_view> aTexts[] = {
         {ZString(""), ""},
         {ZString("{1} {0}{0} {2} {3}."), "seven 77 true 12.5."},
-        {ZString("{4} {5} {8} {9} {/} {:}"), "{4} {5} {8} {9} {/} {:}"},
         {ZString("{{0}} }} {{"), "{0} } {"},
-        {ZString("{00} {} { 0} {0 } }0}"), "{00} {} { 0} {0 } }0}"},
-        {ZString("a\0{0}b"), "a"},
+        {ZString("{4}{5}{8}{9}{/}{:} {00} {} { 0} {0 } }0}"), "{4}{5}{8}{9}{/}{:} {00} {} { 0} {0 } }0}"},
+        {ZString("a\0{0}b"), std::string_view("a\0007b", 4)},
     };
     for (const auto& [text, expected] : aTexts)
-        EXPECT_STREQ(expected, format(text).c_str()) << expected;
-    EXPECT_EQ(std::string("a\0"
-                          "7b",
-                          4),
-              format("a\0{0}b"));
+    {
+        const ZString result = ZString::Format(text, 7, ZString("seven"), true, 12.5, SVertex());
+        EXPECT_EQ(expected, std::string_view(result));
+    }
 }
 
 TEST_F(Format, PrintsEveryType)
 {
-    EXPECT_TRUE(ZString::Format("{0} {1} {2} {3}", int8{-128}, uint8{255}, int16{-32768}, uint16{65535})
-                == "-128 255 -32768 65535");
-    EXPECT_TRUE(ZString::Format("{0} {1} {2} {3}", INT32_MIN, UINT32_MAX, INT64_MIN, UINT64_MAX)
-                == "-2147483648 4294967295 -9223372036854775808 18446744073709551615");
+    EXPECT_TRUE(ZString::Format("{0} {1} {2} {3} {4} {5} {6} {7}", int8{-128}, uint8{255}, int16{-32768}, uint16{65535},
+                                INT32_MIN, UINT32_MAX, INT64_MIN, UINT64_MAX)
+                == "-128 255 -32768 65535 -2147483648 4294967295 -9223372036854775808 18446744073709551615");
     EXPECT_TRUE(ZString::Format("{0} {1} {2} {3} {4}", 0.1f, 0.1, -1e300, 2.0, false) == "0.1 0.1 -1e+300 2 false");
     EXPECT_TRUE(ZString::Format("{0} {1} {2}", "literal", ZGuid(), ZDynamicObject(5))
                 == "literal 00000000-0000-0000-0000-000000000000 5");
-    EXPECT_TRUE(ZString::Format("{0}{1}{2}{3}{4}{5}{6}{7}", ZVariantRef(), 1, 2, 3, 4, 5, 6, ZString("e\0nd"))
-                == ZString("{0}123456e\0nd"));
+    EXPECT_TRUE(ZString::Format("{0}{1}", ZVariantRef(), ZString("e\0nd")) == ZString("{0}e\0nd"));
     TakeJournal();
-    {
-        const ZString text = ZString::Format("{0} and some more text", 1);
-    }
+    EXPECT_FALSE(ZString::Format("{0} and some more text", 1).IsEmpty() || !ZString::Format("").IsEmpty());
     EXPECT_EQ((Journal{"alloc 21/1", "free 21"}), TakeJournal());
-    EXPECT_TRUE(ZString::Format("").IsEmpty());
-    EXPECT_EQ(Journal{}, TakeJournal());
 
-    // A string that claims 2^30 characters: twice that is too long, before one of them is read.
+    // A string that claims 2^30 characters: two of these are too long, which is found before any of them is read.
     ZString huge = "x";
     const uint32 nWord = 0xC0000000;
     std::memcpy(static_cast<void*>(&huge), &nWord, sizeof(nWord));
