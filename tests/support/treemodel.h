@@ -1,5 +1,5 @@
-// A dynamic object beside a JSON document of another library. Tests drive the two with random numbers, fuzzers with the
-// bytes that they are given.
+// A dynamic object beside its model, a JSON document of another library. Tests drive both with random numbers, fuzzers
+// with the bytes that they are given.
 #pragma once
 
 #include "core/dynamic/dynamicobject.h"
@@ -7,18 +7,17 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <tuple>
-#include <vector>
 
 class ModelledTree
 {
     using Model = nlohmann::ordered_json;
 
 public:
-    // One operation on a node of the tree; below(n) gives the next number in [0, n).
+    // One operation on a node of the tree; below(n) returns the next number in [0, n).
     template <class TBelow>
     void Step(TBelow&& below)
     {
-        // Down to some node, and the path to it as far as the steps are keys.
+        // Walks down to the node. The path to it exists if all steps are keys.
         Model* pModel = &m_model;
         ZDynamicObject* pNode = &m_tree;
         std::string path;
@@ -32,115 +31,102 @@ public:
             pNode = pModel->is_object() ? &pNode->Get(ZString(child.key())) : &pNode->GetArrayContainer()[i];
             pModel = &*child;
         }
-
         const std::string key = "key" + std::to_string(below(3) == 0 ? below(200) : below(8));
-        const ZString name(key);
-        switch (below(12))
-        {
-        case 0:
-        case 1:
-        case 2:
-        case 3:
-            if (pModel->is_null() || pModel->is_object())
-            {
-                auto [model, value] = MakeValue(below);
-                (*pModel)[key] = model;
-                pNode->Set(name, std::move(value));
-            }
-            break;
-        case 4:
-        case 5:
-            if (pModel->is_null() || pModel->is_array())
-            {
-                auto [model, value] = MakeValue(below);
-                pModel->push_back(model);
-                pNode->PushBack(value);
-            }
-            break;
-        case 6:
-            std::tie(*pModel, *pNode) = MakeValue(below);
-            break;
-        case 7:
-            m_bAgrees &= pNode->Remove(name) == pModel->contains(key);
-            if (pModel->is_object())
-                pModel->erase(key);
-            break;
-        case 8: // a part takes the place of the whole that it is a part of, copied or moved
-            if (pModel->contains(key))
-            {
-                *pModel = Model((*pModel)[key]);
-                if (below(2) == 0)
-                    *pNode = pNode->Get(name);
-                else
-                    *pNode = std::move(pNode->Get(name));
-            }
-            break;
-        case 9: // and the whole becomes a part of itself
-            if (pModel->is_object() && pModel->dump().size() < 1000)
-            {
-                (*pModel)[key] = Model(*pModel);
-                pNode->Set(name, *pNode);
-            }
-            break;
-        case 10:
-            if (bKeysOnly)
-                StepByPath(*pModel, path, key, below);
-            break;
-        default: // a look at what is not there changes nothing, nor does writing to it
-            ZDynamicObject found(7);
-            const bool bThere = pModel->contains(key);
-            m_bAgrees &= pNode->TryGet(name, found) == bThere && Agrees(bThere ? (*pModel)[key] : Model(7), found);
-            pNode->Get("missing").Set("key", 1).Get("missing") = 2;
-            pNode->Get("missing").PushBack(1);
-            m_bAgrees &= pNode->Get("missing").IsNull() && std::as_const(*pNode)["missing"]["key"].IsNull();
-        }
+        const uint64 nOperation = below(12);
+        if (nOperation != 10)
+            Operate(nOperation, *pModel, *pNode, key, below);
+        else if (bKeysOnly)
+            OperateByPath(*pModel, path, key, below);
     }
 
-    // Whether the tree, read in every way, is the model; and so its copies.
+    // Whether the tree and a copy of it match the model, however they are read.
     bool Agrees() const
     {
         const ZDynamicObject copy = m_tree;
-        return m_bAgrees && Agrees(m_model, m_tree) && Agrees(m_model, copy) && copy == m_tree
-               && Reversed(m_tree) == copy;
+        return m_bAgrees && Agrees(m_model, m_tree) && Agrees(m_model, copy) && copy == m_tree;
     }
 
 private:
     template <class TBelow>
     static std::pair<Model, ZDynamicObject> MakeValue(TBelow&& below)
     {
+        const auto both = [](const auto& value) { return std::pair<Model, ZDynamicObject>(value, value); };
+        const std::pair<Model, ZDynamicObject> aEmpty[] = {
+            {Model(), {}}, {Model::array(), ZDynamicObject::Array()}, {Model::object(), ZDynamicObject::Object()}};
         const uint64 nKind = below(7);
         if (nKind < 3)
-            return nKind == 0   ? std::pair(Model(), ZDynamicObject())
-                   : nKind == 1 ? std::pair(Model::array(), ZDynamicObject::Array())
-                                : std::pair(Model::object(), ZDynamicObject::Object());
+            return aEmpty[nKind];
         if (nKind == 3)
-            return below(2) == 0 ? std::pair(Model(true), ZDynamicObject(true))
-                                 : std::pair(Model(false), ZDynamicObject(false));
+            return both(below(2) == 0);
         if (nKind == 4)
-        {
-            const std::string text(below(40), 'x');
-            return {text, text.c_str()};
-        }
-        const int nNumber = static_cast<int>(below(1000)) - 500;
-        return {nNumber, nNumber};
+            return both(std::string(below(40), 'x').c_str());
+        return both(static_cast<int>(below(1000)) - 500);
     }
 
     template <class TBelow>
-    void StepByPath(Model& model, const std::string& path, const std::string& key, TBelow&& below)
+    void Operate(uint64 nOperation, Model& model, ZDynamicObject& node, const std::string& key, TBelow&& below)
     {
+        const ZString name(key);
+        const bool bThere = model.contains(key);
+        if (nOperation < 4 && (model.is_null() || model.is_object()))
+        {
+            auto [value, object] = MakeValue(below);
+            model[key] = value;
+            node.Set(name, std::move(object));
+        }
+        else if (nOperation / 2 == 2 && (model.is_null() || model.is_array()))
+        {
+            const auto [value, object] = MakeValue(below);
+            model.push_back(value);
+            node.PushBack(object);
+        }
+        else if (nOperation == 6)
+            std::tie(model, node) = MakeValue(below);
+        else if (nOperation == 7)
+        {
+            m_bAgrees &= node.Remove(name) == bThere;
+            if (bThere)
+                model.erase(key);
+        }
+        else if (nOperation == 8 && bThere)
+        {
+            // A part replaces the node that it is a part of.
+            model = Model(model[key]);
+            if (below(2) == 0)
+                node = node.Get(name);
+            else
+                node = std::move(node.Get(name));
+        }
+        else if (nOperation == 9 && model.is_object() && model.dump().size() < 1000)
+        {
+            // The node becomes a part of itself.
+            model[key] = Model(model);
+            node.Set(name, node);
+        }
+        else if (nOperation == 11)
+        {
+            // Reading a missing property changes nothing, nor does writing to it.
+            ZDynamicObject found(7);
+            m_bAgrees &= node.TryGet(name, found) == bThere && Agrees(bThere ? model[key] : Model(7), found);
+            node.Get("missing").Set("key", 1).PushBack(1).Get("missing") = 2;
+        }
+    }
+
+    template <class TBelow>
+    void OperateByPath(Model& model, const std::string& path, const std::string& key, TBelow&& below)
+    {
+        const bool bThere = model.contains(key);
+        const ZString pathOfKey(path.empty() ? key : path + "." + key);
         ZDynamicObject result(7);
         m_bAgrees &= m_tree.TryGetPath(ZString(path), result) && Agrees(model, result);
-        const ZString below1(path.empty() ? key : path + "." + key);
-        m_bAgrees &= m_tree.TryGetPath(below1, result) == model.contains(key)
-                     && Agrees(model.contains(key) ? model[key] : model, result);
+        m_bAgrees &= m_tree.TryGetPath(pathOfKey, result) == bThere && Agrees(bThere ? model[key] : model, result);
 
         const auto [value, object] = MakeValue(below);
-        const bool bSet = m_tree.TrySetPath(below1, object);
-        m_bAgrees &= bSet == model.is_object();
-        if (bSet)
+        m_bAgrees &= m_tree.TrySetPath(pathOfKey, object) == model.is_object();
+        if (model.is_object())
             model[key] = value;
         else
-            m_bAgrees &= !m_tree.TryUpdatePath(below1, [](ZDynamicObject&) { return true; });
+            m_bAgrees &= !m_tree.TryUpdatePath(pathOfKey, [](ZDynamicObject&) { return true; });
         m_bAgrees &= m_tree.TryUpdatePath(ZString(path), [&](ZDynamicObject& node) { return Agrees(model, node); });
     }
 
@@ -167,28 +153,6 @@ private:
                 return false;
         }
         return pElement == node.end() && !properties.MoveNext() && node[model.size()].IsNull();
-    }
-
-    // The same tree with the properties of each object in the opposite order.
-    static ZDynamicObject Reversed(const ZDynamicObject& node)
-    {
-        if (node.IsArray())
-        {
-            ZDynamicObject result = ZDynamicObject::Array();
-            for (const ZDynamicObject& element : node)
-                result.PushBack(Reversed(element));
-            return result;
-        }
-        if (!node.IsObject())
-            return node;
-        std::vector<const SDynamicObjectKeyValuePair*> pairs;
-        auto properties = node.GetPropertiesEnumerator();
-        while (properties.MoveNext())
-            pairs.insert(pairs.begin(), &properties.Current());
-        ZDynamicObject result = ZDynamicObject::Object();
-        for (const SDynamicObjectKeyValuePair* pPair : pairs)
-            result.Set(pPair->m_key, Reversed(pPair->m_value));
-        return result;
     }
 
     Model m_model;
