@@ -7,22 +7,22 @@
 //         |  e 0  |  e 1  |  e 2   |   raw   |   raw    |      one block of the normal allocator
 //         +-------+-------+--------+---------+----------+
 //
-//   m_pBegin <= m_pEnd <= m_pCapacityEnd, all null where there is no buffer; [m_pBegin, m_pEnd) are live elements, the
-//   rest is raw memory.
+//   m_pBegin <= m_pEnd <= m_pCapacityEnd; all three are null if there is no buffer. [m_pBegin, m_pEnd) are the
+//   elements, the rest is raw memory.
 //
 // What sets it apart from std::vector:
 //
-// - It grows by a quarter: new capacity = old + old / 4 + 1, so 0, 1, 2, 3, 4, 6, 8, 11, 14, 18, ... Less memory lies
-//   unused, and elements are relocated more often.
-// - Relocation is element by element: move-construct (copy-construct where T has no move), destroy the old one, next.
-// - The allocator is asked for anew at each allocation and each release, with the alignment of T.
-// - Free is called with null where there is no buffer: by the first growth, by the destructor of an array that owns
-//   nothing, and so on. So a normal allocator must be installed when a TArray ends its life, even an empty one.
-// - A violated precondition takes the debug break; see kx::detail::BreakUnless.
+// - It grows by a quarter: new capacity = old + old / 4 + 1, so 0, 1, 2, 3, 4, 6, 8, 11, 14, 18, ... This leaves less
+//   memory unused, but relocates elements more often.
+// - Relocation goes element by element: move-construct (copy-construct if T has no move), destroy the old one, next.
+// - The allocator is looked up for each allocation and each release. Blocks are aligned for T.
+// - Free is called with null if there is no buffer: by the first growth, by the destructor of an array that owns
+//   nothing, and so on. So a normal allocator must be installed when a TArray is destroyed, even an empty one.
+// - A violated precondition triggers the debug break; see kx::detail::BreakUnless.
 //
-// Iterators are pointers. Growth, Reserve that reallocates, Clear and assignment to the array invalidate all of them;
-// Insert and Erase without growth those from the position on. Moving the array away invalidates none: they stay with
-// the elements.
+// Iterators are pointers. Growth, a Reserve that reallocates, Clear and assignment to the array invalidate all of them.
+// Insert and Erase without growth invalidate those from the position on. Moving the array away invalidates none: they
+// stay with the elements.
 #pragma once
 
 #include "core/containers/arrayenumerator.h"
@@ -35,37 +35,42 @@
 #include <new>
 #include <utility>
 
+/// The growable contiguous array; see the head of this file.
 template <class T>
 class TArray
 {
 public:
+    /// The names that generic code expects.
     using value_type = T;
     using iterator = T*;
     using const_iterator = const T*;
 
-    // No buffer, no allocator call.
+    /// Creates an empty array without a buffer. Makes no allocator call.
     TArray() = default;
 
-    // An empty array with room for exactly nCapacity elements: one allocation, none for 0.
+    /// Creates an empty array with a capacity of exactly nCapacity elements.
+    /// Makes one allocation, none for 0.
     explicit TArray(uint64 nCapacity)
         : m_pBegin(AllocateElements(nCapacity)), m_pEnd(m_pBegin), m_pCapacityEnd(m_pBegin + nCapacity)
     {
     }
 
-    // A copy of the values, in their order, in a buffer of exactly that size; no allocation for none. Mind that
-    // TArray<int>{10} holds the element 10, where TArray<int>(10) has room for ten.
+    /// Copies the values, in order, into a buffer of exactly that size.
+    /// Makes no allocation if there are none. Note that `TArray<int>{10}` holds the element 10, whereas
+    /// `TArray<int>(10)` is empty and has a capacity of ten.
     TArray(std::initializer_list<T> values) : TArray(static_cast<uint64>(values.size()))
     {
         m_pEnd = kx::detail::CopyRange(m_pEnd, values.begin(), values.end());
     }
 
-    // A copy in a buffer of exactly other.Size() elements; no allocation for an empty one.
+    /// Copies into a buffer of exactly other.Size() elements. Makes no allocation if other is empty.
     TArray(const TArray& other) : TArray(Distance(other.m_pBegin, other.m_pEnd))
     {
         m_pEnd = kx::detail::CopyRange(m_pEnd, other.m_pBegin, other.m_pEnd);
     }
 
-    // Takes the buffer over. No element is touched, no allocator is called. The source is left without a buffer.
+    /// Takes ownership of the buffer and leaves the source without one.
+    /// No element is touched and no allocator is called.
     TArray(TArray&& other) noexcept
         : m_pBegin(std::exchange(other.m_pBegin, nullptr)),
           m_pEnd(std::exchange(other.m_pEnd, nullptr)),
@@ -73,7 +78,7 @@ public:
     {
     }
 
-    // Destroys the elements in ascending order, then calls Free, with null where there is no buffer.
+    /// Destroys the elements in ascending order, then calls Free, with null if there is no buffer.
     ~TArray()
     {
         static_assert(offsetof(TArray, m_pBegin) == 0 && offsetof(TArray, m_pEnd) == 8
@@ -83,8 +88,9 @@ public:
         GetNormalAllocator()->Free(m_pBegin);
     }
 
-    // Destroys the old elements, reallocates to exactly other.Size() if the buffer is too small (it never shrinks),
-    // then copy-constructs. Assigning an array to itself has no effect.
+    /// Destroys the old elements, then copy-constructs the new ones.
+    /// In between, reallocates to exactly other.Size() if the buffer is too small; the buffer never shrinks.
+    /// Self-assignment has no effect.
     TArray& operator=(const TArray& other)
     {
         if (this == &other)
@@ -95,8 +101,9 @@ public:
         return *this;
     }
 
-    // Destroys the old elements, calls Free on the old buffer (null included), takes the other one over. The source is
-    // left without a buffer. Moving an array onto itself has no effect.
+    /// Destroys the old elements, frees the old buffer, then takes ownership of the other one.
+    /// Free is called even if the old buffer is null. The source is left without a buffer. Self-assignment has no
+    /// effect.
     TArray& operator=(TArray&& other) noexcept
     {
         if (this == &other)
@@ -109,26 +116,26 @@ public:
         return *this;
     }
 
-    // The number of elements, the number that has room, and whether there are none. Beyond 2^32 - 1 elements the two
-    // numbers are cut to their low 32 bits; everything else goes on working.
+    /// Return the number of elements, the capacity in elements, and whether there are no elements.
+    /// Beyond 2^32 - 1 elements, the two numbers are truncated to their low 32 bits; everything else keeps working.
     uint32 Size() const { return static_cast<uint32>(Distance(m_pBegin, m_pEnd)); }
     uint32 Capacity() const { return static_cast<uint32>(Distance(m_pBegin, m_pCapacityEnd)); }
     bool IsEmpty() const { return m_pBegin == m_pEnd; }
 
-    // Element nIndex. Takes the debug break past the end; the index is 64 bits wide so that a negative number or one
-    // that went round is caught and not cut to something that fits.
+    /// Returns element nIndex; triggers the debug break past the end.
+    /// The index is 64 bits wide, so that negative or wrapped indices fail the check instead of being truncated.
     T& operator[](uint64 nIndex)
     {
         kx::detail::BreakUnless(nIndex < Distance(m_pBegin, m_pEnd));
         return m_pBegin[nIndex];
     }
-
     const T& operator[](uint64 nIndex) const
     {
         kx::detail::BreakUnless(nIndex < Distance(m_pBegin, m_pEnd));
         return m_pBegin[nIndex];
     }
 
+    /// Return pointers to the first element and past the last one; null if there is no buffer.
     T* Begin() { return m_pBegin; }
     T* End() { return m_pEnd; }
     const T* Begin() const { return m_pBegin; }
@@ -138,24 +145,26 @@ public:
     const T* begin() const { return m_pBegin; }
     const T* end() const { return m_pEnd; }
 
-    // Stands before the first element.
+    /// Returns an enumerator that starts before the first element.
     TArrayEnumerator<T> GetEnumerator() { return {m_pBegin, m_pEnd}; }
     TArrayEnumerator<const T> GetEnumerator() const { return {m_pBegin, m_pEnd}; }
 
-    // Appends a copy, or by move; the result is the new element. Amortised constant. A full array grows, and the new
-    // element is constructed before the old ones are touched, so the argument may be one of them.
+    /// Appends a copy of the value, or moves it in; returns the new element.
+    /// Amortised constant time. A full array grows, and the new element is constructed before the old ones are touched,
+    /// so the argument may be an element of this array.
     T& Add(const T& value) { return AddValue(value); }
     T& Add(T&& value) { return AddValue(std::move(value)); }
 
-    // Inserts before pos, which takes the debug break outside [Begin(), End()]; the result is the new element. Linear
-    // in the number of elements behind pos. The argument may be an element of this array: what goes in is the value
-    // that it had before the call.
+    /// Inserts before pos and returns the new element.
+    /// Triggers the debug break if pos is outside [Begin(), End()]. Linear in the number of elements after pos, or in
+    /// all elements if the array grows. The argument may be an element of this array: the inserted value is its value
+    /// before the call.
     T* Insert(T* pos, const T& value) { return InsertAt(pos, value); }
     T* Insert(T* pos, T&& value) { return InsertAt(pos, std::move(value)); }
 
-    // Removes the element at pos, which takes the debug break outside [Begin(), End()); the result is the position of
-    // the element that followed. The elements behind move down by assignment, in ascending order, and the surplus last
-    // one is destroyed. Never reallocates.
+    /// Removes the element at pos and returns the position of the element that followed.
+    /// Triggers the debug break if pos is outside [Begin(), End()). The following elements move down by assignment, in
+    /// ascending order, and the surplus last one is destroyed. Never reallocates.
     T* Erase(T* pos)
     {
         kx::detail::BreakUnless(kx::detail::IsElement<T>(pos, m_pBegin, m_pEnd));
@@ -164,8 +173,8 @@ public:
         return pos;
     }
 
-    // The same by index, which takes the debug break past the end. A template, so that the literal 0 is an index and
-    // not a null pointer.
+    /// Removes the element at an index; triggers the debug break past the end.
+    /// A template, so that the literal 0 is an index and not a null pointer.
     template <std::integral TIndex>
     void Erase(TIndex nIndex)
     {
@@ -173,16 +182,18 @@ public:
         Erase(m_pBegin + nIndex);
     }
 
-    // Destroys the elements in ascending order and keeps the buffer.
+    /// Destroys the elements in ascending order and keeps the buffer.
     void Clear()
     {
         DestroyElements();
         m_pEnd = m_pBegin;
     }
 
-    // Reallocates to exactly nCapacity elements (to no buffer for 0) and relocates, if that grows the array, or if
-    // bExact is set and the elements fit. So bExact also shrinks, and reallocates even where the capacity is right
-    // already; the growth rule plays no part. Otherwise nothing happens. The result is the capacity.
+    /// Ensures a capacity of at least nCapacity elements, or changes it to exactly that; returns the capacity.
+    /// Reallocates if nCapacity exceeds the capacity, or if bExact is set and nCapacity is not below the size.
+    /// Otherwise nothing happens. The new capacity is exactly nCapacity (no buffer for 0), and the elements are
+    /// relocated; the growth rule does not apply. So bExact can also shrink the buffer, and reallocates even if the
+    /// capacity is already right.
     uint32 Reserve(uint64 nCapacity, bool bExact = false)
     {
         if (nCapacity <= Distance(m_pBegin, m_pCapacityEnd) && (!bExact || nCapacity < Distance(m_pBegin, m_pEnd)))
@@ -193,8 +204,9 @@ public:
         return Capacity();
     }
 
-    // Makes it nSize elements. More: reallocates to exactly nSize if the buffer is too small, and default-constructs
-    // the new ones behind the old. Fewer: destroys the surplus in ascending order and keeps the buffer.
+    /// Changes the size to nSize.
+    /// To grow, reallocates to exactly nSize if the buffer is too small, then value-initialises the new elements after
+    /// the old ones. To shrink, destroys the surplus in ascending order and keeps the buffer.
     template <std::default_initializable U = T>
     void Resize(uint64 nSize)
     {
@@ -208,8 +220,8 @@ public:
         Append(nSize - Distance(m_pBegin, m_pEnd), [](T* pStorage) { kx::detail::ConstructAt(pStorage); });
     }
 
-    // Appends nCount elements, each of which construct(pStorage) makes in raw memory; reallocates to exactly the sum if
-    // the buffer is too small.
+    /// Appends nCount elements, each of which construct(pStorage) creates in raw memory.
+    /// Reallocates to exactly the new size if the buffer is too small.
     template <class TConstruct>
     void Append(uint64 nCount, TConstruct construct)
     {
@@ -218,7 +230,7 @@ public:
             construct(m_pEnd);
     }
 
-    // Equal sizes and equal elements in the same order, by the element's own ==.
+    /// Returns whether sizes and elements are equal, in order, by the element's own ==.
     bool operator==(const TArray& other) const requires std::equality_comparable<T>
     {
         return Distance(m_pBegin, m_pEnd) == Distance(other.m_pBegin, other.m_pEnd)
@@ -226,7 +238,7 @@ public:
                                          [](const T& left, const T& right) { return left == right; });
     }
 
-    // Whether the invariants hold. For tests and debugging.
+    /// Returns whether the invariants hold. For tests and debugging.
     bool Validate() const
     {
         return m_pBegin <= m_pEnd && m_pEnd <= m_pCapacityEnd && (m_pBegin != nullptr || m_pCapacityEnd == nullptr);
@@ -235,7 +247,8 @@ public:
 private:
     static uint64 Distance(const T* pFrom, const T* pTo) { return static_cast<uint64>(pTo - pFrom); }
 
-    // Null for 0. A count whose bytes do not fit in 64 bits takes the debug break: the block would be too small.
+    // Returns null for 0. A count whose bytes do not fit in 64 bits triggers the debug break, because the block would
+    // be too small.
     static T* AllocateElements(uint64 nCount)
     {
         if (nCount == 0)
@@ -256,7 +269,7 @@ private:
         kx::detail::DestroyRange(m_pBegin, m_pEnd);
     }
 
-    // Makes the buffer of nCapacity elements at pNew the array's own and frees the old one, even if it is null.
+    // Makes the buffer of nCapacity elements at pNew this array's own and frees the old one, even if it is null.
     void AdoptBuffer(T* pNew, uint64 nSize, uint64 nCapacity)
     {
         m_pCapacityEnd = pNew + nCapacity;
@@ -286,11 +299,11 @@ private:
         return pos;
     }
 
-    // Inserts before pos into a new buffer of the grown capacity. The new element comes first, so that an argument that
-    // is an element of this array is still intact when it is read.
+    // Inserts before pos into a new buffer of the grown capacity. The new element is constructed first, so that an
+    // argument that is an element of this array is still intact when it is read.
     //
-    // Nothing in here that stays a call takes the array or the value by reference: in a loop that only adds, the
-    // compiler then keeps the three pointers and the value in registers.
+    // No out-of-line callee takes the array or the value by reference, so a loop of Add keeps the three pointers and
+    // the value in registers.
     template <class TValue>
     T* InsertGrowing(T* pos, TValue&& value)
     {

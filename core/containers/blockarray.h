@@ -8,20 +8,20 @@
 //                                               ^
 //                                               m_nFirst, here 11 with blocks of 4
 //
-//   Element i is in slot m_nFirst + i, counted round the ring; slot / m_nBlockSize is the block, slot % m_nBlockSize
-//   the place in it. Invariants: m_nFirst is below the number of slots where there is a table, and 0 in an empty array;
-//   the block of each live element is there.
+//   Element i is in slot m_nFirst + i, counted around the ring. slot / m_nBlockSize is its block, slot % m_nBlockSize
+//   its place in the block. Invariants: m_nFirst is less than the number of slots if there is a table, and 0 in an
+//   empty array; the block of each element is allocated.
 //
-// What sets it apart from std::deque: blocks hold 16 elements of any size; once allocated they stay until the array
-// dies, Erase and Clear never free one. The table grows by half, from 8 entries on, when the next slot would enter the
-// block at the other end of the run. Elements never move when the array grows at either end.
+// What sets it apart from std::deque: blocks hold 16 elements of any size. Once allocated, they stay until the array is
+// destroyed or move-assigned to; Erase and Clear never free one. The table starts with 8 entries. It grows by half when
+// the next slot would enter the block at the other end of the run. Growth at either end never moves elements.
 //
-// The block size is stored, so each access by index, each step of an iterator too, costs one division. Growing,
-// shifting, copying and destroying go block by block.
+// The block size is stored, so each access by index and each step of an iterator costs one division. Growing, shifting,
+// copying and destroying go block by block.
 //
-// Blocks and table come from operator new[](bytes, normal allocator) and go back by Free.
+// Blocks and table come from operator new[](bytes, normal allocator) and are released with Free.
 //
-// References stay valid until their element is erased or shifted. Iterators know their index: insertion and removal
+// References stay valid until their element is erased or shifted. Iterators store their index, so insertion and removal
 // invalidate all of them.
 #pragma once
 
@@ -37,9 +37,9 @@
 template <class T>
 class TBlockArray;
 
-// A position in a TBlockArray; T is const for a read-only one. A forward iterator. Positions are compared by the
-// element's address alone, which is null at the end: so End() equals each position that has run past the last element,
-// that of another array too.
+/// A forward iterator over a TBlockArray; T is const for read-only access.
+/// Iterators are compared by the element's address alone, which is null at the end. So End() equals every iterator that
+/// has advanced past the last element, even one of another array.
 template <class T>
 class TBlockArrayIterator
 {
@@ -49,7 +49,7 @@ public:
 
     TBlockArrayIterator() = default;
 
-    // To the read-only form, never back.
+    /// Converts to the read-only form, never back.
     template <class TOther>
     TBlockArrayIterator(const TBlockArrayIterator<TOther>& other) requires std::same_as<T, const TOther>
         : m_pElement(other.m_pElement), m_pArray(other.m_pArray), m_nIndex(other.m_nIndex)
@@ -59,7 +59,7 @@ public:
     T& operator*() const { return *m_pElement; }
     T* operator->() const { return m_pElement; }
 
-    // Takes the debug break where it stands on the end.
+    /// Advances to the next element; triggers the debug break at the end.
     TBlockArrayIterator& operator++()
     {
         ++m_nIndex;
@@ -97,7 +97,7 @@ private:
     uint32 m_nIndex = 0;
 };
 
-// A walk over a TBlockArray, by index.
+/// Enumerates a TBlockArray by index.
 template <class T>
 class TBlockArrayEnumerator
 {
@@ -106,7 +106,8 @@ public:
 
     explicit TBlockArrayEnumerator(TOwner* pArray) : m_pArray(pArray) {}
 
-    // Advances; true exactly when the enumerator then stands on an element. Must not be called again after false.
+    /// Advances to the next element; returns false if there is none.
+    /// Must not be called again after it returned false.
     bool MoveNext()
     {
         ++m_nIndex;
@@ -114,7 +115,7 @@ public:
         return m_pElement != nullptr;
     }
 
-    // The element it stands on. Takes the debug break where there is none.
+    /// Returns the current element; triggers the debug break if there is none.
     T& Current() const
     {
         kx::detail::BreakUnless(m_pElement != nullptr);
@@ -127,24 +128,27 @@ private:
     uint32 m_nIndex = UINT32_MAX; // one before element 0
 };
 
+/// The double-ended sequence in blocks; see the head of this file.
 template <class T>
 class TBlockArray
 {
 public:
+    /// The names that generic code expects.
     using value_type = T;
     using iterator = TBlockArrayIterator<T>;
     using const_iterator = TBlockArrayIterator<const T>;
 
-    // No table, no allocator call.
+    /// Creates an empty array without a table. Makes no allocator call.
     TBlockArray() = default;
 
-    // Copies in ascending order, from slot 0 on.
+    /// Copies the elements in ascending order, starting at slot 0.
     TBlockArray(std::initializer_list<T> values) { AppendCopies(values.begin(), static_cast<uint32>(values.size())); }
     TBlockArray(const TBlockArray& other) { AppendCopies(other); }
 
-    // Takes table and blocks over. No element is touched, no allocator is called. The source is left without a block
-    // size: it has Size() 0 and may be destroyed or move-assigned to. Whatever needs a slot in it divides by zero,
-    // which faults in the hardware.
+    /// Takes ownership of the table and the blocks.
+    /// No element is touched and no allocator is called. The source is left without a block size: its Size() is 0, and
+    /// it may be destroyed or move-assigned to. Any operation that needs a slot in it divides by zero, which faults in
+    /// the hardware.
     TBlockArray(TBlockArray&& other) noexcept
         : m_nFirst(std::exchange(other.m_nFirst, 0)),
           m_nSize(std::exchange(other.m_nSize, 0)),
@@ -154,8 +158,8 @@ public:
     {
     }
 
-    // Destroys the elements in ascending order. If there is a table, calls Free for each of its entries in turn, null
-    // or not, then for the table.
+    /// Destroys the elements in ascending order, then frees the memory.
+    /// If there is a table, calls Free for each of its entries in turn, null or not, then for the table.
     ~TBlockArray()
     {
         static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
@@ -167,9 +171,9 @@ public:
         FreeAll();
     }
 
-    // Clears this array and keeps its table and blocks; then takes a slot at the back and copy-constructs, for each
-    // element in ascending order. So it starts at slot 0 again, and allocates only what the old blocks do not hold.
-    // Assigning an array to itself has no effect.
+    /// Clears this array, then copies the elements in ascending order.
+    /// The table and the blocks are kept. Each element takes a slot at the back and is copy-constructed there. So the
+    /// array starts at slot 0 again, and allocates only what the old blocks cannot hold. Self-assignment has no effect.
     TBlockArray& operator=(const TBlockArray& other)
     {
         if (this == &other)
@@ -179,7 +183,8 @@ public:
         return *this;
     }
 
-    // Destroys and frees as the destructor does, then as move construction. Moving an array onto itself has no effect.
+    /// Destroys and frees as the destructor does, then takes ownership as the move constructor does.
+    /// Self-assignment has no effect.
     TBlockArray& operator=(TBlockArray&& other) noexcept
     {
         if (this == &other)
@@ -193,25 +198,26 @@ public:
         return *this;
     }
 
+    /// Return the number of elements, and whether there are none.
     uint32 Size() const { return m_nSize; }
     bool IsEmpty() const { return m_nSize == 0; }
 
-    // Element nIndex, in constant time. Takes the debug break past the end; the index is 64 bits wide so that a
-    // negative number is caught.
+    /// Returns element nIndex, in constant time; triggers the debug break past the end.
+    /// The index is 64 bits wide, so that negative indices fail the check instead of being truncated.
     T& operator[](uint64 nIndex)
     {
         kx::detail::BreakUnless(nIndex < m_nSize);
         return *SlotAddress(m_nFirst + static_cast<uint32>(nIndex));
     }
-
     const T& operator[](uint64 nIndex) const { return const_cast<TBlockArray&>(*this)[nIndex]; }
 
-    // The first and the last element. Take the debug break on an empty array.
+    /// Return the first and the last element; trigger the debug break on an empty array.
     T& First() { return (*this)[0]; }
     const T& First() const { return (*this)[0]; }
     T& Last() { return (*this)[uint64{m_nSize} - 1]; }
     const T& Last() const { return (*this)[uint64{m_nSize} - 1]; }
 
+    /// Return iterators to the first element and past the last one.
     iterator Begin() { return PositionOf(0); }
     iterator End() { return {nullptr, this, m_nSize}; }
     const_iterator Begin() const { return const_cast<TBlockArray*>(this)->Begin(); }
@@ -221,26 +227,27 @@ public:
     const_iterator begin() const { return Begin(); }
     const_iterator end() const { return End(); }
 
-    // Stands before the first element.
+    /// Returns an enumerator that starts before the first element.
     TBlockArrayEnumerator<T> GetEnumerator() { return TBlockArrayEnumerator<T>(this); }
     TBlockArrayEnumerator<const T> GetEnumerator() const { return TBlockArrayEnumerator<const T>(this); }
 
-    // Inserts before pos; the result stands on the new element. Only the index of pos counts. At either end this takes
-    // constant time and touches no other element; the first insertion of all takes the front road, wherever pos stands.
-    // In the middle it shifts the shorter side by one place: one construction at the end, assignments up to pos.
-    //
-    // The const form does all of it by copying. The value is read last, so a reference to an element of this array that
-    // is shifted gives that place's new value.
-    //
-    // The rvalue form does all of it by moving, and in the middle it constructs the new element over the moved-from one
-    // without destroying that. So an element whose moved-from state owns something leaks it there, and counts of living
-    // elements rise by two; use the const form for such types.
+    /// Inserts before pos and returns an iterator to the new element.
+    /// Only the index of pos counts. At either end, insertion takes amortised constant time and touches no other
+    /// element. Inserting into an empty array uses a front slot, wherever pos is. In the middle, insertion shifts the
+    /// shorter side by one place: one construction at the end, then assignments up to pos.
+    ///
+    /// The const form copies throughout. The value is read last, so a reference to an element of this array that is
+    /// shifted yields that place's new value.
+    ///
+    /// The rvalue form moves throughout. In the middle, it constructs the new element over the moved-from one without
+    /// destroying that one. So an element whose moved-from state owns something leaks it there, and counts of living
+    /// elements rise by two. Use the const form for such types.
     iterator Insert(iterator pos, const T& value) { return InsertAt<const T&>(pos.m_nIndex, value); }
     iterator Insert(iterator pos, T&& value) { return InsertAt<T>(pos.m_nIndex, std::move(value)); }
 
-    // Removes the element at pos, of which only the index counts; takes the debug break past the end. The shorter side
-    // moves up by one place, by assignment, and the surplus element at that end is destroyed. No block is freed. The
-    // result stands on the element that followed.
+    /// Removes the element at pos and returns an iterator to the element that followed.
+    /// Only the index of pos counts; past the end, it triggers the debug break. The shorter side closes the gap by
+    /// assignment, and the surplus element at that end is destroyed. No block is freed.
     iterator Erase(iterator pos)
     {
         const uint32 nIndex = pos.m_nIndex;
@@ -263,7 +270,7 @@ public:
         return PositionOf(nIndex);
     }
 
-    // Destroys the elements in ascending order; keeps the table and all blocks.
+    /// Destroys the elements in ascending order; keeps the table and all blocks.
     void Clear()
     {
         DestroyElements();
@@ -271,7 +278,7 @@ public:
         m_nSize = 0;
     }
 
-    // Whether the invariants hold. For tests and debugging.
+    /// Returns whether the invariants hold. For tests and debugging.
     bool Validate() const
     {
         if ((m_nBlocks == 0) != (m_ppBlocks == nullptr) || m_nSize > Slots() || (m_nSize == 0 && m_nFirst != 0)
@@ -289,13 +296,13 @@ private:
     // The number of slots in the ring.
     uint32 Slots() const { return m_nBlocks * m_nBlockSize; }
 
-    // A block counted from block 0 on, up to once round the ring and back to the first element.
+    // Block nBlock of the ring, counted from block 0. Numbers from m_nBlocks on wrap around, at most once.
     T*& Block(uint32 nBlock) const { return m_ppBlocks[nBlock >= m_nBlocks ? nBlock - m_nBlocks : nBlock]; }
 
-    // A slot, counted likewise. One division of the processor gives both quotient and remainder.
+    // Slot nSlot of the ring, counted likewise. One processor division yields both quotient and remainder.
     T* SlotAddress(uint32 nSlot) const { return Block(nSlot / m_nBlockSize) + nSlot % m_nBlockSize; }
 
-    // How many slots there are from that of element nIndex to the end of its block.
+    // The number of slots from that of element nIndex to the end of its block.
     uint32 SlotsToBlockEnd(uint32 nIndex) const { return m_nBlockSize - (m_nFirst + nIndex) % m_nBlockSize; }
 
     iterator PositionOf(uint32 nIndex)
@@ -303,8 +310,8 @@ private:
         return {nIndex < m_nSize ? SlotAddress(m_nFirst + nIndex) : nullptr, this, nIndex};
     }
 
-    // A raw slot behind the last element, or before the first one. It counts as an element at once. Only at the edge of
-    // a block can the table be too small, or the block be missing.
+    // Return a raw slot after the last element, or before the first one. It counts as an element at once. Only at the
+    // edge of a block can the table be too small, or the block be missing.
     T* AcquireBackSlot()
     {
         const uint32 nSlot = m_nFirst + m_nSize;
@@ -325,7 +332,7 @@ private:
         return Block(m_nFirst / m_nBlockSize) + nPlace - 1;
     }
 
-    // The first slot of a block behind the run, or the last slot of one before it.
+    // Return the first slot of the block after the run, or the last slot of the block before it.
     KX_NOINLINE T* AcquireBackBlock()
     {
         GrowIfRunWouldMeetItself();
@@ -350,8 +357,9 @@ private:
         return pBlock;
     }
 
-    // To be called at the edge of a block. Less than a block's worth of free slots means that the run's other end is in
-    // the next block. Elements stay where they are. More slots than 32 bits can count take the debug break.
+    // Must be called at the edge of a block. If less than a block's worth of slots is free, the run's other end is in
+    // the next block. Elements stay where they are. 2^31 slots or more trigger the debug break, because slot numbers
+    // run up to twice the number of slots and have 32 bits.
     void GrowIfRunWouldMeetItself()
     {
         if (Slots() - m_nSize >= m_nBlockSize)
@@ -360,7 +368,7 @@ private:
         const uint32 nBlocks = m_nBlocks + nExtra;
         kx::detail::BreakUnless(uint64{nBlocks} * m_nBlockSize <= UINT32_MAX / 2);
         T** ppNew = static_cast<T**>(::operator new[](uint64{nBlocks} * sizeof(T*), *GetNormalAllocator()));
-        // The run now starts in block 0. All old blocks come along, since hardly a slot was free.
+        // The run now starts in block 0. All old blocks are kept, because hardly a slot was free.
         const uint32 nFirstBlock = m_nFirst / m_nBlockSize;
         for (uint32 i = 0; i < m_nBlocks; ++i)
             ppNew[i] = m_ppBlocks[(nFirstBlock + i) % m_nBlocks];
@@ -401,8 +409,8 @@ private:
         return {pElement, this, nIndex};
     }
 
-    // Each element of (nFrom, nTo] takes the one before it, the last one first; element nFrom is left for the caller.
-    // Within a block that is a loop over neighbours.
+    // Assigns to each element of (nFrom, nTo], from last to first, the element before it. Element nFrom is left to the
+    // caller. Within a block, this is a loop over neighbours.
     template <class TValue>
     void ShiftUp(uint32 nFrom, uint32 nTo)
     {
@@ -419,7 +427,8 @@ private:
         }
     }
 
-    // Each element of [nFrom, nTo) takes the one behind it, the first one first; element nTo is left for the caller.
+    // Assigns to each element of [nFrom, nTo), from first to last, the element after it. Element nTo is left to the
+    // caller.
     template <class TValue>
     void ShiftDown(uint32 nFrom, uint32 nTo)
     {
@@ -436,7 +445,7 @@ private:
         }
     }
 
-    // Appends copies of neighbours: the slots from one at the back to the end of its block are free.
+    // Appends copies of contiguous elements. From a slot at the back to the end of its block, all slots are free.
     void AppendCopies(const T* pFirst, uint32 nCount)
     {
         while (nCount > 0)
@@ -456,7 +465,7 @@ private:
         other.ForEachRun([this](const T* pFirst, uint32 nCount) { AppendCopies(pFirst, nCount); });
     }
 
-    // Calls function(first element, number) for each block's part of the elements, in ascending order.
+    // Calls function(first element, count) for each block's part of the elements, in ascending order.
     template <class TFunction>
     void ForEachRun(TFunction function) const
     {

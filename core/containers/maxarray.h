@@ -1,16 +1,17 @@
-// TMaxArray<T, N>: at most N elements, held in the object itself.
+// TMaxArray<T, N>: at most N elements, stored in the object itself.
 //
 //      m_aElements                              m_nSize
 //      +-------+-------+-------+-------+-------+-----+
 //      |  e 0  |  e 1  |  e 2  |  raw  |  raw  |  3  |      N = 5
 //      +-------+-------+-------+-------+-------+-----+
 //
-// It never touches an allocator. What else sets it apart from TArray: it adds and shifts by copying, so no operation
-// leaves moved-from elements behind, and an rvalue is copied like any other value. Only moving the whole array moves
-// elements, and it does so one by one.
+// It never calls an allocator. Unlike TArray, it adds and shifts elements by copying, so no operation leaves moved-from
+// elements in the array, and an rvalue is copied like any other value. Only moving the whole array moves elements, one
+// by one.
 //
-// Going past N takes the debug break; execution that resumes behind it writes past the storage. Iterators are pointers;
-// Insert and Erase invalidate those from the position on, and moving the array away all of them.
+// Exceeding N triggers the debug break; if execution resumes, it writes past the storage. Iterators are pointers.
+// Insert and Erase invalidate those from the position on; Clear, assignment and moving the array away invalidate all of
+// them.
 #pragma once
 
 #include "core/containers/arrayenumerator.h"
@@ -22,36 +23,39 @@
 #include <type_traits>
 #include <utility>
 
+/// An array of at most N elements, stored in the object itself; see the head of this file.
 template <class T, uint32 N>
 class TMaxArray
 {
     static_assert(N > 0, "TMaxArray: give it room for at least one element");
 
 public:
+    /// The names that generic code expects.
     using value_type = T;
     using iterator = T*;
     using const_iterator = const T*;
 
-    // Leaves the storage uninitialised.
+    /// Creates an empty array and leaves the storage uninitialised.
     TMaxArray() {}
 
-    // Copies in ascending order. More than N values take the debug break.
+    /// Copies the values in ascending order. More than N values trigger the debug break.
     TMaxArray(std::initializer_list<T> values) : m_nSize(static_cast<uint32>(values.size()))
     {
         kx::detail::BreakUnless(values.size() <= N);
         kx::detail::CopyRange(Begin(), values.begin(), values.end());
     }
 
+    /// Copies the elements in ascending order.
     TMaxArray(const TMaxArray& other) : m_nSize(other.m_nSize)
     {
         kx::detail::CopyRange(Begin(), other.Begin(), other.End());
     }
 
-    // Linear: for each element in ascending order, moves it here and destroys the source's at once. The source is empty
-    // afterwards and can be used again.
+    /// Moves each element here, in ascending order, and destroys the source's at once.
+    /// Linear. The source is empty afterwards and can be used again.
     TMaxArray(TMaxArray&& other) noexcept(std::is_nothrow_move_constructible_v<T>) { TakeElements(other); }
 
-    // Destroys the elements in ascending order.
+    /// Destroys the elements in ascending order.
     ~TMaxArray()
     {
         static_assert(offsetof(TMaxArray, m_aElements) == 0 && offsetof(TMaxArray, m_nSize) >= N * sizeof(T)
@@ -63,7 +67,7 @@ public:
         kx::detail::DestroyRange(Begin(), End());
     }
 
-    // Destroys the old elements, then copy-constructs in ascending order. Assigning an array to itself has no effect.
+    /// Destroys the old elements, then copy-constructs the new ones in ascending order. Self-assignment has no effect.
     TMaxArray& operator=(const TMaxArray& other)
     {
         if (this == &other)
@@ -74,7 +78,7 @@ public:
         return *this;
     }
 
-    // Destroys the old elements, then as move construction. Moving an array onto itself has no effect.
+    /// Destroys the old elements, then moves as the move constructor does. Self-assignment has no effect.
     TMaxArray& operator=(TMaxArray&& other) noexcept(std::is_nothrow_move_constructible_v<T>)
     {
         if (this == &other)
@@ -84,23 +88,24 @@ public:
         return *this;
     }
 
+    /// Return the number of elements, and whether there are none.
     uint32 Size() const { return m_nSize; }
     bool IsEmpty() const { return m_nSize == 0; }
 
-    // Element nIndex. Takes the debug break past the end; the index is 64 bits wide so that a negative number is
-    // caught.
+    /// Returns element nIndex; triggers the debug break past the end.
+    /// The index is 64 bits wide, so that negative indices fail the check instead of being truncated.
     T& operator[](uint64 nIndex)
     {
         kx::detail::BreakUnless(nIndex < m_nSize);
         return Begin()[nIndex];
     }
-
     const T& operator[](uint64 nIndex) const
     {
         kx::detail::BreakUnless(nIndex < m_nSize);
         return Begin()[nIndex];
     }
 
+    /// Return pointers to the first element and past the last one.
     T* Begin() { return m_aElements; }
     T* End() { return m_aElements + m_nSize; }
     const T* Begin() const { return m_aElements; }
@@ -110,15 +115,15 @@ public:
     const T* begin() const { return Begin(); }
     const T* end() const { return End(); }
 
-    // Stands before the first element.
+    /// Returns an enumerator that starts before the first element.
     TArrayEnumerator<T> GetEnumerator() { return {Begin(), End()}; }
     TArrayEnumerator<const T> GetEnumerator() const { return {Begin(), End()}; }
 
-    // Appends a copy; takes the debug break if the array is full. The result is the new element.
+    /// Appends a copy and returns it; triggers the debug break if the array is full.
     T& Add(const T& value)
     {
-        // Read once and written last: an element may be of a type that could overlap m_nSize, for all that the compiler
-        // knows, and would then cost a loop that only adds a reload each time.
+        // m_nSize is read once and written last, because constructing the element may alias it. A loop of Add would
+        // otherwise reload it each time.
         const uint32 nSize = m_nSize;
         kx::detail::BreakUnless(nSize < N);
         T* pNew = kx::detail::ConstructAt(Begin() + nSize, value);
@@ -126,9 +131,10 @@ public:
         return *pNew;
     }
 
-    // Inserts a copy before pos. Takes the debug break if the array is full or pos outside [Begin(), End()]; the result
-    // is pos. The last element is copied one place up, the others from pos on by assignment from the end, and the value
-    // is assigned. It may be an element of this array: what goes in is what it was before the call.
+    /// Inserts a copy before pos and returns pos.
+    /// Triggers the debug break if the array is full or pos is outside [Begin(), End()]. The last element is copied one
+    /// place up, the others from pos on by assignment from the end, and the value is assigned. It may be an element of
+    /// this array: the inserted value is its value before the call.
     T* Insert(T* pos, const T& value)
     {
         kx::detail::BreakUnless(m_nSize < N);
@@ -138,8 +144,9 @@ public:
         return pos;
     }
 
-    // Removes the element at pos, which takes the debug break outside [Begin(), End()); the result is pos. The elements
-    // behind move down by copy assignment, in ascending order, and the surplus last one is destroyed.
+    /// Removes the element at pos and returns pos.
+    /// Triggers the debug break if pos is outside [Begin(), End()). The following elements move down by copy
+    /// assignment, in ascending order, and the surplus last one is destroyed.
     T* Erase(T* pos)
     {
         kx::detail::BreakUnless(kx::detail::IsElement<T>(pos, Begin(), End()));
@@ -148,8 +155,8 @@ public:
         return pos;
     }
 
-    // The same by index, which takes the debug break past the end. A template, so that the literal 0 is an index and
-    // not a null pointer.
+    /// Removes the element at an index; triggers the debug break past the end.
+    /// A template, so that the literal 0 is an index and not a null pointer.
     template <std::integral TIndex>
     void Erase(TIndex nIndex)
     {
@@ -157,14 +164,14 @@ public:
         Erase(Begin() + nIndex);
     }
 
-    // Destroys the elements in ascending order.
+    /// Destroys the elements in ascending order.
     void Clear()
     {
         kx::detail::DestroyRange(Begin(), End());
         m_nSize = 0;
     }
 
-    // Whether the invariants hold. For tests and debugging.
+    /// Returns whether the invariants hold. For tests and debugging.
     bool Validate() const { return m_nSize <= N; }
 
 private:
@@ -174,7 +181,7 @@ private:
         m_nSize = std::exchange(other.m_nSize, 0);
     }
 
-    // In a union, so that no element is constructed before its time.
+    // In a union, so that no element is constructed before it is added.
     union
     {
         T m_aElements[N];
