@@ -9,13 +9,13 @@
 //  |    TList::m_sentinel    +--------+     +--------+       |
 //  +---------------------------------------------------------+
 //
-//   An empty list's links point at themselves. So no operation has a special case for the first or the last node.
+//   The links of an empty list point at themselves, so no operation has a special case for the first or the last node.
 //
-// What sets it apart from std::list: iterators go forward only; moving a list rewrites the two links that point at the
-// list object; copy assignment assigns to the elements that are there; an rvalue is copied like any other value.
+// What sets it apart from std::list: iterators are forward only. Moving a list rewrites the two links that point at the
+// list object. Copy assignment assigns to the existing elements. An rvalue is copied like any other value.
 //
-// Each element has a node of its own: one allocation of sizeof(SListNode<T>) from the normal allocator, one Free. An
-// element never moves, and an iterator stays valid until its element is erased, End() until the list is moved or dies.
+// Each element has a node of its own: one allocation of sizeof(SListNode<T>) from the normal allocator, one Free.
+// Elements never move. An iterator stays valid until its element is erased, End() until the list is moved or destroyed.
 #pragma once
 
 #include "core/containers/nodeiterator.h"
@@ -37,6 +37,7 @@ struct SListLinks
 };
 } // namespace kx::detail
 
+/// A node: the links, then the element.
 template <class T>
 struct SListNode : kx::detail::SListLinks
 {
@@ -45,37 +46,41 @@ struct SListNode : kx::detail::SListLinks
     T m_Element;
 };
 
+/// A forward iterator; see kx::detail::TNodeIterator.
 template <class T>
 using TListIterator = kx::detail::TNodeIterator<T, kx::detail::SListLinks>;
 
-// After its MoveNext() was false it would start over from the first element, since the ring closes; do not rely on it
-// in code that is to work with other containers.
+/// Enumerates a TList; see kx::detail::TNodeEnumerator.
+/// After MoveNext() returned false, the next call starts over at the first element, because the ring closes. Do not
+/// rely on this in code that must work with other containers.
 template <class T>
 using TListEnumerator = kx::detail::TNodeEnumerator<T, kx::detail::SListLinks>;
 
+/// The doubly linked list; see the head of this file.
 template <class T>
 class TList
 {
 public:
+    /// The names that generic code expects.
     using value_type = T;
     using iterator = TListIterator<T>;
     using const_iterator = TListIterator<const T>;
 
-    // No allocator call.
+    /// Creates an empty list. Makes no allocator call.
     TList() = default;
 
-    // Copies, one node for each.
+    /// Copies the elements in order, one node each.
     TList(std::initializer_list<T> values) : m_nSize(static_cast<uint32>(values.size()))
     {
         AppendCopies(values.begin(), values.end());
     }
     TList(const TList& other) : m_nSize(other.m_nSize) { AppendCopies(other.Begin(), other.End()); }
 
-    // Takes the nodes over, in constant time. No element is touched, no allocator is called. The source is empty
-    // afterwards and can be used again.
+    /// Takes ownership of the nodes, in constant time.
+    /// No element is touched and no allocator is called. The source is empty afterwards and can be used again.
     TList(TList&& other) noexcept { TakeNodes(other); }
 
-    // Destroys the elements front to back, each node freed before the next one's turn.
+    /// Destroys the elements front to back, freeing each node before the next element is destroyed.
     ~TList()
     {
         static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
@@ -92,8 +97,8 @@ public:
         FreeNodes(m_sentinel.m_pNext);
     }
 
-    // Copy-assigns to the elements that are there, front to back; then destroys and frees what is too many, or appends
-    // copies of what is missing. Assigning a list to itself has no effect.
+    /// Copy-assigns to the existing elements, front to back, then adjusts the size.
+    /// Destroys and frees the surplus elements, or appends copies of the missing ones. Self-assignment has no effect.
     TList& operator=(const TList& other)
     {
         if (this == &other)
@@ -113,7 +118,7 @@ public:
         return *this;
     }
 
-    // Clears this list and takes the nodes of the other one over. Moving a list onto itself has no effect.
+    /// Clears this list, then takes ownership of the nodes of the other one. Self-assignment has no effect.
     TList& operator=(TList&& other) noexcept
     {
         if (this == &other)
@@ -123,9 +128,11 @@ public:
         return *this;
     }
 
+    /// Return the number of elements, and whether there are none.
     uint32 Size() const { return m_nSize; }
     bool IsEmpty() const { return m_nSize == 0; }
 
+    /// Return iterators to the first element and past the last one.
     iterator Begin() { return PositionOf(m_sentinel.m_pNext); }
     iterator End() { return PositionOf(&m_sentinel); }
     const_iterator Begin() const { return const_cast<TList*>(this)->Begin(); }
@@ -135,15 +142,15 @@ public:
     const_iterator begin() const { return Begin(); }
     const_iterator end() const { return End(); }
 
-    // Stands before the first element.
+    /// Returns an enumerator that starts before the first element.
     TListEnumerator<T> GetEnumerator() { return {End().operator->(), End().operator->()}; }
     TListEnumerator<const T> GetEnumerator() const { return {End().operator->(), End().operator->()}; }
 
-    // Appends a copy; mind that TSList::Insert(value) prepends. The result stands on the new element.
+    /// Appends a copy and returns an iterator to it. Note that TSList::Insert(value) prepends.
     iterator Insert(const T& value) { return Insert(End(), value); }
 
-    // Inserts a copy before pos, which may be End(), in constant time. The result stands on the new element. The copy
-    // is made before any link changes, so the value may be an element of this list.
+    /// Inserts a copy before pos, which may be End(), and returns an iterator to it.
+    /// Constant time. The copy is made before any link changes, so the value may be an element of this list.
     iterator Insert(iterator pos, const T& value)
     {
         SListLinks* pNode = NewNode(value);
@@ -154,8 +161,8 @@ public:
         return PositionOf(pNode);
     }
 
-    // Destroys the element at pos and frees its node, in constant time. The result stands on the element that followed.
-    // pos is not checked: it must stand on an element of this list.
+    /// Destroys the element at pos, frees its node, and returns an iterator to the element that followed.
+    /// Constant time. pos is not checked: it must point to an element of this list.
     iterator Erase(iterator pos)
     {
         SListLinks* pNode = NodeOf(pos);
@@ -166,14 +173,14 @@ public:
         return PositionOf(pNext);
     }
 
-    // Destroys the elements front to back and frees their nodes.
+    /// Destroys the elements front to back and frees their nodes.
     void Clear()
     {
         FreeNodes(m_sentinel.m_pNext);
         Reset();
     }
 
-    // Whether the invariants hold: both directions of the ring agree, and the count. For tests and debugging.
+    /// Returns whether the invariants hold: both directions of the ring and the count agree. For tests and debugging.
     bool Validate() const
     {
         uint32 nNodes = 0;
@@ -208,15 +215,15 @@ private:
         GetNormalAllocator()->Free(pNode);
     }
 
-    // The nodes from pNode up to the sentinel.
+    // Frees the nodes from pNode up to the sentinel.
     void FreeNodes(SListLinks* pNode)
     {
         while (pNode != &m_sentinel)
             FreeNode(std::exchange(pNode, pNode->m_pNext));
     }
 
-    // Appends a copy of each element of the range; the size is the caller's to set. The ring is closed at the end only:
-    // nothing sees it before.
+    // Appends a copy of each element of the range; the caller sets the size. The ring is closed only at the end,
+    // because nothing reads it before.
     template <class TIterator>
     void AppendCopies(TIterator first, TIterator last)
     {

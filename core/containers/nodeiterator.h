@@ -1,6 +1,6 @@
-// Iterators and enumerators of the containers that keep each element in a node of its own.
+// Iterators and enumerators of the containers that store each element in a node of its own.
 //
-// A node is a struct of links with the element behind them:
+// A node is a struct of links, followed by the element:
 //
 //         +--------+-----------+
 //         | links  |  element  |
@@ -9,8 +9,8 @@
 //         |        the position: what iterators and enumerators hold
 //         the node: position - kElementOffset
 //
-// The position behind the last element is where the element would stand in a node that has none: the links that the
-// container holds itself, or a null node. So it is an address that must never be read, and it is formed on numbers.
+// The end position is the address that an element would have after the container's own links, or after a null node. It
+// must never be dereferenced. No element is there, so the address is computed as an integer.
 #pragma once
 
 #include "core/platform/platform.h"
@@ -21,7 +21,7 @@
 
 namespace kx::detail
 {
-// The distance of the element in a node: directly behind the links, or where its alignment takes it.
+/// The offset of the element in its node: directly after the links, rounded up to its alignment.
 template <class T, class TLinks>
 inline constexpr std::uintptr_t kElementOffset = (sizeof(TLinks) + alignof(T) - 1) / alignof(T) * alignof(T);
 
@@ -37,9 +37,9 @@ TLinks* NodeOf(T* pElement)
     return reinterpret_cast<TLinks*>(detail::AddressOf(pElement) - kElementOffset<T, TLinks>);
 }
 
-// A position in a container of nodes; T is const for a read-only one. TLinks::Next tells which node follows.
-// A forward iterator. Stays valid, with its element, until that element is erased. Nothing is checked: neither reading
-// at the end nor stepping beyond it.
+/// A forward iterator over a container of nodes; T is const for read-only access.
+/// TLinks::Next returns the node that follows. An iterator stays valid until its element is erased. Nothing is checked:
+/// neither reading at the end nor advancing past it.
 template <class T, class TLinks>
 class TNodeIterator
 {
@@ -50,7 +50,7 @@ public:
     TNodeIterator() = default;
     explicit TNodeIterator(T* pElement) : m_pElement(pElement) {}
 
-    // To the read-only form, never back.
+    /// Converts to the read-only form, never back.
     template <class TOther>
     TNodeIterator(const TNodeIterator<TOther, TLinks>& other) requires std::same_as<T, const TOther>
         : m_pElement(other.operator->())
@@ -83,21 +83,24 @@ private:
     T* m_pElement = nullptr;
 };
 
-// A walk over a container of nodes. Starts at the links that the container holds, whose next node is the first one.
+/// Enumerates a container of nodes.
+/// Starts at the links in the container object; the node after these is the first one.
 template <class T, class TLinks>
 class TNodeEnumerator
 {
 public:
     TNodeEnumerator(T* pBeforeFirst, T* pEnd) : m_pCurrent(pBeforeFirst), m_pEnd(pEnd) {}
 
-    // Advances; true exactly when the enumerator then stands on an element. Must not be called again after false.
+    /// Advances to the next element; returns false if there is none.
+    /// Must not be called again after it returned false.
     bool MoveNext()
     {
         m_pCurrent = detail::ElementOf<T>(TLinks::Next(detail::NodeOf<TLinks>(m_pCurrent)));
         return m_pCurrent != m_pEnd;
     }
 
-    // The element it stands on. Takes the debug break behind the last element; must not be called before MoveNext().
+    /// Returns the current element.
+    /// Triggers the debug break past the last element. Must not be called before MoveNext().
     T& Current() const
     {
         detail::BreakUnless(m_pCurrent != m_pEnd);

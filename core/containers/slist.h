@@ -1,19 +1,19 @@
 // TSList<T>: the singly linked list.
 //
-//      m_pHead             next                next
+//      m_head              next                next
 //      +-----+         +------------+      +------------+
 //      |  ---+-------> |  ---  e 0  +----> | null  e 1  |
 //      +-----+         +------------+      +------------+
 //
-//   m_pHead is null in an empty list. It is a link like that of a node, so walks start at its address and the first
+//   m_head is null in an empty list. It is a link like that of a node, so walks start at its address and the first
 //   node needs no special case.
 //
-// There is no link back and no link to the last node: an operation at a position walks from the head to it, so it costs
-// what lies before the position. An rvalue is copied like any other value.
+// There is no link back and no link to the last node. An operation at a position walks from the head to it, so its cost
+// is linear in the number of elements before the position. An rvalue is copied like any other value.
 //
-// Each element has a node of its own: one allocation of sizeof(SSListNode<T>) from the normal allocator, one Free. An
-// element never moves, and an iterator stays valid until its element is erased. End() is the position of the element of
-// a null node, so it is the same for all lists of one T.
+// Each element has a node of its own: one allocation of sizeof(SSListNode<T>) from the normal allocator, one Free.
+// Elements never move. An iterator stays valid until its element is erased. End() is the address that the element of a
+// null node would have, so it is the same for all lists of one T.
 #pragma once
 
 #include "core/containers/nodeiterator.h"
@@ -34,6 +34,7 @@ struct SSListLink
 };
 } // namespace kx::detail
 
+/// A node: the link, then the element.
 template <class T>
 struct SSListNode : kx::detail::SSListLink
 {
@@ -42,38 +43,42 @@ struct SSListNode : kx::detail::SSListLink
     T m_Element;
 };
 
+/// A forward iterator; see kx::detail::TNodeIterator.
 template <class T>
 using TSListIterator = kx::detail::TNodeIterator<T, kx::detail::SSListLink>;
 
+/// Enumerates a TSList; see kx::detail::TNodeEnumerator.
 template <class T>
 using TSListEnumerator = kx::detail::TNodeEnumerator<T, kx::detail::SSListLink>;
 
+/// The singly linked list; see the head of this file.
 template <class T>
 class TSList
 {
 public:
+    /// The names that generic code expects.
     using value_type = T;
     using iterator = TSListIterator<T>;
     using const_iterator = TSListIterator<const T>;
 
-    // No allocator call.
+    /// Creates an empty list. Makes no allocator call.
     TSList() = default;
 
-    // Copies in the order of the source, one node for each.
+    /// Copies the elements in order, one node each.
     TSList(std::initializer_list<T> values) : m_nSize(static_cast<uint32>(values.size()))
     {
         ChainCopies(values.begin(), values.end());
     }
     TSList(const TSList& other) : m_nSize(other.m_nSize) { ChainCopies(other.Begin(), other.End()); }
 
-    // Takes the nodes over. No element is touched, no allocator is called. The source is empty afterwards and can be
-    // used again.
+    /// Takes ownership of the nodes, in constant time.
+    /// No element is touched and no allocator is called. The source is empty afterwards and can be used again.
     TSList(TSList&& other) noexcept
         : m_nSize(std::exchange(other.m_nSize, 0)), m_head{std::exchange(other.m_head.m_pNext, nullptr)}
     {
     }
 
-    // Destroys the elements front to back, each node freed before the next one's turn.
+    /// Destroys the elements front to back, freeing each node before the next element is destroyed.
     ~TSList()
     {
         static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
@@ -85,8 +90,7 @@ public:
         Clear();
     }
 
-    // Clears this list, then copies in the order of the source; no node is used again. Assigning a list to itself has
-    // no effect.
+    /// Clears this list, then copies the elements in order. No node is reused. Self-assignment has no effect.
     TSList& operator=(const TSList& other)
     {
         if (this == &other)
@@ -97,7 +101,7 @@ public:
         return *this;
     }
 
-    // Clears this list and takes the nodes of the other one over. Moving a list onto itself has no effect.
+    /// Clears this list, then takes ownership of the nodes of the other one. Self-assignment has no effect.
     TSList& operator=(TSList&& other) noexcept
     {
         if (this == &other)
@@ -108,9 +112,11 @@ public:
         return *this;
     }
 
+    /// Return the number of elements, and whether there are none.
     uint32 Size() const { return m_nSize; }
     bool IsEmpty() const { return m_nSize == 0; }
 
+    /// Return iterators to the first element and past the last one.
     iterator Begin() { return PositionOf(m_head.m_pNext); }
     iterator End() { return PositionOf(nullptr); }
     const_iterator Begin() const { return PositionOf(m_head.m_pNext); }
@@ -120,19 +126,19 @@ public:
     const_iterator begin() const { return Begin(); }
     const_iterator end() const { return End(); }
 
-    // Stands before the first element, which is on the list object itself.
+    /// Returns an enumerator that starts before the first element, at the link in the list object.
     TSListEnumerator<T> GetEnumerator() { return {kx::detail::ElementOf<T>(&m_head), End().operator->()}; }
     TSListEnumerator<const T> GetEnumerator() const
     {
         return {kx::detail::ElementOf<const T>(const_cast<SSListLink*>(&m_head)), End().operator->()};
     }
 
-    // Prepends a copy, in constant time; mind that TList::Insert(value) appends. The result stands on the new element.
+    /// Prepends a copy, in constant time, and returns an iterator to it. Note that TList::Insert(value) appends.
     iterator Insert(const T& value) { return Insert(Begin(), value); }
 
-    // Inserts a copy before pos, which may be End(); walks from the head to pos. The result stands on the new element.
-    // The copy is made before any link changes, so the value may be an element of this list. pos is not checked: with
-    // one of another list the walk runs off the chain.
+    /// Inserts a copy before pos, which may be End(), and returns an iterator to it.
+    /// Walks from the head to pos. The copy is made before any link changes, so the value may be an element of this
+    /// list. pos is not checked: with an iterator of another list, the walk runs past the end of the chain.
     iterator Insert(iterator pos, const T& value)
     {
         SSListLink* pNext = NodeOf(pos);
@@ -144,8 +150,8 @@ public:
         return PositionOf(pNode);
     }
 
-    // Destroys the element at pos and frees its node; walks from the head to pos. The result stands on the element that
-    // followed. pos is not checked: it must stand on an element of this list.
+    /// Destroys the element at pos, frees its node, and returns an iterator to the element that followed.
+    /// Walks from the head to pos. pos is not checked: it must point to an element of this list.
     iterator Erase(iterator pos)
     {
         SSListLink* pNode = NodeOf(pos);
@@ -156,7 +162,7 @@ public:
         return PositionOf(pNext);
     }
 
-    // Destroys the elements front to back and frees their nodes.
+    /// Destroys the elements front to back and frees their nodes.
     void Clear()
     {
         for (SSListLink* pNode = m_head.m_pNext; pNode != nullptr;)
@@ -165,7 +171,7 @@ public:
         m_nSize = 0;
     }
 
-    // Whether the chain has as many nodes as the list says. For tests and debugging.
+    /// Returns whether the chain has Size() nodes. For tests and debugging.
     bool Validate() const
     {
         uint32 nNodes = 0;
@@ -192,7 +198,7 @@ private:
         GetNormalAllocator()->Free(pNode);
     }
 
-    // Whose link leads to pNode: a node, or the head. Null leads to the last one.
+    // Returns the link that points to pNode: that of a node, or the head. If pNode is null, it is the last link.
     SSListLink* NodeBefore(const SSListLink* pNode)
     {
         SSListLink* pBefore = &m_head;
@@ -201,7 +207,7 @@ private:
         return pBefore;
     }
 
-    // Copies of the range, chained to the head of a list without nodes; the size is the caller's to set.
+    // Chains copies of the range to the head of a list without nodes; the caller sets the size.
     template <class TIterator>
     void ChainCopies(TIterator first, TIterator last)
     {
