@@ -1,6 +1,6 @@
 // TMap<K, V> and TMultiMap<K, V>: the ordered maps. Both are the tree of redblacktree.h over pairs of a key and a
-// value, with its layout, iterators and operations, and differ in what Insert does with a key that is there already.
-// Elements are looked up by the key alone; no pair is made for it.
+// value, with its layout, iterators and operations. They differ in what Insert does with an existing key. Elements are
+// looked up by the key alone; no pair is made for that.
 #pragma once
 
 #include "core/containers/redblacktree.h"
@@ -8,8 +8,7 @@
 #include <concepts>
 #include <initializer_list>
 
-// Walks the values alone, in the order of the keys; V is const for a read-only walk. Both pointers stand where a value
-// stands in a node; in the tree object, where m_pEnd points, there is none.
+/// Enumerates the values alone, in the order of the keys; V is const for read-only access.
 template <class K, class V>
 class TTreeValueEnumerator
 {
@@ -18,15 +17,16 @@ class TTreeValueEnumerator
 public:
     explicit TTreeValueEnumerator(const Links* pHeader) : m_pCurrent(ValueOf(pHeader)), m_pEnd(m_pCurrent) {}
 
-    // Advances; true exactly when the enumerator then stands on a value. It begins before the first one, and after
-    // false it starts over.
+    /// Advances to the next value; returns false if there is none.
+    /// The enumerator starts before the first value. After it returned false, it starts over.
     bool MoveNext()
     {
         m_pCurrent = ValueOf(Links::Next(reinterpret_cast<Links*>(kx::detail::AddressOf(m_pCurrent) - kOffset)));
         return m_pCurrent != m_pEnd;
     }
 
-    // The value it stands on. Takes the debug break behind the last one, and before the first MoveNext().
+    /// Returns the current value.
+    /// Triggers the debug break past the last value, and before the first MoveNext().
     V& Current() const
     {
         kx::detail::BreakUnless(m_pCurrent != m_pEnd);
@@ -34,35 +34,37 @@ public:
     }
 
 private:
-    // The value lies behind the key as an element lies behind its links.
+    // The value follows the key in the way that an element follows its links.
     static constexpr std::uintptr_t kOffset =
         kx::detail::kElementOffset<TKeyValuePair<K, V>, Links> + kx::detail::kElementOffset<V, K>;
 
     static V* ValueOf(const Links* pNode) { return reinterpret_cast<V*>(kx::detail::AddressOf(pNode) + kOffset); }
 
+    // Both point where a node has its value. For m_pEnd this is in the tree object, which has no value.
     V* m_pCurrent;
     V* m_pEnd;
 };
 
-// Keeps one pair of each key; a later value replaces the earlier one.
+/// An ordered map that keeps one pair per key; a later value replaces the earlier one.
 template <class K, class V>
 class TMap : public kx::detail::TOrderedTree<TKeyValuePair<K, V>>
 {
     using Pair = TKeyValuePair<K, V>;
 
 public:
-    // No allocator call.
+    /// Creates an empty map. Makes no allocator call.
     TMap() = default;
 
-    // Inserts the pairs in their order.
+    /// Inserts the pairs in order.
     TMap(std::initializer_list<Pair> pairs)
     {
         for (const Pair& pair : pairs)
             Insert(pair);
     }
 
-    // The value of the key. A missing key is inserted, with V() as its value: reading through this operator changes the
-    // map. Logarithmic; for a new key one allocation and two copies of key and value, of which a temporary pair is one.
+    /// Returns the value of the key; inserts V() as its value if the key is missing.
+    /// So reading through this operator changes the map. Logarithmic. A new key costs one allocation and two copies of
+    /// key and value, one of them for a temporary pair.
     V& operator[](const K& key) requires std::default_initializable<V>
     {
         typename TMap::SSearchPath path;
@@ -71,29 +73,32 @@ public:
         return this->InsertMissing(Pair(key, V()), path)->Value();
     }
 
-    // The value of the key. A missing key takes the debug break; resumed, the result is a null reference.
+    /// Returns the value of the key, in logarithmic time.
+    /// A missing key triggers the debug break; if execution resumes, the result is a null reference.
     const V& operator[](const K& key) const
     {
         const auto pos = this->Find(key);
         if (pos == this->End()) [[unlikely]]
         {
             kx::detail::BreakUnless(false);
-            // Read anew from memory, so that the compiler does not see that the reference is null.
+            // Read from a volatile, so that the compiler does not see that the reference is null.
             const V* volatile pNone = nullptr;
             return *pNone;
         }
         return pos->Value();
     }
 
-    // The value of the key, or defaultValue itself, which may be a temporary of the caller.
+    /// Returns the value of the key, or defaultValue if the key is missing. Logarithmic.
+    /// For a missing key, the result refers to defaultValue itself, which may be a temporary of the caller.
     const V& GetValue(const K& key, const V& defaultValue) const
     {
         const auto pos = this->Find(key);
         return pos != this->End() ? pos->Value() : defaultValue;
     }
 
-    // Inserts copies, or copy-assigns the value of an existing key, whose key object and node stay. The result is the
-    // element. Logarithmic; for a new key one allocation and two copies of key and value, one if they come as a pair.
+    /// Inserts copies, or copy-assigns the value of an existing key; returns an iterator to the element.
+    /// An existing element keeps its key object and its node. Logarithmic. A new key costs one allocation and two
+    /// copies of key and value, or one copy if they come as a pair.
     TTreeIterator<Pair> Insert(const K& key, const V& value)
     {
         typename TMap::SSearchPath path;
@@ -101,7 +106,6 @@ public:
             return Assign(pNode, value);
         return this->InsertMissing(Pair(key, value), path);
     }
-
     TTreeIterator<Pair> Insert(const Pair& pair)
     {
         typename TMap::SSearchPath path;
@@ -110,17 +114,19 @@ public:
         return this->InsertMissing(pair, path);
     }
 
-    // Stands before the first value.
+    /// Returns an enumerator that starts before the first value.
     TTreeValueEnumerator<K, V> GetValueEnumerator() { return TTreeValueEnumerator<K, V>(this->Header()); }
     TTreeValueEnumerator<K, const V> GetValueEnumerator() const
     {
         return TTreeValueEnumerator<K, const V>(this->Header());
     }
 
-    // Exchanges the elements. None is touched, and iterators to them stay valid and belong to the other map now.
+    /// Exchanges the elements of two maps, in constant time.
+    /// No element is touched. Iterators to elements stay valid and belong to the other map afterwards.
     void Swap(TMap& other) { this->SwapWith(other); }
 
-    // The same keys with the same values: keys are compared by <, values by ==. Linear; the shapes do not matter.
+    /// Return whether both maps have the same keys with the same values, and whether they do not.
+    /// Keys are compared by <, values by ==. Linear; the shapes of the trees do not matter.
     bool operator==(const TMap& other) const requires std::equality_comparable<V> { return !Differs(other); }
     bool operator!=(const TMap& other) const requires std::equality_comparable<V> { return Differs(other); }
 
@@ -150,7 +156,7 @@ private:
     }
 };
 
-// Keeps every pair that it is given; the pairs of one key are walked newest first.
+/// An ordered map that keeps every inserted pair; pairs with the same key are in order newest first.
 template <class K, class V>
 class TMultiMap : public TRedBlackTree<TKeyValuePair<K, V>>
 {

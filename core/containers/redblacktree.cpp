@@ -15,8 +15,8 @@ bool IsRed(const Links* pNode)
     return pNode != nullptr && pNode->m_nColor == kRed;
 }
 
-// pNew, which may be null, takes the place of pOld under pParent. A header shows its root on both sides, so both links
-// are asked.
+// Puts pNew, which may be null, in the place of pOld below pParent. Both links are checked, because a header has its
+// root on both sides.
 void ReplaceChild(Links* pParent, const Links* pOld, Links* pNew)
 {
     for (Links*& pChild : pParent->m_pChild)
@@ -32,7 +32,8 @@ void SetParent(Links* pNode, Links* pParent)
         pNode->m_pParent = pParent;
 }
 
-// Rotates pNode towards nSide: its child on the other side takes its place and has it for a child on nSide.
+// Rotates pNode towards nSide: its child on the other side takes its place, and pNode becomes that child's child on
+// nSide.
 void Rotate(Links* pNode, uint32 nSide)
 {
     Links* pParent = pNode->m_pParent;
@@ -46,7 +47,7 @@ void Rotate(Links* pNode, uint32 nSide)
     SetParent(pAcross, pNode);
 }
 
-// One black node is missing on all paths through the link of pFix on nSide.
+// Restores the colours when all paths through the link of pFix on nSide lack one black node.
 void RestoreBlackHeight(Links* pFix, uint32 nSide, const Links* pHeader)
 {
     for (;;)
@@ -135,14 +136,14 @@ void RemoveNode(Links* pNode, const Links* pHeader)
     Links* pRight = pNode->m_pChild[1];
     uint32 nColor = pNode->m_nColor;
 
-    // What takes the place of the node, and the link that gets shorter.
+    // pHeir takes the place of the node. The paths through the link of pFix on nSide lose a node.
     Links* pHeir = pLeft;
     Links* pFix = pParent;
     uint32 nSide = pParent->m_pChild[0] != pNode;
     if (pRight != nullptr)
     {
-        // The successor, which has no left child, with the colour of the place. From now on nColor is the colour that
-        // is lost.
+        // The successor, which has no left child, takes the place and its colour. From here on, nColor is the colour
+        // that is lost.
         pHeir = pRight;
         pFix = pRight;
         nSide = 1;
@@ -177,8 +178,8 @@ bool ValidateNodes(const Links* pHeader, int32 nSize)
     if (pNode->m_pParent != pHeader || pNode->m_nColor != kBlack)
         return false;
 
-    // Each node before its children. No link is followed before the node at its end is known to point back, so the walk
-    // cannot run in a circle.
+    // Visits each node before its children. A link is followed only after the node at its end is known to point back,
+    // so the walk cannot run in a circle.
     uint32 nBlackHeight = 0;
     for (int32 nNodes = 1;; ++nNodes)
     {

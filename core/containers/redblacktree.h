@@ -1,4 +1,4 @@
-// The red-black tree behind the ordered containers, and TRedBlackTree<T>, the plainest of them.
+// The red-black tree of the ordered containers, and TRedBlackTree<T>, the simplest of them.
 //
 //        the tree object                       a node (one allocation each)
 //      +------------------+                  +------------------+
@@ -10,23 +10,24 @@
 //      +------------------+  m_pParent of    +------------------+
 //                            the root
 //
-//   Both child links of the tree object hold the root, or null. The root is black; no red node has a red child; every
-//   path from a node down to a null link passes the same number of black nodes. In order, no element is less than the
-//   one before it.
+//   Both child links of the tree object point to the root, or are null. The root is black; no red node has a red child;
+//   every path from a node down to a null link passes the same number of black nodes. In order, no element is less than
+//   the one before it.
 //
 // What sets it apart from std::multiset and its family:
 //
-// - The tree object is shaped like a node. Its left link is the root, so a climb from the last node ends at the tree
-//   object; its right link is the root too, so the step from there leads to the first node. The walk is a circle, and
-//   ++, enumerators, Begin() and Erase share one step without a special case.
-// - Iterators point at the element. m_nSize lies as far from the start of the tree object as an element from the start
-//   of its node, so End() is the address of m_nSize, read as an element's. It must not be dereferenced. An End() stays
-//   with its tree object where a Swap or a move takes the elements elsewhere.
-// - No comparator and no allocator parameter: the order is operator<, memory comes from GetNormalAllocator(), asked
-//   anew at each allocation and release. The walk goes forward only.
-// - No first node is cached: Begin() is a descent.
+// - The tree object has the shape of a node and is the header of the tree. Its left link is the root, so climbing from
+//   the last node ends at the header. Its right link is the root too, so the step from there leads to the first node.
+//   The nodes in order thus form a circle, and ++, enumerators, Begin() and Erase share one step without a special
+//   case.
+// - Iterators point at the element. m_nSize has the same offset in the tree object as an element in its node, so End()
+//   is the address of m_nSize, read as that of an element. It must not be dereferenced. If a Swap or a move takes the
+//   elements elsewhere, End() stays with its tree object.
+// - There is no comparator and no allocator parameter. The order is operator<. Memory comes from GetNormalAllocator(),
+//   looked up for each allocation and each release. Iteration is forward only.
+// - The first node is not cached: Begin() is a descent.
 // - Elements are copied in. None is moved, and none changes its address while it is in a tree.
-// - A violated precondition takes the debug break; see kx::detail::BreakUnless.
+// - A violated precondition triggers the debug break; see kx::detail::BreakUnless.
 //
 // Iterators and enumerators stay valid until their own element is removed. The size must stay below 2^31.
 #pragma once
@@ -46,15 +47,16 @@ namespace kx::detail
 inline constexpr uint32 kBlack = 0;
 inline constexpr uint32 kRed = 1;
 
-// What a node and a tree object have in common, and all that the balancing needs to know.
+/// What a node and a tree object have in common, and all that the balancing needs.
 struct SRedBlackTreeLinks
 {
     uint32 m_nColor;
     SRedBlackTreeLinks* m_pParent;
     SRedBlackTreeLinks* m_pChild[2];
 
-    // The in-order successor. The header follows the last node, the first node follows the header, and the header of an
-    // empty tree follows itself.
+    /// Returns the in-order successor.
+    /// The header follows the last node, the first node follows the header, and the header of an empty tree follows
+    /// itself.
     static SRedBlackTreeLinks* Next(SRedBlackTreeLinks* pNode)
     {
         if (SRedBlackTreeLinks* pNext = pNode->m_pChild[1])
@@ -77,10 +79,11 @@ struct SRedBlackTreeLinks
 };
 } // namespace kx::detail
 
+/// A node: the links, then the element.
 template <class T>
 struct SRedBlackTreeNode : kx::detail::SRedBlackTreeLinks
 {
-    // Leaves the links to whoever puts the node into a tree.
+    /// Leaves the links uninitialised; InsertNode and the copying of trees set them.
     explicit SRedBlackTreeNode(const T& value) : m_Element(value) {}
 
     T m_Element;
@@ -88,34 +91,38 @@ struct SRedBlackTreeNode : kx::detail::SRedBlackTreeLinks
 
 namespace kx::detail
 {
-// Hangs pNode under pParent, where the link of that side (0 left, 1 right) must be free, and restores the colours.
-// Under the header, the tree object of an empty tree, pNode becomes the root. Takes the debug break for a side above 1
-// and for a link that is not free.
+/// Links pNode below pParent on side nSide (0 left, 1 right) and restores the colours.
+/// The link on that side must be free. If pParent is the header, the tree object of an empty tree, pNode becomes the
+/// root. Triggers the debug break if nSide is above 1 or the link is not free.
 KX_API void InsertNode(SRedBlackTreeLinks* pNode, SRedBlackTreeLinks* pParent, uint32 nSide,
                        SRedBlackTreeLinks* pHeader);
 
-// Unlinks pNode and restores the colours. Its successor takes the place of a node with two children, by links alone.
+/// Unlinks pNode and restores the colours.
+/// The successor takes the place of a node with two children, by changing links alone.
 KX_API void RemoveNode(SRedBlackTreeLinks* pNode, const SRedBlackTreeLinks* pHeader);
 
-// Whether links, colours and count are in order; the elements are not looked at.
+/// Returns whether links, colours and count are consistent. Does not look at the elements.
 KX_API bool ValidateNodes(const SRedBlackTreeLinks* pHeader, int32 nSize);
 } // namespace kx::detail
 
-// A forward iterator; see kx::detail::TNodeIterator. A step goes from the last element to End() and from there to the
-// first one, amortised constant. The element of a set may be changed only in ways that keep its place in the order.
+/// A forward iterator; see kx::detail::TNodeIterator.
+/// ++ leads from the last element to End() and from there to the first one, in amortised constant time. An element of a
+/// set may be changed only in ways that keep its place in the order.
 template <class T>
 using TTreeIterator = kx::detail::TNodeIterator<T, kx::detail::SRedBlackTreeLinks>;
 
+/// The read-only form of TTreeIterator.
 template <class T>
 using TTreeConstIterator = TTreeIterator<const T>;
 
-// See kx::detail::TNodeEnumerator. After its MoveNext() was false it starts over from the first element.
+/// Enumerates an ordered container; see kx::detail::TNodeEnumerator.
+/// After MoveNext() returned false, the next call starts over at the first element.
 template <class T>
 using TTreeEnumerator = kx::detail::TNodeEnumerator<T, kx::detail::SRedBlackTreeLinks>;
 
 namespace kx::detail
 {
-// What elements are ordered by and looked up by: the element itself, or the key of a pair.
+/// What elements are ordered and looked up by: the element itself, or the key of a pair.
 template <class T>
 struct TTreeKey
 {
@@ -130,8 +137,8 @@ struct TTreeKey<TKeyValuePair<K, V>>
     static const K& Of(const TKeyValuePair<K, V>& pair) { return pair.Key(); }
 };
 
-// Everything that the ordered containers share; they differ in what an insertion does with an element that is there
-// already.
+/// Everything that the ordered containers share.
+/// They differ in what an insertion does with an existing element.
 template <class T>
 class TOrderedTree
 {
@@ -139,6 +146,7 @@ class TOrderedTree
     using Node = SRedBlackTreeNode<T>;
 
 public:
+    /// The names that generic code expects.
     using value_type = T;
     using key_type = typename TTreeKey<T>::Type;
     using iterator = TTreeIterator<T>;
@@ -147,14 +155,16 @@ public:
 protected:
     TOrderedTree() = default;
 
-    // Copies the nodes with their colours, so the shape too: an allocation and a copy for each, no comparison,
-    // parents before children and the left child first.
+    /// Copies the nodes with their colours, and so the shape of the tree.
+    /// Makes one allocation and one copy per element and no comparison. Parents come before children, left children
+    /// before right ones.
     TOrderedTree(const TOrderedTree& other) { CopyFrom(other); }
 
-    // Takes the nodes over; the source is left empty. No element is touched. Takes the debug break where the two links
-    // of the source differ.
+    /// Takes ownership of the nodes and leaves the source empty.
+    /// No element is touched. Triggers the debug break if the two child links of the source differ.
     TOrderedTree(TOrderedTree&& other) noexcept { TakeFrom(other); }
 
+    /// Destroys each element and releases its node, in the order of Clear.
     ~TOrderedTree()
     {
         constexpr std::uintptr_t kOffset = kElementOffset<T, Links>;
@@ -162,17 +172,16 @@ protected:
                       "an ordered container copies elements in; keep what can only be moved in a TArray");
         static_assert(
             requires(const key_type& first, const key_type& second) { first < second; },
-            "an ordered container goes by operator<: give the element, or the key of a map, one beside its class");
+            "an ordered container compares by operator<: declare one beside the class of the element or map key");
         static_assert(offsetof(TOrderedTree, m_links) == 0 && offsetof(TOrderedTree, m_nSize) == kOffset,
-                      "the count must stand in the tree object where the element stands in a node");
+                      "the count must have the offset in the tree object that the element has in a node");
         static_assert(kOffset + sizeof(T) <= sizeof(Node) && sizeof(Node) < kOffset + sizeof(T) + alignof(Node),
                       "the element must follow the links of its node directly");
         if (m_nSize > 0)
             DestroyTree(m_links.m_pChild[1]);
     }
 
-    // Clears, then copies as the copy constructor does; no node is used again. Assigning a tree to itself has no
-    // effect.
+    /// Clears this tree, then copies as the copy constructor does. No node is reused. Self-assignment has no effect.
     TOrderedTree& operator=(const TOrderedTree& other)
     {
         if (this == &other)
@@ -182,7 +191,7 @@ protected:
         return *this;
     }
 
-    // Clears, then takes over as the move constructor does. Moving a tree onto itself has no effect.
+    /// Clears this tree, then takes ownership as the move constructor does. Self-assignment has no effect.
     TOrderedTree& operator=(TOrderedTree&& other) noexcept
     {
         if (this == &other)
@@ -193,11 +202,12 @@ protected:
     }
 
 public:
-    // The number of elements, and whether there are none.
+    /// Return the number of elements, and whether there are none.
     uint32 Size() const { return static_cast<uint32>(m_nSize); }
     bool IsEmpty() const { return m_nSize == 0; }
 
-    // Begin() is a descent, logarithmic in the size; End() is constant.
+    /// Return iterators to the first element and past the last one.
+    /// Begin() is a descent, logarithmic in the size; End() takes constant time.
     iterator Begin() { return ++End(); }
     iterator End() { return PositionOf(Header()); }
     const_iterator Begin() const { return ++End(); }
@@ -207,24 +217,27 @@ public:
     const_iterator begin() const { return Begin(); }
     const_iterator end() const { return End(); }
 
-    // Stands before the first element.
+    /// Returns an enumerator that starts before the first element.
     TTreeEnumerator<T> GetEnumerator() { return {End().operator->(), End().operator->()}; }
     TTreeEnumerator<const T> GetEnumerator() const { return {End().operator->(), End().operator->()}; }
 
-    // The element of that key, End() if there is none. Logarithmic. Of several it is the one that stands highest in the
-    // tree, which need not be the first in order. Takes the debug break where operator< contradicts itself.
+    /// Returns an iterator to an element with the key, or End() if there is none. Logarithmic.
+    /// Of several, it finds the highest in the tree, which need not be the first in order. Triggers the debug break
+    /// if operator< contradicts itself.
     iterator Find(const key_type& key) { return PositionOf(FindOrHeader(key)); }
     const_iterator Find(const key_type& key) const { return PositionOf(FindOrHeader(key)); }
 
+    /// Returns whether there is an element with the key, searching as Find does.
     bool Contains(const key_type& key) const { return FindOrHeader(key) != Header(); }
 
-    // The first element in order that is not less than the key, End() if there is none. Logarithmic. Several elements
-    // of one key follow each other from here, the newest first.
+    /// Returns an iterator to the first element in order that is not less than the key, or End() if there is none.
+    /// Logarithmic. Elements with the same key follow each other from there, newest first.
     iterator LowerBound(const key_type& key) { return PositionOf(FindLowerBound(key)); }
     const_iterator LowerBound(const key_type& key) const { return PositionOf(FindLowerBound(key)); }
 
-    // Removes the element at pos, which takes the debug break at End(): the element is destroyed, its node released.
-    // The result is the position that followed. Logarithmic, and constant on average.
+    /// Removes the element at pos and returns an iterator to the element that followed.
+    /// Destroys the element, then releases its node. Triggers the debug break at End(). Logarithmic, and constant on
+    /// average.
     iterator Erase(const_iterator pos)
     {
         Links* pNode = detail::NodeOf<Links>(pos.operator->());
@@ -234,7 +247,8 @@ public:
         return PositionOf(pNext);
     }
 
-    // Removes the element that Find finds; false if there is none. Of several, a call removes one.
+    /// Removes the element that Find finds; returns false if there is none.
+    /// Of several elements with the key, one call removes one. Logarithmic.
     bool Remove(const key_type& key)
     {
         Links* pNode = FindOrHeader(key);
@@ -244,7 +258,7 @@ public:
         return true;
     }
 
-    // Destroys each element and releases its node, children before parents and the left child first.
+    /// Destroys each element and releases its node: children before parents, left children before right ones.
     void Clear()
     {
         if (m_nSize > 0)
@@ -254,7 +268,7 @@ public:
         m_links.m_pChild[1] = nullptr;
     }
 
-    // Whether the invariants hold. For tests and debugging.
+    /// Returns whether the invariants hold. For tests and debugging.
     bool Validate() const
     {
         if (!detail::ValidateNodes(Header(), m_nSize))
@@ -268,15 +282,15 @@ public:
     }
 
 protected:
-    // Where a new node goes: under m_pParent, on that side.
+    // Where a new node is linked: below m_pParent, on side m_nSide.
     struct SInsertPosition
     {
         Links* m_pParent;
         uint32 m_nSide;
     };
 
-    // The way of a search that found nothing, to the place where it would have been: bit i of m_nTurns is the side
-    // taken at step i. A tree of less than 2^31 elements is at most 62 steps high.
+    // The path of a search that found nothing, to the place where the key would be. Bit i of m_nTurns is the side taken
+    // at step i. A tree of fewer than 2^31 elements is at most 62 steps high.
     struct SSearchPath
     {
         SInsertPosition m_position;
@@ -292,12 +306,12 @@ protected:
         AdoptRoot();
     }
 
-    // The node of the element of that key, or null, and then way tells where one would go.
+    // Returns the node of the element with the key. If there is none, returns null, and path leads to its place.
     //
-    // The child is picked by number and not by a branch: a search turns at random, and a processor guesses every other
-    // turn wrong. But what is inserted often comes in ascending order; so with bInserting there is a branch as long as
-    // the way goes down the right edge. Behind that both children are fetched, since the balancing is going to look at
-    // the one that is passed by.
+    // The child is selected by index, not by a branch, because a search turns at random and the processor mispredicts
+    // every other turn. But insertions often come in ascending order. So with bInserting, there is a branch as long as
+    // the path follows the right edge. After that, both children are prefetched, because the balancing will look at the
+    // one that is not on the path.
     template <bool bInserting>
     Node* FindNode(const key_type& key, SSearchPath& path) const
     {
@@ -328,17 +342,17 @@ protected:
         return static_cast<Node*>(pNode);
     }
 
-    // Inserts a copy before all elements that are equivalent to it. One allocation; the copy is made first, then its
-    // place is searched.
+    // Inserts a copy before all equivalent elements. Makes one allocation; the copy is made before its place is
+    // searched for.
     iterator InsertNew(const T& value)
     {
         Node* pNode = CreateNode(value);
         return LinkIn(pNode, FindInsertPosition(TTreeKey<T>::Of(value)));
     }
 
-    // InsertNew, where FindNode has just gone this way and found no element. The search for the place would go the same
-    // way again. So only its comparisons are made, since they may be calls that somebody counts; where the compiler
-    // sees that they have no effect, it leaves out the whole loop.
+    // Does what InsertNew does, after FindNode took this path and found no element. The search for the place would take
+    // the same path again. So only its comparisons are made, because they may be calls that somebody counts. If the
+    // compiler sees that they have no effect, it drops the whole loop.
     iterator InsertMissing(const T& value, const SSearchPath& path)
     {
         Node* pNode = CreateNode(value);
@@ -351,7 +365,7 @@ protected:
         return LinkIn(pNode, path.m_position);
     }
 
-    // The tree object as the node that it is to the walk.
+    // The tree object, seen as a node.
     Links* Header() const { return const_cast<Links*>(&m_links); }
 
     static iterator PositionOf(Links* pNode) { return iterator(detail::ElementOf<T>(pNode)); }
@@ -384,7 +398,7 @@ private:
 
     SInsertPosition FindInsertPosition(const key_type& key) const
     {
-        // With a branch first and by number then, as in FindNode.
+        // First with a branch, then by index, as in FindNode.
         SInsertPosition position{Header(), 0};
         for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr; pNode = pNode->m_pChild[1])
         {
@@ -420,7 +434,7 @@ private:
         --m_nSize;
     }
 
-    // Nodes are aligned as operator new aligns, or as an element needs that asks for more.
+    // Nodes are aligned as operator new aligns, or more if the element needs it.
     static Node* CreateNode(const T& value)
     {
         constexpr std::size_t kAlignment =
@@ -442,11 +456,11 @@ private:
         return pCopy;
     }
 
-    // CloneTree and DestroyTree go by links alone, without recursion and without a stack. Their argument must not be
-    // null, which takes the debug break. They know the end of the way by the root itself or by its parent, before they
-    // look for a right sibling: a tree object shows its root on both sides.
+    // CloneTree and DestroyTree follow links alone, without recursion and without a stack. A null argument triggers the
+    // debug break. They detect the end by the root itself or by its parent, before they look for a right sibling,
+    // because a tree object has its root on both sides.
 
-    // The copy's root gets pParent as its parent.
+    // Makes pParent the parent of the copy's root.
     static Links* CloneTree(const Links* pRoot, Links* pParent)
     {
         detail::BreakUnless(pRoot != nullptr);
@@ -484,14 +498,14 @@ private:
         Links* pNode = pRoot;
         for (;;)
         {
-            // Down to a leaf, to the left where there is a choice.
+            // Down to a leaf, to the left if there is a choice.
             while (Links* pChild = pNode->m_pChild[0] != nullptr ? pNode->m_pChild[0] : pNode->m_pChild[1])
             {
                 detail::Prefetch(pNode->m_pChild[1]);
                 pNode = pChild;
             }
 
-            // Up from it, through the nodes that have lost their last child by now.
+            // Up from it, through the nodes that have now lost their last child.
             Links* pRight = nullptr;
             do
             {
@@ -507,7 +521,7 @@ private:
         }
     }
 
-    // These two expect an empty tree.
+    // CopyFrom and TakeFrom expect an empty tree.
 
     void CopyFrom(const TOrderedTree& other)
     {
@@ -540,25 +554,27 @@ private:
 };
 } // namespace kx::detail
 
-// Keeps every element that it is given, equivalent ones side by side.
+/// The red-black tree as a container: keeps every inserted element, equivalent ones next to each other.
 template <class T>
 class TRedBlackTree : public kx::detail::TOrderedTree<T>
 {
 public:
-    // No allocator call.
+    /// Creates an empty tree. Makes no allocator call.
     TRedBlackTree() = default;
 
-    // Inserts the values in their order.
+    /// Inserts the values in order.
     TRedBlackTree(std::initializer_list<T> values)
     {
         for (const T& value : values)
             Insert(value);
     }
 
-    // Inserts a copy before all elements that are equivalent to it, so that these are walked newest first; the result
-    // is the new element. Logarithmic. One allocation and one copy.
+    /// Inserts a copy and returns an iterator to it.
+    /// The copy goes before all equivalent elements, so these are in order newest first. Logarithmic. Makes one
+    /// allocation and one copy.
     TTreeIterator<T> Insert(const T& value) { return this->InsertNew(value); }
 
-    // Exchanges the elements. None is touched, and iterators to them stay valid and belong to the other tree now.
+    /// Exchanges the elements of two trees, in constant time.
+    /// No element is touched. Iterators to elements stay valid and belong to the other tree afterwards.
     void Swap(TRedBlackTree& other) { this->SwapWith(other); }
 };

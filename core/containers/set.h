@@ -1,28 +1,29 @@
 // TSet<T> and TMultiSet<T>: the ordered sets. Both are the tree of redblacktree.h, with its layout, iterators and
-// operations, and differ in what Insert does with an element that is there already.
+// operations. They differ in what Insert does with an existing element.
 #pragma once
 
 #include "core/containers/redblacktree.h"
 
 #include <initializer_list>
 
-// Keeps one of equivalent elements, the first that came.
+/// An ordered set that keeps one of equivalent elements, the first one inserted.
 template <class T>
 class TSet : public kx::detail::TOrderedTree<T>
 {
 public:
-    // No allocator call.
+    /// Creates an empty set. Makes no allocator call.
     TSet() = default;
 
-    // Inserts the values in their order.
+    /// Inserts the values in order.
     TSet(std::initializer_list<T> values)
     {
         for (const T& value : values)
             Insert(value);
     }
 
-    // Inserts a copy unless an equivalent element is there; that one is left as it is. The result is the element in the
-    // set, whichever it is; only Size() tells. Logarithmic; one allocation and one copy, or none.
+    /// Inserts a copy unless an equivalent element exists; returns an iterator to the element in the set.
+    /// An existing element is left unchanged. Only Size() shows whether one was inserted. Logarithmic; one allocation
+    /// and one copy, or none.
     TTreeIterator<T> Insert(const T& value)
     {
         typename TSet::SSearchPath path;
@@ -31,11 +32,12 @@ public:
         return this->InsertMissing(value, path);
     }
 
-    // Exchanges the elements. None is touched, and iterators to them stay valid and belong to the other set now.
+    /// Exchanges the elements of two sets, in constant time.
+    /// No element is touched. Iterators to elements stay valid and belong to the other set afterwards.
     void Swap(TSet& other) { this->SwapWith(other); }
 };
 
-// Keeps every element that it is given: the tree itself under its name as a set.
+/// An ordered set that keeps every inserted element: TRedBlackTree under its name as a set.
 template <class T>
 class TMultiSet : public TRedBlackTree<T>
 {

@@ -28,8 +28,9 @@ void Use()
     KX_REFUSE(MAP_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TMap<int, SMoveOnly> refused);
     KX_REFUSE(HASH_MAP_OF_MOVE_ONLY, "keep what can only be moved in a TArray", THashMap<int, SMoveOnly> refused);
     KX_REFUSE(MAX_ARRAY_OF_NONE, "give it room for at least one element", TMaxArray<int, 0> refused);
-    KX_REFUSE(SET_WITHOUT_ORDER, "goes by operator<: give the element, or the key of a map, one", TSet<SWide> refused);
-    KX_REFUSE(MAP_WITHOUT_ORDER, "goes by operator<: give the element, or the key of a map, one",
+    KX_REFUSE(SET_WITHOUT_ORDER, "compares by operator<: declare one beside the class of the element",
+              TSet<SWide> refused);
+    KX_REFUSE(MAP_WITHOUT_ORDER, "compares by operator<: declare one beside the class of the element",
               TMap<SWide, int> refused);
     KX_REFUSE(HASH_SET_WITHOUT_HASH, "declare uint32 HashKey", THashSet<float> refused{1.0F});
 }
