@@ -1,4 +1,4 @@
-// What the hash containers consist of: the node of an element, and the fields of the containers.
+// The parts of the hash containers: the node of an element, and the fields of the containers.
 #pragma once
 
 #include "core/containers/keyvaluepair.h"
@@ -6,10 +6,10 @@
 
 namespace kx::detail
 {
-// No index: the end of a chain or of the free list, an empty bucket.
+/// No index: the end of a chain or of the free list, or an empty bucket.
 inline constexpr uint32 kHashNone = 0xFFFFFFFF;
 
-// A free node has a next index, but no element.
+/// An element and the index of the node after it. A free node has a next index, but no element.
 template <class TElement>
 struct SHashNode
 {
@@ -17,7 +17,7 @@ struct SHashNode
     TElement m_element;
 };
 
-// The fields of the maps. From m_nBucketCount on they are the table, and that is where iterators point.
+/// The fields of the maps. From m_nBucketCount on, they are the table, which iterators point at.
 template <class K, class V>
 struct SHashMapFields
 {
@@ -34,8 +34,9 @@ struct SHashMapFields
     SHashNode<TElement>* m_pNodes = nullptr;
 };
 
-// The fields of the set. The flag in front takes the place of the padding that the maps have in front of m_pBuckets: a
-// struct for the table alone would bring it back.
+/// The fields of the set.
+/// The flag at the start takes the place of the padding that the maps have before m_pBuckets. A separate struct for the
+/// table would bring that padding back.
 template <class K>
 struct SHashSetFields
 {

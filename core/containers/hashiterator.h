@@ -1,4 +1,4 @@
-// The walk over a hash container.
+// Iterators and enumerators of the hash containers.
 #pragma once
 
 #include "core/containers/hashfields.h"
@@ -8,21 +8,22 @@
 
 namespace kx::detail
 {
-// The node of an element.
+/// Returns the node of an element.
 template <class TElement>
 auto* HashNodeOf(TElement* pElement)
 {
     using TNode = SHashNode<std::remove_const_t<TElement>>;
-    constexpr std::uintptr_t kDistance = alignof(TNode); // whichever aligns it: the index, or the element behind it
+    constexpr std::uintptr_t kDistance = alignof(TNode); // set by the index or by the element after it
     return reinterpret_cast<TNode*>(detail::AddressOf(pElement) - kDistance);
 }
 
-// The first element in the buckets behind nBucket, which moves there; null, and nBucket is the count, if there is none.
-// Behind kHashNone all buckets lie.
+/// Finds the first element in a bucket after nBucket and advances nBucket to it.
+/// Returns null and sets nBucket to the bucket count if there is none. kHashNone starts at bucket 0.
 template <class TFields>
 typename TFields::TElement* NextInBuckets(const TFields& fields, uint32& nBucket)
 {
-    // The index is 64 bits wide while it runs: minding the wrap of 32 at each step costs a tenth of a walk's time.
+    // The index is 64 bits wide in the loop, because handling 32-bit wrap-around at each step costs a tenth of the
+    // iteration time.
     const uint64 nCount = fields.m_nBucketCount;
     for (uint64 i = nBucket + 1; i < nCount; ++i)
     {
@@ -36,7 +37,8 @@ typename TFields::TElement* NextInBuckets(const TFields& fields, uint32& nBucket
     return nullptr;
 }
 
-// The element that follows pCurrent in the walk: in its chain, else in the buckets behind nBucket.
+/// Returns the element after pCurrent in iteration order: the next in its chain, or else the first in a bucket after
+/// nBucket.
 template <class TFields, class TElement>
 TElement* NextElement(const TFields& fields, TElement* pCurrent, uint32& nBucket)
 {
@@ -45,14 +47,15 @@ TElement* NextElement(const TFields& fields, TElement* pCurrent, uint32& nBucket
                               : detail::NextInBuckets(fields, nBucket);
 }
 
-// The container whose table starts at pTable.
+/// Returns the container whose table starts at pTable.
 template <class TFields>
 const TFields& FieldsOf(const uint32* pTable)
 {
     return *reinterpret_cast<const TFields*>(detail::AddressOf(pTable) - offsetof(TFields, m_nBucketCount));
 }
 
-// A forward iterator. TElement is const for a read-only walk, and always in a set.
+/// A forward iterator over a hash container.
+/// TElement is const for read-only access, and always in a set.
 template <class TFields, class TElement>
 class THashIterator
 {
@@ -60,7 +63,7 @@ public:
     using value_type = std::remove_const_t<TElement>;
     using difference_type = std::ptrdiff_t;
 
-    // Equal to every End().
+    /// Creates an iterator that equals every End().
     THashIterator() = default;
 
     THashIterator(TElement* pCurrent, const uint32* pTable, uint32 nBucket)
@@ -68,6 +71,7 @@ public:
     {
     }
 
+    /// Converts to the read-only form, never back.
     operator THashIterator<TFields, const TElement>() const requires(!std::is_const_v<TElement>)
     {
         return {m_pCurrent, m_pTable, m_nBucket};
@@ -89,7 +93,8 @@ public:
         return old;
     }
 
-    // By the element alone: at the end of a walk the bucket is the one behind the last, and in End() none.
+    /// Compares the element alone, because the bucket of an end position varies.
+    /// It is the bucket count after the last step, and kHashNone in End().
     friend bool operator==(const THashIterator& first, const THashIterator& second)
     {
         return first.m_pCurrent == second.m_pCurrent;
@@ -101,14 +106,14 @@ private:
     uint32 m_nBucket = kHashNone;
 };
 
-// Stands before the first element. TElement as in THashIterator.
+/// Enumerates a hash container, starting before the first element; TElement as in THashIterator.
 template <class TFields, class TElement>
 class THashEnumerator
 {
 public:
     explicit THashEnumerator(const uint32* pTable) : m_pTable(pTable) {}
 
-    // Advances; true exactly when the enumerator then stands on an element.
+    /// Advances to the next element; returns false if there is none.
     bool MoveNext()
     {
         const TFields& fields = detail::FieldsOf<TFields>(m_pTable);
@@ -117,7 +122,7 @@ public:
         return m_pCurrent != m_pEnd;
     }
 
-    // The element it stands on. Takes the debug break where it stands on none.
+    /// Returns the current element; triggers the debug break if there is none.
     TElement& Current() const
     {
         detail::BreakUnless(m_pCurrent != m_pEnd);

@@ -1,5 +1,5 @@
-// THashMap<K, V>: a map of unique keys. What it has in common with TMultiHashMap and THashSet, and how it works, is
-// told in hashtable.h; here stands how elements get in.
+// THashMap<K, V>: a map of unique keys. hashtable.h documents how it works and what it shares with TMultiHashMap and
+// THashSet; this file documents insertion.
 #pragma once
 
 #include "core/containers/hashpolicy.h"
@@ -7,22 +7,24 @@
 
 #include <initializer_list>
 
-// The element is a TKeyValuePair<K, V>. For TPolicy see hashpolicy.h.
+/// A hash map of unique keys.
+/// The element is a TKeyValuePair of K and V. For TPolicy see hashpolicy.h.
 template <class K, class V, class TPolicy = TDefaultHashMapPolicy<K, V>>
 class THashMap : public kx::detail::THashTable<kx::detail::SHashMapFields<K, V>, TPolicy, false>
 {
 public:
+    /// Creates an empty map. Makes no allocator call.
     THashMap() = default;
 
-    // As by Insert, one after the other.
+    /// Inserts the pairs in order, as by Insert.
     THashMap(std::initializer_list<TKeyValuePair<K, V>> pairs)
     {
         for (const TKeyValuePair<K, V>& pair : pairs)
             Insert(pair.Key(), pair.Value());
     }
 
-    // Copies key and value into a new element at the head of its bucket, or copy-assigns the value of the element that
-    // has the key, whose own key stays. The result is the element either way. Constant on average; a full table grows
-    // first, if the key is new. Key and value may lie in elements of this container.
+    /// Inserts copies, or copy-assigns the value of an existing key; returns an iterator to the element.
+    /// A new element goes to the head of its bucket. An existing element keeps its key. Constant on average; if the key
+    /// is new and the table is full, the table grows first. Key and value may be stored in elements of this container.
     typename THashMap::iterator Insert(const K& key, const V& value) { return this->InsertElement(key, value); }
 };

@@ -1,5 +1,5 @@
-// THashSet<K>: a set of unique keys. What it has in common with THashMap and TMultiHashMap, and how it works, is told
-// in hashtable.h; here stands how keys get in.
+// THashSet<K>: a set of unique keys. hashtable.h documents how it works and what it shares with THashMap and
+// TMultiHashMap; this file documents insertion.
 #pragma once
 
 #include "core/containers/hashpolicy.h"
@@ -7,24 +7,27 @@
 
 #include <initializer_list>
 
-// The element is the key itself, and cannot be changed in place. For TPolicy see hashpolicy.h.
-//
-// A derived class that holds on to iterators may set m_bNoRehash: a rehash, by growth too, then takes the debug break.
+/// A hash set of unique keys.
+/// The element is the key itself and cannot be changed in place. For TPolicy see hashpolicy.h.
+///
+/// A derived class that keeps iterators may set m_bNoRehash. Any rehash, including growth, then triggers the debug
+/// break.
 template <class K, class TPolicy = TDefaultHashSetPolicy<K>>
 class THashSet : public kx::detail::THashTable<kx::detail::SHashSetFields<K>, TPolicy, false>
 {
 public:
+    /// Creates an empty set. Makes no allocator call.
     THashSet() = default;
 
-    // As by Insert, one after the other.
+    /// Inserts the keys in order, as by Insert.
     THashSet(std::initializer_list<K> keys)
     {
         for (const K& key : keys)
             Insert(key);
     }
 
-    // Copies the key into a new element at the head of its bucket; if it is there already, nothing happens. The result
-    // is the element of the key either way. Constant on average; a full table grows first, if the key is new. The key
-    // may lie in an element of this container.
+    /// Inserts a copy of the key unless it exists; returns an iterator to the element of the key.
+    /// A new element goes to the head of its bucket. Constant on average; if the key is new and the table is full, the
+    /// table grows first. The key may be stored in an element of this container.
     typename THashSet::iterator Insert(const K& key) { return this->InsertElement(key); }
 };

@@ -1,7 +1,7 @@
-// The table behind THashMap, TMultiHashMap and THashSet: separate chaining without an allocation for each element. All
-// nodes lie in one array; chains are indices into it, and so is the list of the nodes that are free again.
+// The table of THashMap, TMultiHashMap and THashSet: separate chaining without an allocation per element. All nodes are
+// in one array. Chains are indices into it, and so is the list of free nodes.
 //
-//   a map after the keys 1, 2, 3, 4 were inserted; its walk is 1, 4, 3, 2:
+//   a map after the keys 1, 2, 3, 4 were inserted; its iteration order is 1, 4, 3, 2:
 //
 //   m_pBuckets    bucket       0      1      2      3
 //                 head         0      -      3      1      a node, or none
@@ -12,22 +12,22 @@
 //                 value        ...
 //
 //   There are as many nodes as buckets: m_nBucketCount, which is 0 (no arrays) or at least 4, and not below m_nSize. A
-//   live node is in the chain of bucket Hash(key) % m_nBucketCount, and in no other; a freed one in the free list,
-//   which starts at m_nFreeHead. Nodes that were never used are the last ones of the array, so where the free list is
-//   empty the live nodes are exactly 0 to m_nSize - 1.
+//   live node is in the chain of bucket Hash(key) % m_nBucketCount and in no other. A freed node is in the free list,
+//   which starts at m_nFreeHead. Nodes that were never used are the last ones of the array. So if the free list is
+//   empty, the live nodes are exactly 0 to m_nSize - 1.
 //
 // What sets it apart from the standard unordered containers:
 //
-// - Two allocations for a whole table, none for an element. Chains and nodes can be copied as they are, since an index
-//   means the same in any array.
+// - A whole table takes two allocations, an element takes none. Chains and nodes can be copied as they are, because an
+//   index means the same in any array.
 // - It grows when it is full, to one and a half times the buckets: 4, 6, 9, 13, 19, 28, 42, 63, 94, 141, ... Growth
-//   copies the elements, and destroys the old ones, even if they could be moved.
-// - The order of a walk can be predicted: by bucket, and within a bucket by chain. It hangs on the history of
+//   copies the elements and destroys the old ones, even if they could be moved.
+// - The iteration order is predictable: by bucket, and within a bucket by chain. It depends on the history of
 //   insertions, and growth changes it.
 // - Iterators point at the container, so moving a container away invalidates them. Rehash, growth, Clear and assignment
-//   invalidate all of them, Erase only those to its element, and insertion with room none. Elements stay where they are
-//   until the next rehash.
-// - A violated precondition takes the debug break; see kx::detail::BreakUnless.
+//   invalidate all of them, Erase only those to its element, insertion without growth none. Elements stay where they
+//   are until the next rehash.
+// - A violated precondition triggers the debug break; see kx::detail::BreakUnless.
 #pragma once
 
 #include "core/containers/hashiterator.h"
@@ -41,9 +41,9 @@
 
 namespace kx::detail
 {
-// The interface that the three containers have in common. TFields is one of the two structs above. With bMulti a new
-// node goes directly behind the first one of an equal key, or to the end of its chain; without, keys are unique, and a
-// new node goes to the head.
+/// The interface that the three containers have in common.
+/// TFields is SHashMapFields or SHashSetFields. With bMulti, a new node goes directly after the first one with an equal
+/// key, or to the end of its chain. Without, keys are unique, and a new node goes to the head.
 template <class TFields, class TPolicy, bool bMulti>
 class THashTable : protected TFields
 {
@@ -53,22 +53,23 @@ protected:
     using TNode = SHashNode<std::remove_const_t<TElement>>;
 
 public:
+    /// The names that generic code expects.
     using value_type = std::remove_const_t<TElement>;
     using iterator = THashIterator<TFields, TElement>;
     using const_iterator = THashIterator<TFields, const TElement>;
 
-    // No arrays, no allocator call.
+    /// Creates an empty container without arrays. Makes no allocator call.
     THashTable() = default;
 
-    // As an assignment to an empty container.
+    /// Copies as an assignment to an empty container does.
     THashTable(const THashTable& other) : TFields() { *this = other; }
 
-    // Takes the arrays over. No element is touched, no allocator is called. The source is left as by the default
-    // constructor.
+    /// Takes ownership of the arrays and leaves the source as the default constructor does.
+    /// No element is touched and no allocator is called.
     THashTable(THashTable&& other) noexcept : TFields(std::exchange<TFields>(other, {})) {}
 
-    // Destroys the elements in the order of the walk, each value before its key, then releases the bucket array and the
-    // node array, if there are any.
+    /// Destroys the elements in iteration order, each value before its key.
+    /// Then releases the bucket array and the node array, if there are any.
     ~THashTable()
     {
         static_assert(
@@ -83,22 +84,23 @@ public:
         ReleaseAll();
     }
 
-    // Destroys the old elements, rehashes to the bucket count of the source (even to the same count; to no table if the
-    // source has none), then inserts copies in the order of the source's walk. So the chains of a map or a set come out
-    // reversed. Assigning a container to itself has no effect.
+    /// Replaces the elements with copies of those of other.
+    /// Destroys the old elements and rehashes to the bucket count of other: even to the same count, and to no table if
+    /// other has none. Then inserts copies in the iteration order of other, so the chains of a map or a set come out
+    /// reversed. Self-assignment has no effect.
     THashTable& operator=(const THashTable& other)
     {
         if (this == &other)
             return *this;
         Clear();
         Rehash(other.m_nBucketCount);
-        // With the same number of buckets every key has the bucket that it has there.
+        // The number of buckets is the same, so every key has the same bucket in both containers.
         ForEachNode(other, [this](const TNode& node, uint32 nBucket) { AddNode(nBucket, node.m_element); });
         return *this;
     }
 
-    // Does what the destructor does, then takes the arrays of the source over, which is left as by the default
-    // constructor. Moving a container onto itself has no effect.
+    /// Destroys and releases as the destructor does, then takes ownership of the arrays of other.
+    /// other is left as by the default constructor. Self-assignment has no effect.
     THashTable& operator=(THashTable&& other) noexcept
     {
         if (this == &other)
@@ -108,10 +110,13 @@ public:
         return *this;
     }
 
+    /// Return the number of elements, and whether there are none.
     uint32 Size() const { return m_nSize; }
     bool IsEmpty() const { return m_nSize == 0; }
 
-    // Begin() looks for the first bucket in use: linear in the buckets. A whole walk is linear in buckets and elements.
+    /// Return iterators to the first element and past the last one.
+    /// Begin() searches for the first bucket in use, so it is linear in the buckets. A full iteration is linear in
+    /// buckets and elements.
     iterator Begin() { return First<iterator>(); }
     const_iterator Begin() const { return First<const_iterator>(); }
     iterator End() { return {nullptr, Table(), kHashNone}; }
@@ -121,23 +126,25 @@ public:
     iterator end() { return End(); }
     const_iterator end() const { return End(); }
 
-    // Stands before the first element. What invalidates iterators invalidates it too.
+    /// Returns an enumerator that starts before the first element. What invalidates iterators invalidates it too.
     THashEnumerator<TFields, TElement> GetEnumerator() { return THashEnumerator<TFields, TElement>(Table()); }
     THashEnumerator<TFields, const TElement> GetEnumerator() const
     {
         return THashEnumerator<TFields, const TElement>(Table());
     }
 
-    // The element of that key, of several the first one in the walk, whose equals follow it; End() if there is none.
-    // Constant on average.
+    /// Returns an iterator to the element with the key, or End() if there is none. Constant on average.
+    /// Of several, it is the first in iteration order, and the others follow it.
     iterator Find(const TKey& key) { return FindAs<iterator>(key); }
     const_iterator Find(const TKey& key) const { return FindAs<const_iterator>(key); }
 
+    /// Returns whether there is an element with the key. Constant on average.
     bool Contains(const TKey& key) const { return Find(key) != End(); }
 
-    // Removes the element at pos, value before key; the result is the position of the element that followed. Its node
-    // is the next one that an insertion takes. Takes the debug break for End(), and for an element that is not in this
-    // container. Constant on average, but for the way to the next bucket in use.
+    /// Removes the element at pos and returns an iterator to the element that followed.
+    /// Destroys the value before the key. The next insertion reuses the node. Triggers the debug break for End() and
+    /// for an element that is not in this container. Constant on average, apart from the search for the next bucket in
+    /// use.
     iterator Erase(iterator pos)
     {
         detail::BreakUnless(m_pBuckets != nullptr && pos != End());
@@ -150,7 +157,7 @@ public:
         return next;
     }
 
-    // Removes the element of that key; false if there is none. Constant on average.
+    /// Removes the element with the key; returns false if there is none. Constant on average.
     bool Remove(const TKey& key) requires(!bMulti)
     {
         if (m_pBuckets == nullptr)
@@ -162,7 +169,7 @@ public:
         return true;
     }
 
-    // Destroys the elements in the order of the walk, each value before its key. Keeps both arrays.
+    /// Destroys the elements in iteration order, each value before its key. Keeps both arrays.
     void Clear()
     {
         if (m_nSize != 0)
@@ -174,11 +181,13 @@ public:
         m_nSize = 0;
     }
 
-    // Copies the elements into new arrays of nCount buckets and nodes, at least 4, or to no arrays for 0; even if the
-    // count is what it was. The bucket array is allocated first. Then each element, in the order of the walk, is copied
-    // to the next node and the old one destroyed, so that every chain comes out reversed, and equal keys stay together.
-    // Last the old node array and bucket array are released. Takes the debug break for a count below Size(), and in a
-    // set whose m_bNoRehash is set, before that.
+    /// Copies the elements into new arrays of nCount buckets and nodes.
+    /// There are at least 4 buckets and nodes, or no arrays for 0. The arrays are new even if the count stays the same.
+    /// Triggers the debug break in a set whose m_bNoRehash is set, and after that for a count below Size().
+    ///
+    /// Allocates the bucket array first, then the node array. Copies each element, in iteration order, to the next
+    /// node, and destroys the old one before the next copy. So every chain comes out reversed, and equal keys stay
+    /// together. Finally releases the old node array, then the old bucket array.
     void Rehash(uint32 nCount)
     {
         detail::BreakUnless(TFields::MayRehash());
@@ -200,7 +209,7 @@ public:
         Release(old.m_pBuckets);
     }
 
-    // Whether the invariants hold. For tests and debugging; linear.
+    /// Returns whether the invariants hold. For tests and debugging; linear.
     bool Validate() const
     {
         if ((m_pBuckets == nullptr) != (m_nBucketCount == 0) || (m_pNodes == nullptr) != (m_nBucketCount == 0)
@@ -220,8 +229,9 @@ public:
         if (nUsed > m_nSize + nFree)
             return false;
 
-        // Live and free nodes are as many as the nodes below that sum, so they are these if none is counted twice. A
-        // node in two chains would have two hashes; one in a chain and in the free list, and both would end alike.
+        // Live and free nodes are as many as the nodes below that sum, so they are exactly these if none is counted
+        // twice. A node in two chains would have two hashes. If a node were in a chain and in the free list, both would
+        // have the same last node.
         uint32 nLive = 0;
         for (uint32 nBucket = 0; nBucket < m_nBucketCount; ++nBucket)
         {
@@ -242,8 +252,8 @@ protected:
     using TFields::m_pBuckets;
     using TFields::m_pNodes;
 
-    // Inserts an element constructed from key and values. Where keys are unique and the key exists, the value (if there
-    // is one) is assigned instead. Full tables grow, and only for an element that does go in.
+    // Inserts an element constructed from key and values. If keys are unique and the key exists, the value (if there is
+    // one) is assigned instead. A full table grows, but only if an element is added.
     template <class... TValues>
     iterator InsertElement(const TKey& key, const TValues&... values)
     {
@@ -268,9 +278,9 @@ protected:
 private:
     static constexpr uint32 kFewestBuckets = 4;
 
-    // A reference to an argument of an insertion that growth is about to precede. An argument that lies in a node goes
-    // with it: rehashing copies the nodes in the order of the walk, so a node's new index is its place in the walk.
-    // (The table is full, so every node is in it.)
+    // A reference to an argument of an insertion, taken before the table grows. An argument stored in a node moves with
+    // it: rehashing copies the nodes in iteration order, so a node's new index is its position in that order. (The
+    // table is full, so every node is in it.)
     template <class T>
     struct SArgument
     {
@@ -310,7 +320,8 @@ private:
         return growAndAdd(SArgument<TArgs>(*this, args)...);
     }
 
-    // Constructs an element from args in a node, the one freed last or the first that was never used, and links it.
+    // Constructs an element from args in a node and links it. Takes the node freed last, or the first that was never
+    // used.
     template <class... TArgs>
     iterator AddNode(uint32 nBucket, const TArgs&... args)
     {
@@ -337,7 +348,7 @@ private:
         return m_nSize;
     }
 
-    // Unlinks the node that pLink leads to, destroys its element, and puts it at the head of the free list.
+    // Unlinks the node that pLink leads to, destroys its element, and puts the node at the head of the free list.
     void RemoveNode(uint32* pLink, TNode& node)
     {
         *pLink = node.m_nNext;
@@ -346,8 +357,8 @@ private:
         --m_nSize;
     }
 
-    // The place of the index of the first node in the bucket's chain that matches: the bucket or the m_nNext of the
-    // node in front. It holds kHashNone, as the chain's last link, if there is no such node.
+    // Returns the link that holds the index of the first matching node in the bucket's chain: the bucket, or m_nNext of
+    // the node before it. If there is no such node, returns the chain's last link, which holds kHashNone.
     template <class TMatch>
     uint32* FindLink(uint32 nBucket, TMatch matches) const
     {
@@ -367,7 +378,7 @@ private:
 
     const uint32* Table() const { return &m_nBucketCount; }
 
-    // An iterator to the first element, to the element of a key.
+    // Return an iterator to the first element, and to the element with a key.
     template <class TIterator>
     TIterator First() const
     {
@@ -388,7 +399,7 @@ private:
         return {detail::PointerTo(m_pNodes[nFound].m_element), Table(), nBucket};
     }
 
-    // Calls function(node, bucket) for each live node in the order of the walk. It may destroy the element.
+    // Calls function(node, bucket) for each live node in iteration order. The function may destroy the element.
     template <class TFunction>
     static void ForEachNode(const TFields& fields, TFunction function)
     {
