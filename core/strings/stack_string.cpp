@@ -10,10 +10,10 @@
 
 namespace
 {
-// A cut format prints into a temporary of up to this many bytes.
+// format uses a temporary of at most this many bytes if its output does not fit.
 constexpr uint32 kMaxTemporary = 256 * 1024;
 
-// The entities, none shorter than four characters. The first entry stands for all characters that have none.
+// The entities, none shorter than four characters. The first entry is for all characters that have no entity.
 struct SEntity
 {
     char m_cCharacter;
@@ -24,7 +24,7 @@ constexpr SEntity kEntities[] = {
     {'\0', {}}, {'<', "&lt;"}, {'>', "&gt;"}, {'&', "&amp;"}, {'"', "&quot;"}, {'\'', "&apos;"},
 };
 
-// For each character its place there. A table, since every character is looked up.
+// Maps each character to its index in kEntities. It is a table because every character is looked up.
 constexpr auto kEntityOf = []
 {
     std::array<uint8, 256> places{};
@@ -38,20 +38,20 @@ uint8 EntityOf(char c)
     return kEntityOf[static_cast<uint8>(c)];
 }
 
-// The longest text of a float: a sign, 39 digits, the point, 149 digits.
+// The longest textual form of a float fits: a sign, 39 digits, the point, 149 digits.
 using FloatText = char[192];
 
-// Writes the magnitude of a finite value in fixed notation, cut behind nPrecision digits; the result is the end.
+// Writes the magnitude of a finite value in fixed notation, truncated after nPrecision digits, and returns the end.
 //
-// A float is m * 2^e, m below 2^24. For the e of everyday numbers, from 10^-11 to 10^19, the whole part fits in 64
-// bits, and so does ten times the fraction: the digits fall out one by one.
+// A float is m * 2^e with m below 2^24. For everyday magnitudes, from 10^-11 to 10^19, the integer part fits in 64
+// bits, and so does ten times the fraction. So the digits can be extracted one by one.
 char* WriteFixed(char* pTo, char* pLimit, float value, int nPrecision)
 {
     const uint32 nBits = std::bit_cast<uint32>(value) & 0x7FFFFFFF;
     const int nExponent = nBits != 0 ? static_cast<int>(nBits >> 23) - 150 : 0;
     if (nExponent < -60 || nExponent > 40)
     {
-        // To the last place that a float has, so that nothing is left to round.
+        // All places that a float can have, so that nothing is rounded.
         constexpr int kPlaces = ZStackStringBase::kMaxPrecision;
         char* pEnd = std::to_chars(pTo, pLimit, std::fabs(value), std::chars_format::fixed, kPlaces).ptr;
         return pEnd - kPlaces + (nPrecision > 0 ? nPrecision : -1);
@@ -73,7 +73,7 @@ char* WriteFixed(char* pTo, char* pLimit, float value, int nPrecision)
     return pTo;
 }
 
-// The same in exponent notation, with an exponent of three digits.
+// Writes the same in exponent notation, with an exponent of three digits.
 char* WriteExponent(char* pTo, char* pLimit, float value, int nPrecision)
 {
     constexpr int kPlaces = ZStackStringBase::kMaxPrecision;
@@ -94,8 +94,8 @@ const char* ZStackStringBase::format(const char* pszFormat, ...)
     char* pEnd = pBuffer + m_nSize;
     const uint32 nRoom = capacity() - 1 - m_nSize;
 
-    // Printed one place behind the end and then moved up: an argument may be this string, and printf has to find its
-    // terminator.
+    // Prints one place past the end, then moves the output down: an argument may be this string, and printf has to find
+    // its terminator.
     va_list arguments;
     va_start(arguments, pszFormat);
     const int nPrinted = std::vsnprintf(pEnd + 1, nRoom, pszFormat, arguments);
@@ -110,7 +110,7 @@ const char* ZStackStringBase::format(const char* pszFormat, ...)
         return pBuffer;
     }
 
-    // There the last character that fits has no place.
+    // One place past the end there is no space for the last character that fits, so all is printed again.
     char* pText = nRoom < kMaxTemporary ? static_cast<char*>(KX_STACK_ALLOC(nRoom + 1)) : pEnd;
     va_start(arguments, pszFormat);
     std::vsnprintf(pText, nRoom + uint64{1}, pszFormat, arguments);
@@ -146,8 +146,8 @@ void ZStackStringBase::PrependCutting(std::string_view text)
     const char* pText = text.data();
     uint64 nAt = 0;
 
-    // A piece of this string is first rotated to the front. Then all that is missing is a second copy of it, where it
-    // was: a cut at the end can no longer take it away before it has been read.
+    // A piece of this string is first rotated to the front. Then only a second copy of it is missing, at its old place,
+    // and cutting the end can no longer drop characters that are still to be read.
     const std::uintptr_t nOffset = kx::detail::AddressOf(pText) - kx::detail::AddressOf(pBuffer);
     if (nOffset < m_nSize)
     {
@@ -193,8 +193,8 @@ void ZStackStringBase::xmlEncode()
     if (pTo == pEnd)
         return;
 
-    // What follows moves to the end of the buffer, and from there back to its place, growing. The gap between reading
-    // and writing is the room that is left.
+    // The rest moves to the end of the buffer, and is encoded from there back to its place. The gap between the read
+    // and the write position is the remaining capacity.
     const char* pFrom = std::copy_backward(pTo, pEnd, pLimit);
     while (pFrom != pLimit)
     {
@@ -210,7 +210,7 @@ void ZStackStringBase::xmlEncode()
             *pTo++ = '?';
             continue;
         }
-        // Its first and its last four characters: two moves, where a copy by its length would be a call.
+        // Copies the first and the last four characters: two moves, because a copy of variable length would be a call.
         std::memcpy(pTo, entity.data(), 4);
         pTo += entity.size();
         std::memcpy(pTo - 4, entity.data() + entity.size() - 4, 4);

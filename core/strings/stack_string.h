@@ -7,21 +7,23 @@
 //      | t e x t               |NUL       rubbish       |      N bytes inside the object
 //      +-----------------------+------------------------+
 //
-//   size() <= N - 1, and the byte behind the last character is NUL.
+//   size() <= N - 1, and the byte after the last character is NUL.
 //
-// Nothing here allocates, writes past the N bytes or reports that a text did not fit; the cut text is the whole result.
-// What is cut differs on purpose:
+// Nothing here allocates, writes past the N bytes or reports truncation: the cut string is the whole result. What is
+// cut differs on purpose:
 //
-//   format                keeps the old text, and cuts the end of the new one. For messages: the start says what it is.
-//   append, appendChar,   keep the new text, and cut the end of the old one to make room. For names: the last component
-//   appendFloat           matters most.
-//   prepend               keeps the new text, and cuts the end of the old one, as any text in a box is cut.
+//   format                keeps the old characters and cuts the end of the new ones. For messages: the start says what
+//                         a message is about.
+//   append, appendChar,   keep the new characters and cut the end of the old ones to make space. For names: the last
+//   appendFloat           component matters most.
+//   prepend               keeps the new characters and cuts the end of the old ones, like any string in a box.
 //   xmlEncode             cuts nothing; a character whose entity does not fit becomes "?".
 //
-// The algorithms are compiled once, in the base, which reaches the characters through two virtual functions. A
+// The algorithms are compiled once, in the base class, which reaches the characters through two virtual functions. A
 // function that fills a string takes a ZStackStringBase&.
 //
-// An argument may point into the string itself: it stands for the text before the call. A null text is the empty text.
+// An argument may point into the string itself; it then means the characters from before the call. A null string is the
+// empty string.
 #pragma once
 
 #include "core/platform/platform.h"
@@ -30,20 +32,23 @@
 #include <cstring>
 #include <string_view>
 
+/// A string of fixed capacity whose buffer is in the derived class; see the head of this file.
 class KX_API ZStackStringBase
 {
 public:
     virtual ~ZStackStringBase();
 
-    // Appends what printf would print; the result is get(). What does not fit is cut from the end of the new text.
-    // Nothing is appended where printf itself gives up (a text of 2^31 characters, say).
-    //
-    // A text that is cut is printed twice, the second time into a temporary as large as the free room, on the stack. If
-    // that is more than 256 KB there is no temporary, and an argument in this string is then printed wrong.
+    /// Appends what printf would print and returns get(). If it does not fit, cuts the end of the new characters.
+    ///
+    /// Appends nothing if printf itself fails (for 2^31 characters, say).
+    ///
+    /// Output that does not fit is printed twice, the second time into a temporary on the stack that is as large as the
+    /// free space. If that is more than 256 KB, there is no temporary, and an argument in this string is printed wrong.
     const char* format(const char* pszFormat, ...) KX_PRINTF(2, 3);
 
-    // Appends the text. What does not fit is cut from the end of the old text, and of the new one only what does not
-    // fit alone.
+    /// Appends the characters.
+    ///
+    /// If they do not fit, cuts the end of the old ones, and of the new ones only what does not fit alone.
     void append(const char* pszText) { append(kx::detail::TextOf(pszText)); }
     void append(std::string_view text)
     {
@@ -55,7 +60,7 @@ public:
         EndAt(pBuffer, nSize);
     }
 
-    // Puts the text in front. What does not fit is cut from the end of the result.
+    /// Inserts the characters at the start. If they do not fit, cuts the end of the result.
     void prepend(const char* pszText) { prepend(kx::detail::TextOf(pszText)); }
     void prepend(std::string_view text)
     {
@@ -69,8 +74,9 @@ public:
         EndAt(pBuffer, nSize);
     }
 
-    // Appends one character, by the rule of append: in a full string it takes the place of the last one. NUL is a
-    // character like any other and counts; as a C string the text then ends there.
+    /// Appends one character by the rule of append: in a full string it replaces the last one.
+    ///
+    /// NUL is a character like any other and counts; as a C string, the string then ends there.
     ZStackStringBase& appendChar(char c)
     {
         char* pBuffer = buffer();
@@ -82,34 +88,36 @@ public:
         return *this;
     }
 
-    // Appends the value, by the rule of append, with nPrecision digits behind the point: "-63.141498" for 'f',
-    // "-6.314149e+001" for 'e'. The digits are those of the exact binary value, cut and never rounded.
-    //
-    // The sign stands for a value below zero, even if only zeros are left of it; negative zero has none. A precision of
-    // 0 leaves the point away. A precision is held to 0 ... kMaxPrecision, where the longest float ends. Infinities
-    // read "inf" and "-inf", and what is no number "nan". Any other letter takes the debug break, and resumed counts as
-    // 'f'.
+    /// Appends the value by the rule of append, with nPrecision digits after the point.
+    ///
+    /// The format 'f' yields "-63.141498", 'e' yields "-6.314149e+001". The digits are those of the exact binary value,
+    /// truncated and never rounded.
+    ///
+    /// A value below zero has a sign, even if only zeros are left of it; negative zero has none. A precision of 0 omits
+    /// the point. The precision is clamped to 0 ... kMaxPrecision. Infinities are "inf" and "-inf", and a NaN is "nan".
+    /// Any other format triggers the debug break; if execution resumes, it counts as 'f'.
     ZStackStringBase& appendFloat(float value, char cFormat, int nPrecision);
 
+    /// No float has more digits after the point.
     static constexpr int kMaxPrecision = 149;
 
-    // Replaces the markup characters by &lt; &gt; &amp; &quot; &apos;, from left to right. An entity is written if what
-    // it adds still fits in the room that is left of the room at the start; otherwise the character becomes "?", and
-    // the next one is judged in the same way. The text does not get shorter, and nothing is cut from it. NUL and bytes
-    // of 0x80 and more stay as they are.
+    /// Replaces the markup characters by their entities (lt, gt, amp, quot, apos), from left to right.
+    ///
+    /// A character becomes "?" if its entity would exceed the remaining capacity; the next one is judged in the same
+    /// way. The string never gets shorter, and nothing is cut. NUL and bytes of 0x80 and more stay as they are.
     void xmlEncode();
 
-    // Makes the string empty.
+    /// Makes the string empty.
     void clear() { EndAt(buffer(), 0); }
 
-    // The text, NUL-terminated, for as long as the string lives and is not changed.
+    /// The characters, NUL-terminated. They and a view of them are valid while the string lives and is not changed.
     const char* get() const { return const_cast<ZStackStringBase*>(this)->buffer(); }
     operator std::string_view() const { return {get(), m_nSize}; }
 
-    // The number of characters, without the terminator.
+    /// The number of characters without the terminator.
     uint32 size() const { return m_nSize; }
 
-    // Whether the invariants hold. For tests and debugging.
+    /// Whether the invariants hold. For tests and debugging.
     bool Validate() const { return m_nSize < capacity() && get()[m_nSize] == '\0'; }
 
 protected:
@@ -118,16 +126,16 @@ protected:
     ZStackStringBase& operator=(const ZStackStringBase&) = default;
 
 private:
-    // The first character, and the number of bytes there, which is at least 1.
+    // The first character, and the size of the buffer in bytes, which is at least 1.
     virtual char* buffer() = 0;
     virtual uint32 capacity() const = 0;
 
-    // The rest of the functions above: a text that does not fit, or none at all, or a piece of this string.
+    // The rare cases of the functions above: characters that do not fit, no characters, or a piece of this string.
     void AppendCutting(std::string_view text);
     ZStackStringBase& AppendCharCutting(char c);
     void PrependCutting(std::string_view text);
 
-    // The size last: it may then stay in a register, where a character that is stored behind it could be part of it.
+    // Writes m_nSize last, so that it can stay in a register: a character that is stored after it may alias it.
     void EndAt(char* pBuffer, uint64 nSize)
     {
         pBuffer[nSize] = '\0';
@@ -137,17 +145,17 @@ private:
     uint32 m_nSize = 0;
 };
 
-// Holds up to N - 1 characters.
+/// A string of up to N - 1 characters, stored in the object itself.
 template <uint32 N>
 class ZStackString : public ZStackStringBase
 {
     static_assert(N > 0, "a ZStackString needs a byte for the terminator");
 
 public:
-    // Empty. The bytes behind the terminator stay unwritten.
+    /// Empty. Leaves the bytes after the terminator unwritten.
     ZStackString() { m_aBuffer[0] = '\0'; }
 
-    // Copies the text and no byte more.
+    /// Copies the characters and their terminator, and no other byte.
     ZStackString(const ZStackString& other) : ZStackStringBase(other) { CopyText(other); }
     ZStackString& operator=(const ZStackString& other)
     {

@@ -6,7 +6,7 @@
 
 namespace
 {
-// A block for a text of nLength characters with its terminator, which is in place.
+// Allocates a block for nLength characters and writes their terminator.
 char* AllocateChars(uint64 nLength)
 {
     char* pChars = static_cast<char*>(GetNormalAllocator()->Allocate(nLength + 1, 1, 0));
@@ -21,7 +21,7 @@ char* CopyChars(std::string_view text)
     return pChars;
 }
 
-// Whether there is something to allocate. A text that is too long takes the debug break, and counts as none then.
+// Whether there is something to allocate. Too many characters trigger the debug break and count as none.
 bool NeedsBlock(uint64 nLength)
 {
     kx::detail::BreakUnless(nLength <= ZString::kMaxLength);
@@ -76,7 +76,7 @@ int ZString::LastIndexOfAny(const ZString& set, int64 nStart) const
 
 ZString ZString::Substring(int64 nStart, int64 nLength) const
 {
-    // Never start + length, which may overflow.
+    // Never computes nStart + nLength, which may overflow.
     if (nStart < 0 && nLength > 0)
     {
         nLength += nStart;

@@ -4,21 +4,21 @@
 //      m_pChars   --------> "abc-abc"              m_pChars   --------> abc-abc NUL
 //                           in the program                              a block of the normal allocator
 //
-//   The top bit of m_nLength says that the text is not the string's own, the low 31 bits are the number of characters.
-//   The text is NUL-terminated; a NUL within it is a character like any other and counts. An empty string owns nothing.
+//   The top bit of m_nLength says that the string does not own its characters. The low 31 bits are their number. The
+//   characters are NUL-terminated; a NUL among them is a character like any other and counts. An empty string owns
+//   nothing.
 //
 // What sets it apart from std::string:
 //
-// - A string of a literal costs two stores: no allocation, no strlen, nothing to release. So an API that takes a
-//   const ZString& can be given literals freely, and a constant can be a constexpr ZString.
-// - It is 16 bytes, it does not change its text but by assignment, and copies of owned text are always deep: no short
-//   text in place, no spare capacity, no shared block.
-// - Searches answer -1 where they find nothing, and positions that lie outside of the text are clamped or miss. Nothing
-//   is thrown.
+// - A string of a literal costs two stores: no allocation, no strlen, nothing to release. So literals can be passed
+//   freely to an API that takes a const ZString&, and a constant can be a constexpr ZString.
+// - It is 16 bytes. Its characters change only by assignment, and copies of owned characters are always deep: there is
+//   no buffer for short strings, no spare capacity and no shared block.
+// - Searches return -1 if they find nothing. Positions outside the string are clamped or match nothing. Nothing throws.
 //
-// Only what the compiler has in front of it is taken for a literal. That is checked: the constructor runs at compile
-// time and no other way. An array that is filled at run time is copied, a constant one whose content the compiler does
-// not know does not compile, and a const char* is never converted silently.
+// Only an array whose content the compiler knows is taken for a literal. This is checked, because the constructor runs
+// at compile time only. An array that is filled at run time is copied. A constant array whose content the compiler does
+// not know does not compile. A const char* is never converted implicitly.
 #pragma once
 
 #include "core/containers/hashpolicy.h"
@@ -47,64 +47,69 @@ struct TDependent
     using Type = T;
 };
 
-// A pointer to a C string, and no array, which has constructors of its own.
+// A pointer to a C string. Arrays are excluded because they have constructors of their own.
 template <class T>
 concept CStringPointer = std::convertible_to<const T&, const char*> && !std::is_array_v<T>;
 } // namespace kx::detail
 
 class ZVariantRef;
 
+/// A string of bytes that changes only by assignment; see the head of this file.
 class KX_API ZString
 {
 public:
+    /// The largest length that a string can have.
     static constexpr uint64 kMaxLength = 0x7FFFFFFF;
 
-    // The empty string, as of the literal "".
+    /// The empty string, like a string of the literal "".
     constexpr ZString() noexcept = default;
 
-    // Refers to the literal, or to a constexpr array that ends with NUL. Its length is that of the array, less the
-    // terminator. Where the array is handed on by a function before it gets here (emplace_back, std::pair), say
-    // ZString("text") at the call; GCC 12 also wants that in a member's initialiser and behind new.
+    /// Refers to a literal, or to a constexpr array that ends with NUL.
+    ///
+    /// The length is that of the array without the terminator. If another function passes the array on (emplace_back,
+    /// std::pair), write ZString("text") at the call. GCC 12 also needs that in a member's initialiser and after new.
     template <uint64 N>
     consteval ZString(const char (&acLiteral)[N])
         : m_nLength(kBorrowed | static_cast<uint32>(N - 1)), m_pChars(acLiteral)
     {
-        static_assert(N - 1 <= kMaxLength, "a ZString holds less than 2^31 characters");
+        static_assert(N - 1 <= kMaxLength, "a ZString holds fewer than 2^31 characters");
         if (acLiteral[N - 1] != '\0')
             kx::detail::ThisCharacterArrayHasNoTerminator();
     }
 
-    // Copies a filled array, up to its terminator or its end.
+    /// Copies an array that was filled at run time, up to its terminator or its end.
     template <uint64 N>
     ZString(char (&acBuffer)[N]) : ZString(TextWithin(acBuffer, N))
     {
     }
 
-    // Copies a text: one allocation of its length and 1, none for an empty text. One of 2^31 characters or more takes
-    // the debug break, and resumed gives an empty string.
+    /// Copies the characters: one allocation of their number plus 1, none if there are none.
+    ///
+    /// 2^31 characters or more trigger the debug break; if execution resumes, the string is empty.
     explicit ZString(std::string_view text);
 
-    // The same for a C string. Null is the empty text.
+    /// Copies a C string by the same rules. Null is the empty string.
     template <kx::detail::CStringPointer TPointer>
     explicit ZString(const TPointer& pszText) : ZString(kx::detail::TextOf(pszText))
     {
     }
 
-    // A copy refers to the same literal, or owns a block of its own. Blocks are not shared, so that a copy is also the
-    // way to bring a text under the allocator of the moment.
+    /// Refers to the same literal, or owns a new block.
+    ///
+    /// Blocks are never shared, so copying also moves owned characters to the current allocator.
     constexpr ZString(const ZString& other) noexcept : m_nLength(other.m_nLength), m_pChars(other.m_pChars)
     {
         if (!IsBorrowed())
             CopyBlock();
     }
 
-    // Takes the text over, without an allocator call. The source is left empty.
+    /// Takes over the characters without an allocator call and leaves the source empty.
     constexpr ZString(ZString&& other) noexcept
         : m_nLength(std::exchange(other.m_nLength, kBorrowed)), m_pChars(std::exchange(other.m_pChars, ""))
     {
     }
 
-    // Frees an owned block; for any other string the allocator is not called, so there need be none.
+    /// Frees an owned block. For any other string it does not call the allocator, so there need not be one.
     constexpr ~ZString()
     {
         static_assert(offsetof(ZString, m_nLength) == 0 && offsetof(ZString, m_pChars) == 8 && sizeof(ZString) == 16,
@@ -113,7 +118,7 @@ public:
             FreeBlock();
     }
 
-    // The new text is complete before the old one is freed. Assigning a string to itself has no effect.
+    /// Completes the new string before it frees the old one. Assigning a string to itself has no effect.
     ZString& operator=(const ZString& other)
     {
         if (this != &other)
@@ -121,6 +126,8 @@ public:
         return *this;
     }
 
+    /// Frees an owned block, then takes over the characters and leaves the source empty. Assigning a string to itself
+    /// has no effect.
     ZString& operator=(ZString&& other) noexcept
     {
         if (this == &other)
@@ -132,18 +139,24 @@ public:
         return *this;
     }
 
-    // A new string with nLength characters of pszText, the rules being those of the constructor above: a negative
-    // length counts as one that is too large. Null gives an empty string.
+    /// Returns a string of the first nLength characters of pszText.
+    ///
+    /// The rules are those of the constructor from a std::string_view; a negative length counts as one that is too
+    /// large. Null yields the empty string.
     static ZString AllocateFromCString(const char* pszText, int64 nLength);
 
-    // A copy of the format in which {0} to {7} are replaced by the texts of the arguments: of a number the decimal
-    // text, the shortest one that reads back as the same value where it has a fraction; "true" and "false"; of a string
-    // the string. {{ and }} stand for one brace. Everything else stays as it is: a brace without its partner, a number
-    // that has no argument, an argument whose type has no text, NUL, bytes of 0x80 and more. One allocation, none for
-    // an empty result.
-    //
-    // The references are core/dynamic/variant.h's, which is to be included. The shorter form passes empty ones for the
-    // rest; it also takes C strings, and what has a ToString(), as arguments.
+    /// Returns a copy of the format in which {0} to {7} are replaced by the arguments.
+    ///
+    /// An integer is written in decimal, a floating-point number in the shortest form that reads back as the same
+    /// value, a bool as "true" or "false", and a string as it is. {{ and }} yield one brace each. Everything else stays
+    /// as it is: a brace without its partner, a number that has no argument, an argument whose type has no textual
+    /// form, NUL, and bytes of 0x80 and more.
+    ///
+    /// One allocation, none for an empty result. A result of 2^31 characters or more triggers the debug break; if
+    /// execution resumes, it is empty.
+    ///
+    /// The first form needs core/dynamic/variant.h for the references. The second needs core/dynamic/format.h: it
+    /// passes empty references for the missing arguments, and also accepts C strings and types that have a ToString().
     static ZString Format(const ZString& format, const ZVariantRef& arg0, const ZVariantRef& arg1,
                           const ZVariantRef& arg2, const ZVariantRef& arg3, const ZVariantRef& arg4,
                           const ZVariantRef& arg5, const ZVariantRef& arg6, const ZVariantRef& arg7);
@@ -153,14 +166,15 @@ public:
         return kx::detail::TDependent<kx::detail::IncludeCoreDynamicFormatH, TArgs...>::Type::Format(format, args...);
     }
 
-    // The text, NUL-terminated, for as long as the string lives and is not assigned to. A view has the same life.
+    /// The characters, NUL-terminated. They and a view of them are valid while the string lives and is not assigned to.
     const char* ToCString() const { return m_pChars; }
     operator std::string_view() const { return {m_pChars, m_nLength & ~kBorrowed}; }
 
+    /// The number of characters without the terminator, and whether it is 0.
     int Length() const { return static_cast<int>(m_nLength & ~kBorrowed); }
     bool IsEmpty() const { return (m_nLength & ~kBorrowed) == 0; }
 
-    // Comparison is by the characters, never by address or ownership; order is that of the bytes as unsigned numbers.
+    /// Compares the characters, never addresses or ownership. The order is that of the bytes as unsigned numbers.
     bool operator==(const ZString& other) const { return std::string_view(*this) == std::string_view(other); }
     bool operator==(const char* pszText) const { return std::string_view(*this) == kx::detail::TextOf(pszText); }
     bool operator==(std::string_view text) const { return std::string_view(*this) == text; }
@@ -169,20 +183,23 @@ public:
         return std::string_view(*this) <=> std::string_view(other);
     }
 
-    // The first position from nStart on that holds c, -1 if there is none. A negative start is the first character.
+    /// Returns the first position of c from nStart on, or -1 if there is none. A negative nStart counts as 0.
     int IndexOf(char c, int64 nStart = 0) const;
 
-    // The last position that holds c, or any character of the set, -1 if there is none. The search goes backwards from
-    // nStart, which is included. A start behind the end is the last character; before a negative one there is nothing.
+    /// Returns the last position of c, or of any character of the set, or -1 if there is none.
+    ///
+    /// Searches backwards from nStart, which is included. An nStart past the end is the last character; a negative one
+    /// finds nothing.
     int LastIndexOf(char c, int64 nStart = INT64_MAX) const;
     int LastIndexOfAny(const ZString& set, int64 nStart = INT64_MAX) const;
 
-    // The characters at nStart to nStart + nLength - 1, as far as there are such positions: what would lie before the
-    // start or behind the end is left away, and a length below 1 gives an empty string. One allocation, none for an
-    // empty piece and none for a literal's last characters, which stay a reference to the literal.
+    /// Returns the part of [nStart, nStart + nLength) that is inside the string; empty if nLength is less than 1.
+    ///
+    /// One allocation; none for an empty result, and none for the last characters of a literal, because the result then
+    /// refers to the literal.
     ZString Substring(int64 nStart, int64 nLength) const;
 
-    // Whether the invariants hold. For tests and debugging.
+    /// Whether the invariants hold. For tests and debugging.
     bool Validate() const { return m_pChars[Length()] == '\0' && (IsBorrowed() || !IsEmpty()); }
 
 private:
@@ -190,7 +207,7 @@ private:
 
     friend KX_API ZString operator+(const ZString& first, const ZString& second);
 
-    // An owned string of nLength characters, more than none, for the caller to write: *ppChars points at the first.
+    // Returns an owned string of nLength > 0 characters for the caller to write; *ppChars points to the first one.
     static ZString Reserve(uint64 nLength, char** ppChars);
 
     static std::string_view TextWithin(const char* pBuffer, uint64 nSize)
@@ -207,19 +224,21 @@ private:
     const char* m_pChars = "";
 };
 
-// Both texts in a new string: one allocation, none if both are empty. 2^31 characters or more take the debug break, and
-// resumed give an empty string.
+/// Returns the two strings joined: one allocation, none if both are empty.
+///
+/// 2^31 characters or more trigger the debug break; if execution resumes, the result is empty.
 KX_API ZString operator+(const ZString& first, const ZString& second);
 
-// Writes the text as std::string_view is written, with the stream's width and fill.
+/// Writes the string like a std::string_view, with the stream's width and fill.
 KX_API std::ostream& operator<<(std::ostream& stream, const ZString& text);
 
-// The hash by which the hash containers keep keys: that of the characters, whoever owns them.
+/// The hash that the hash containers use: that of the characters, whoever owns them.
 inline uint32 HashKey(const ZString& text)
 {
     return HashBytes(text.ToCString(), static_cast<uint64>(text.Length()));
 }
 
+/// The standard hash, equal to that of a std::string_view of the characters.
 template <>
 struct std::hash<ZString>
 {

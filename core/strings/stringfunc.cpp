@@ -7,7 +7,7 @@ bool kx::detail::DigitsFit(const char* pFirst, const char* pLast)
 {
     while (pFirst != pLast && *pFirst == '0')
         ++pFirst;
-    // Numbers of as many digits are ordered as their texts are.
+    // Two numbers of the same length compare like their digit strings.
     constexpr std::string_view kLargest = "18446744073709551615";
     const std::string_view digits(pFirst, static_cast<size_t>(pLast - pFirst));
     return digits.size() < kLargest.size() || (digits.size() == kLargest.size() && digits <= kLargest);

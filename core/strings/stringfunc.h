@@ -1,6 +1,6 @@
-// Free string functions: numbers out of text, and text into the caller's array.
+// Free string functions: they read numbers from strings and write strings into the caller's array.
 //
-// A null text is the empty text.
+// A null string is the empty string.
 #pragma once
 
 #include "core/platform/platform.h"
@@ -13,7 +13,7 @@
 
 namespace kx::detail
 {
-// Whether the number of the digits fits in 64 bits.
+/// Whether the number that the digits spell fits in 64 bits.
 KX_API bool DigitsFit(const char* pFirst, const char* pLast);
 
 template <class T, class... TTypes>
@@ -24,17 +24,20 @@ constexpr bool kIsInt =
     kIsOneOf<T, unsigned char, unsigned short, unsigned int, uint64, signed char, short, int, int64>;
 } // namespace kx::detail
 
-// Reads a decimal number of any of the eight types of 8 to 64 bits: white space, for a signed type one "-", digits up
-// to the first character that is none. What follows is ignored. Stores the number and returns true; or stores 0 and
-// returns false, where no digit stands at that place or the number lies outside the range of the type. A "+" is no
-// digit, and nor is the "-" of an unsigned type, in "-0" no more than in "-1". Bytes of 0x80 and more are neither
-// digits nor white space. A text may be cut anywhere: what is left of it is read by the same rules. The empty one has
-// no digit.
-//
-// ppEnd, if it is not null, gets the first character that was not consumed: the one behind the digits, even if the
-// number was too large, or pszText where there were none.
-//
-// No locale, no errno, no allocation. In the header, since a call costs as much as reading a digit or two.
+/// Reads a decimal integer of any of the eight types of 8 to 64 bits.
+///
+/// Skips white space, accepts one "-" for a signed type, and reads the digits up to the first other character. What
+/// follows is ignored. Stores the number and returns true. If there is no digit at that place, or the number is out of
+/// the range of the type, stores 0 and returns false.
+///
+/// "+" is not accepted, nor is "-" for an unsigned type, not even in "-0". Bytes of 0x80 and more are neither digits
+/// nor white space. The empty string has no digit. A truncated string is read by the same rules.
+///
+/// If ppEnd is not null, it receives the first character that was not consumed: the one after the digits, even if the
+/// number was too large, or pszText if there were no digits.
+///
+/// Uses no locale and no errno, and does not allocate. It is in the header because a call costs as much as reading a
+/// digit or two.
 template <class T>
 bool IntFromString(const char* pszText, T* pResult, char** ppEnd = nullptr) requires kx::detail::kIsInt<T>
 {
@@ -55,7 +58,7 @@ bool IntFromString(const char* pszText, T* pResult, char** ppEnd = nullptr) requ
     const char* pLast = pszText;
     if (bFits)
     {
-        // The sum may wrap; then there were too many digits.
+        // If the sum wraps, there are more than kSafeDigits digits.
         pLast = pFirst + 1;
         for (uint64 nDigit = kx::detail::DigitOf(*pLast); nDigit < 10; nDigit = kx::detail::DigitOf(*++pLast))
             nValue = nValue * 10 + nDigit;
@@ -69,14 +72,18 @@ bool IntFromString(const char* pszText, T* pResult, char** ppEnd = nullptr) requ
     return bFits;
 }
 
-// Prints into the nSize bytes at pBuffer as printf does; the result is the number of characters, without the
-// terminator. A text that does not fit with its terminator takes the debug break, as does one that printf refuses:
-// nothing is cut here. Resumed, the buffer holds an empty text and the result is -1. No argument may lie in the buffer.
+/// Prints into the nSize bytes at pBuffer as printf does. Returns the number of characters without the terminator.
+///
+/// Nothing is truncated: a result that does not fit with its terminator triggers the debug break, and so does a format
+/// that printf rejects. If execution resumes, the buffer holds the empty string and the result is -1. No argument may
+/// be in the buffer.
 KX_API int FormatToBuffer(char* pBuffer, uint64 nSize, const char* pszFormat, ...) KX_PRINTF(3, 4);
 
-// Writes the two texts, one behind the other, into acResult and returns it. If they do not fit with the terminator,
-// that is a mistake in the program, not something to cut silently: the call takes the debug break, and resumed leaves
-// an empty text. Neither text may lie in acResult.
+/// Writes the two strings, one after the other, into acResult and returns it.
+///
+/// If they do not fit with the terminator, that is a mistake in the program and must not be hidden by truncation. So
+/// the call triggers the debug break; if execution resumes, acResult holds the empty string. Neither string may be in
+/// acResult.
 template <int N>
 char* GetStringPlusString(const char* pszFirst, const char* pszSecond, char (&acResult)[N])
 {

@@ -1,5 +1,5 @@
-// What the strings and the parsers share: in all of them a null pointer to text is the empty text, and characters are
-// classed without a locale.
+// What the strings and the parsers share: a null pointer to characters is the empty string everywhere, and characters
+// are classified without a locale.
 #pragma once
 
 #include "core/platform/platform.h"
@@ -24,12 +24,12 @@ constexpr bool IsSpace(char c)
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-// The value of a digit, 10 or more for any other character.
+/// The value of a digit; 10 or more for any other character.
 constexpr uint64 DigitOf(char c)
 {
     return static_cast<uint64>(static_cast<unsigned char>(c)) - '0';
 }
 
-// That many digits fit in 64 bits, whatever they are.
+/// Any number of this many digits fits in 64 bits.
 constexpr std::ptrdiff_t kSafeDigits = 19;
 } // namespace kx::detail
