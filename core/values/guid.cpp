@@ -5,21 +5,21 @@
 
 namespace
 {
-// Text is handled in words of eight digits, one in each byte, the first one lowest. The steps are those for a single
-// digit, done to all eight at a time: no byte ever carries into the next one.
+// The text is processed in words of eight digits, one digit in each byte, the first one in the lowest. Each step does
+// the same to all eight bytes at once: no byte ever carries into the next one.
 
 constexpr uint64 InEachByte(uint64 n)
 {
     return n * 0x0101010101010101;
 }
 
-// The top bit of each byte says whether the byte is from nFirst to nLast. No byte may be above 0x7F.
+// The top bit of each byte says whether that byte is from nFirst to nLast. No byte may be above 0x7F.
 constexpr uint64 BytesBetween(uint64 nBytes, uint8 nFirst, uint8 nLast)
 {
     return (nBytes + InEachByte(0x80u - nFirst)) & ~(nBytes + InEachByte(0x7Fu - nLast));
 }
 
-// Four bytes of value in eight digits, the first one in the lowest byte. Sets a bit of nWrong if a byte is no digit.
+// Converts eight digits to four bytes, the first one lowest. Sets a bit of nWrong if a character is not a digit.
 uint64 ValueOf(uint64 nDigits, uint64& nWrong)
 {
     const uint64 nAscii = nDigits & InEachByte(0x7F);
@@ -33,7 +33,7 @@ uint64 ValueOf(uint64 nDigits, uint64& nWrong)
     return (n | n >> 16) & 0xFFFFFFFF;
 }
 
-// The way back, from the low four bytes.
+// The inverse of ValueOf, for the low four bytes.
 uint64 DigitsOf(uint64 nValue)
 {
     uint64 n = nValue & 0xFFFFFFFF;

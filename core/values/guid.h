@@ -1,15 +1,15 @@
-// ZGuid: a 128-bit identifier, and its text of 36 characters.
+// ZGuid: a 128-bit identifier, and its textual form of 36 characters.
 //
 //      97f879bd-be59-447b-ae39-5c54e0e67d22                 the text
 //      97 f8 79 bd be 59 44 7b | ae 39 5c 54 e0 e6 7d 22    the bytes in memory
 //               m_nLow         |         m_nHigh
 //
-//   The 16 bytes lie in the order of the text, as in RFC 4122 and in what others call a UUID, so a value is exchanged
-//   by copying its bytes. No version or variant is read into them.
+//   The 16 bytes are in the order of the text, as in RFC 4122 and in what others call a UUID. So a value is exchanged
+//   by copying its bytes. Version and variant are not interpreted.
 //
-// The value of all zeros is the empty one. The order is that of the texts, with the empty one as the first.
+// The value of all zeros is the empty GUID. GUIDs are ordered like their texts, so the empty one is the first.
 //
-// A GUID may be a key of any container: THashMap keeps it by its bytes.
+// A GUID can be a key of any container. The hash containers hash its bytes.
 #pragma once
 
 #include "core/strings/string.h"
@@ -20,47 +20,54 @@
 #include <iosfwd>
 #include <string_view>
 #include <type_traits>
+/// A 128-bit identifier; see the head of this file.
 
 class ZGuid
 {
 public:
-    // Of a text, and of a text with its terminator.
+    /// The length of the text, and its size with the terminator.
     static constexpr uint32 kTextLength = 36;
     static constexpr uint32 kTextSize = kTextLength + 1;
 
-    // The empty GUID.
+    /// The empty GUID.
     constexpr ZGuid() = default;
     static const ZGuid Empty;
 
-    // The GUID with these digits, 16 in each word: ZGuid(0x97f879bdbe59447b, 0xae395c54e0e67d22) is the one in the
-    // picture. A GUID that is known to the program is a constexpr constant this way.
+    /// The GUID with these digits, 16 in each argument.
+    ///
+    /// ZGuid(0x97f879bdbe59447b, 0xae395c54e0e67d22) is the GUID of the picture. This way, a GUID that the program
+    /// knows is a constexpr constant.
     constexpr ZGuid(uint64 nFirstDigits, uint64 nLastDigits)
         : m_nLow(SwapBytes(nFirstDigits)), m_nHigh(SwapBytes(nLastDigits))
     {
     }
 
-    // The GUID of the text; the empty one if the text is none.
+    /// The GUID that the string spells, or the empty GUID if it does not spell one.
     explicit ZGuid(const ZString& text) { FromString(text); }
 
-    // Takes the value over and returns true, if the text is a GUID: groups of 8, 4, 4, 4 and 12 hexadecimal digits,
-    // lower or upper case, joined by "-", and nothing else. Any other text, cut, too long, empty, null as a ZString or
-    // with a NUL or a byte of 0x80 or more in it, returns false and leaves the value alone.
+    /// Reads a GUID: groups of 8, 4, 4, 4 and 12 hexadecimal digits, lower or upper case, joined by "-", and nothing
+    /// else.
+    ///
+    /// Stores the value and returns true. For any other string, returns false and leaves the value unchanged: one that
+    /// is truncated, too long, empty or made from null, or that contains a NUL or a byte of 0x80 or more.
     bool FromString(const ZString& text) { return Parse(text); }
 
-    // The same for a piece of a text, without making a ZString of it. For a view and nothing that converts to one: a
-    // literal is to be a ZString.
+    /// Reads a part of a string without making a ZString of it.
+    ///
+    /// Takes a std::string_view and nothing that converts to one, so that a literal becomes a ZString.
     template <std::same_as<std::string_view> TView>
     bool FromString(TView text)
     {
         return Parse(text);
     }
 
-    // The text, its digits in lower case. One allocation.
+    /// Returns the text, with its digits in lower case. One allocation.
     KX_API ZString ToString() const;
 
-    // Writes the same text with its terminator. No allocation.
+    /// Writes the same text with its terminator. No allocation.
     KX_API void WriteTo(char (&acText)[kTextSize]) const;
 
+    /// Compares the values; the order is that of their texts.
     constexpr bool operator==(const ZGuid&) const = default;
     constexpr std::strong_ordering operator<=>(const ZGuid& other) const
     {
@@ -70,7 +77,7 @@ public:
     }
 
 private:
-    // To the number with the first byte as its highest digits, and back. Compilers know it as one instruction.
+    // Reverses the bytes, so that the first byte in memory has the highest digits. Compilers make it one instruction.
     static constexpr uint64 SwapBytes(uint64 n)
     {
         n = (n & 0x00FF00FF00FF00FF) << 8 | (n >> 8 & 0x00FF00FF00FF00FF);
@@ -89,9 +96,10 @@ inline constexpr ZGuid ZGuid::Empty;
 static_assert(sizeof(ZGuid) == 16 && std::is_standard_layout_v<ZGuid> && std::is_trivially_copyable_v<ZGuid>,
               "a GUID is exchanged by copying its 16 bytes");
 
-// Writes the text as std::string_view is written, with the stream's width and fill.
+/// Writes the text like a std::string_view, with the stream's width and fill.
 KX_API std::ostream& operator<<(std::ostream& stream, const ZGuid& guid);
 
+/// The standard hash, that of the 16 bytes.
 template <>
 struct std::hash<ZGuid>
 {

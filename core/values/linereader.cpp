@@ -42,7 +42,7 @@ int ZLineReader::GetNextLine(char** ppLine, uint32* pLength)
     }
     else
     {
-        // Here the buffer is full or the data has ended, and at its end a "\r" has nothing more to wait for.
+        // The buffer is full or the data has ended. At the end of the data, a "\r" need not be held back.
         pEnd = m_pEnd;
         m_bHeldBack = !m_bEnded && pEnd[-1] == '\r';
         pEnd -= m_bHeldBack ? 1 : 0;
@@ -62,8 +62,8 @@ char* ZLineReader::FindNewline(char* pFrom) const
     return static_cast<char*>(std::memchr(pFrom, '\n', static_cast<size_t>(m_pEnd - pFrom)));
 }
 
-// Moves what is held to the front and reads on, until there is a newline, which is the result, or no room or no more
-// data. What was held has none.
+// Moves what is in the buffer, which has no newline, to the front. Then reads until there is a newline, the buffer is
+// full or the data ends. Returns the newline, or null.
 char* ZLineReader::Fill()
 {
     const std::ptrdiff_t nHeld = m_pEnd - m_pBegin;
@@ -72,7 +72,7 @@ char* ZLineReader::Fill()
     m_pEnd = m_pBuffer + nHeld;
     while (m_pEnd != m_pLimit)
     {
-        // Never more than the result can say.
+        // The result is an int, so no call may ask for more than INT_MAX bytes.
         const int nRoom = static_cast<int>(std::min<std::ptrdiff_t>(m_pLimit - m_pEnd, INT_MAX));
         const int nRead = m_pRead(m_nUser, m_pEnd, static_cast<uint32>(nRoom));
         kx::detail::BreakUnless(nRead <= nRoom);

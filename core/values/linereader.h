@@ -1,4 +1,4 @@
-// ZLineReader: cuts a stream of bytes into lines, in a buffer of the caller's.
+// ZLineReader: splits a stream of bytes into lines, in a buffer of the caller.
 //
 //   m_pBuffer         m_pBegin                    m_pEnd       m_pLimit
 //      |                 |                           |             |
@@ -7,51 +7,56 @@
 //      | handed out      | t e x t \r \n t e x t     | room        |   |      nBufferSize bytes
 //      +-----------------+---------------------------+-------------+---+
 //
-//   A line ends at "\n" or "\r\n". It is handed out where it lies, its line end overwritten by a NUL, so nothing is
-//   allocated and no text is copied; only what is left when the buffer has been cut up moves to its front. The last
-//   byte is kept for the terminator of a piece that fills the rest.
+//   A line ends at LF ("\n") or CR LF ("\r\n"). It is returned in place, and a NUL overwrites its line end. So nothing
+//   is allocated and no character is copied. Only the incomplete line that is left at the end of the buffer moves to
+//   the front. The last byte is reserved for the terminator of a piece that fills the rest.
 //
-// A line that does not fit with its line end comes in pieces of nBufferSize - 1 characters, which share its number. Two
-// consequences:
+// A line that does not fit together with its line end comes in pieces of nBufferSize - 1 characters, which share its
+// number. Two consequences:
 //
-// - A line of exactly nBufferSize - 1 characters is followed by an empty piece: when it was cut, its end was not in
-// sight.
-// - A piece never ends between "\r" and "\n". A "\r" that is the last byte of a full buffer may be half of a line end,
-//   so it is held back, the piece is one character shorter, and the "\r" begins the next one or ends the line.
+// - A line of exactly nBufferSize - 1 characters is followed by an empty piece, because its end was not yet read when
+//   it was cut.
+// - A piece never ends between CR and LF. A CR in the last byte of a full buffer may be half of a line end, so it is
+//   held back: the piece is one character shorter, and the CR begins the next piece or ends the line.
 //
-// Every byte is data: any other "\r", bytes of 0x80 and more, and a NUL, which counts as a character though the piece
-// as a C string ends there. But a single NUL that is all there is at the end of the data is the terminator of a text
-// that was handed over with it, and no line. Text behind the last line end is the last line.
+// Every byte is data: any other CR, bytes of 0x80 and more, and NUL. A NUL counts as a character, although the piece as
+// a C string ends there. There is one exception: a single NUL that is all there is at the end of the data is not a
+// line, but the terminator of a string that was passed with it. Characters after the last line end are the last line.
 #pragma once
 
 #include "core/platform/platform.h"
+/// Splits a stream of bytes into lines; see the head of this file.
 
 class KX_API ZLineReader
 {
 public:
-    // The source of the data: writes up to nSize bytes to pTarget and returns how many, fewer being no sign of the end.
-    // 0 or less ends the data for good; there is no further call. More than nSize takes the debug break, and resumed
-    // counts as nSize. nUser is what the constructor was given, wide enough for a pointer. nSize is from 1 to 2^31 - 1.
+    /// The source of the data: writes up to nSize bytes to pTarget and returns their number.
+    ///
+    /// Fewer than nSize bytes do not mean the end. 0 or less ends the data for good, and the function is not called
+    /// again. More than nSize triggers the debug break; if execution resumes, it counts as nSize. nUser is the value
+    /// that the constructor received, wide enough for a pointer. nSize is from 1 to 2^31 - 1.
     using ReadFunction = int (*)(uint64 nUser, char* pTarget, uint32 nSize);
 
-    // Reads nothing yet. The buffer must outlive the reader and belongs to it alone. The longest piece has nBufferSize
-    // - 1 characters.
-    //
-    // Fewer than 3 bytes leave no room for a piece beside a "\r" that is held back: they take the debug break, as does
-    // a null function or buffer. Resumed, the reader is at the end of its data.
+    /// Reads nothing yet.
+    ///
+    /// The buffer must outlive the reader and belongs to it alone. The longest piece has nBufferSize - 1 characters.
+    ///
+    /// Fewer than 3 bytes have no space for a piece and a CR that is held back. They trigger the debug break, and so
+    /// does a null function or buffer. If execution resumes, the reader is at the end of its data.
     ZLineReader(ReadFunction pRead, uint64 nUser, char* pBuffer, uint32 nBufferSize);
 
     ZLineReader(const ZLineReader&) = delete;
     ZLineReader& operator=(const ZLineReader&) = delete;
 
-    // The next line or piece of one: *ppLine is its text, NUL-terminated in the buffer and valid until the next call,
-    // *pLength the number of its characters, and the result its line number, from 1 on. At the end of the data the
-    // result is 0, as of every later call, with null and 0.
-    //
-    // The source is asked only when no line end is in the buffer, and not again once there is one: a line that was
-    // typed is not kept waiting for the next one. What comes out does not depend on how the source portions the data.
-    //
-    // Linear in the bytes read. The number of a line beyond the 2^31 - 1st stays at that.
+    /// Yields the next line, or the next piece of one, and returns its line number, counted from 1.
+    ///
+    /// *ppLine points to its characters, NUL-terminated in the buffer and valid until the next call. *pLength is their
+    /// number. At the end of the data, this and every later call returns 0 and stores null and 0.
+    ///
+    /// Calls the source only if the buffer has no line end, and stops as soon as it has one. So a line that was typed
+    /// does not wait for the next one. How the source splits the data does not affect the lines.
+    ///
+    /// Linear in the bytes read. Line numbers stop at 2^31 - 1.
     int GetNextLine(char** ppLine, uint32* pLength);
 
 private:
@@ -61,10 +66,10 @@ private:
     ReadFunction m_pRead;
     uint64 m_nUser;
     char* m_pBuffer;
-    char* m_pBegin; // what is held: [m_pBegin, m_pEnd)
+    char* m_pBegin; // [m_pBegin, m_pEnd) was read but not yet returned
     char* m_pEnd;
     char* m_pLimit;
     int m_nLine = 1;
-    bool m_bHeldBack = false; // *m_pBegin is a "\r" with a terminator in its place
-    bool m_bEnded = false;    // the source has no more
+    bool m_bHeldBack = false; // *m_pBegin is a "\r" that a terminator has overwritten
+    bool m_bEnded = false;    // the source has no more data
 };

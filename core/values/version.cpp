@@ -4,8 +4,8 @@
 
 namespace
 {
-// Reads the digits at p, moves p behind them and adds their value to nAbs, nShift bits up. False if there is no digit
-// or the value is above nMax.
+// Reads the digits at p, moves p past them and adds their value to nAbs, nShift bits up. Returns false if there is no
+// digit or the value is above nMax.
 inline bool ReadPart(const char*& p, uint64 nMax, int nShift, uint64& nAbs)
 {
     const char* pFirst = p;
@@ -15,7 +15,7 @@ inline bool ReadPart(const char*& p, uint64 nMax, int nShift, uint64& nAbs)
     for (uint64 nDigit = kx::detail::DigitOf(*++p); nDigit < 10; nDigit = kx::detail::DigitOf(*++p))
         nValue = nValue * 10 + nDigit;
 
-    // More digits may have wrapped the sum, unless those in front are zeros.
+    // More digits may have wrapped the sum, unless the leading ones are zeros.
     while (p - pFirst > kx::detail::kSafeDigits)
     {
         if (*pFirst++ != '0')
@@ -25,7 +25,7 @@ inline bool ReadPart(const char*& p, uint64 nMax, int nShift, uint64& nAbs)
     return nValue <= nMax;
 }
 
-// False if a number is missing or too large.
+// Returns false if a number is missing or too large.
 inline bool ReadParts(const char* p, uint64& nAbs)
 {
     while (kx::detail::IsSpace(*p))

@@ -1,4 +1,4 @@
-// Version: a version number of four parts, which is also one 64-bit word.
+// Version: a version number of four parts that is also one 64-bit word.
 //
 //      byte     0     1     2  3    4  5  6  7
 //            +-----+-----+-------+-------------+
@@ -7,22 +7,26 @@
 //            |              abs                |
 //            +---------------------------------+
 //
-//   The word is for storing and for telling two versions apart. It does not order them, since its lowest byte is the
-//   part that counts most: 1.2 has a larger abs than 2.1. The operators order by the parts.
+//   The word is for storing a version and for testing two for equality. It does not order them, because its lowest byte
+//   is the most significant part: 1.2 has a larger abs than 2.1. The operators order by the parts.
 //
-// Some system headers define major and minor as macros with an argument, so in code that includes them neither name may
-// stand before a parenthesis.
+// Some system headers define major and minor as macros with an argument. Code that includes them must not write a
+// parenthesis directly after either name.
 #pragma once
 
 #include "core/platform/platform.h"
 
 #include <compare>
 
-// Left uninitialised unless it is given a value: Version{} is 0.0.0.0, Version{{2, 1, 3, 0}} is 2.1.3.
+/// A version number of four parts; see the head of this file.
+///
+/// It is uninitialised by default. Version{} is 0.0.0.0, and Version{{2, 1, 3, 0}} is 2.1.3.
 union Version
 {
-    // Two views on the same bytes. Either may be read whichever was written; compilers define that, though the language
-    // does not (and refuses it in constant expressions).
+    /// The parts and abs are two views of the same bytes.
+    ///
+    /// Either may be read whichever was written: compilers define that, although the language does not (and rejects it
+    /// in constant expressions).
     KX_EXTENSION struct
     {
         uint8 major;
@@ -32,6 +36,7 @@ union Version
     };
     uint64 abs;
 
+    /// Compares the parts, the major part first.
     constexpr bool operator==(const Version& other) const { return Rank() == other.Rank(); }
     constexpr std::strong_ordering operator<=>(const Version& other) const { return Rank() <=> other.Rank(); }
 
@@ -43,17 +48,20 @@ static_assert(sizeof(Version) == 8, "the parts fill the word without a gap");
 
 namespace version
 {
-// Reads two to four decimal numbers with a "." between them, behind any white space: "2.1", "2.1.3", "2.1.3.4". The
-// parts that are not there are 0. Returns true and stores the version; or returns false and stores 0.0.0.0, whatever
-// there was in *pResult and in the front of the text.
-//
-// The text ends where a "." would have to stand and does not, or behind the fourth number; what follows is ignored, a
-// NUL and bytes of 0x80 and more like anything else: "2.1beta" is 2.1, "2.1.3.0.7" is 2.1.3. But a "." has to be
-// followed by a number ("2.1." fails), and so a text that is cut either fails or reads as the version that it then is.
-//
-// A number is digits alone: no sign, and no white space but at the front. Digits that are too large for their part
-// (major and minor 255, patch 65535, build 4294967295) fail. So do one number alone, an empty text and null.
-//
-// No locale, no allocation.
+/// Reads two to four decimal numbers separated by ".", after any white space: "2.1", "2.1.3", "2.1.3.4".
+///
+/// Missing parts are 0. Returns true and stores the version; or returns false and stores 0.0.0.0, whatever *pResult was
+/// and however much of the string could be read.
+///
+/// Parsing stops at the first character that is not the expected ".", or after the fourth number. What follows is
+/// ignored, including NUL and bytes of 0x80 and more: "2.1beta" is 2.1, and "2.1.3.0.7" is 2.1.3. But an expected "."
+/// must be followed by a number, so "2.1." fails. A truncated string therefore fails, or reads as the version that is
+/// left.
+///
+/// A number consists of digits alone, without a sign; white space is allowed only at the start of the string. A number
+/// that is too large for its part fails (major and minor 255, patch 65535, build 4294967295). So do a single number, an
+/// empty string and null.
+///
+/// Uses no locale and does not allocate.
 KX_API bool FromString(const char* pszText, Version* pResult);
 } // namespace version

@@ -1,10 +1,11 @@
-// ZRuntimeResourceID in a dynamic object: stored as the decimal text of its number.
+// ZRuntimeResourceID in a dynamic object: stored as a string, the decimal form of its number.
 #pragma once
 
 #include "core/dynamic/dynamicobject.h"
 #include "core/strings/stringfunc.h"
 #include "runtime/resource/resourceid.h"
 
+/// Makes a ZRuntimeResourceID a value of dynamic objects.
 template <>
 struct TDynamicValue<ZRuntimeResourceID>
 {
@@ -20,7 +21,7 @@ struct TDynamicValue<ZRuntimeResourceID>
                && IntFromString(static_cast<const ZString*>(object.Data())->ToCString(), &nNumber);
     }
 
-    // The identity of no resource where the text is no number.
+    /// Returns the identity of no resource if the string is not a number.
     static ZRuntimeResourceID Get(const ZDynamicObject& object)
     {
         uint64 nNumber = 0;

@@ -3,24 +3,26 @@
 
 #include "core/platform/platform.h"
 
-// The public interface of the module runtime.resource.
+/// Marks the public interface of the module runtime.resource.
 #if defined(KX_RESOURCE_EXPORTS)
 #define KX_RESOURCE_API KX_EXPORT
 #else
 #define KX_RESOURCE_API KX_IMPORT
 #endif
 
-// A value of two 32-bit words, the high half first. All bits set is the identity of no resource.
+/// The identity of a resource: a value of two 32-bit words, the high half first.
+///
+/// All bits set is the identity of no resource.
 class KX_RESOURCE_API ZRuntimeResourceID
 {
 public:
-    // The identity of no resource.
+    /// The identity of no resource.
     constexpr ZRuntimeResourceID() = default;
 
-    // The identity with this number.
+    /// Returns the identity with this number.
     static ZRuntimeResourceID Create(uint64 nNumber);
 
-    // The number that Create would make this identity from.
+    /// The number from which Create would make this identity.
     constexpr uint64 GetNumber() const { return uint64{m_nHigh} << 32 | m_nLow; }
 
     bool operator==(const ZRuntimeResourceID& other) const;
