@@ -4,14 +4,14 @@
 
 #include <span>
 
-// The grammar, where "-" is a list, (x) an option and CODE a text of the tables:
+// The grammar, where "-" is a list, (x) an option and CODE a code of the tables:
 //
 //   symbol      ? name encoding
 //   name        component scopes                     "a@b@c@@" is c::b::a
 //             | ?0 scopes | ?1 scopes                constructor, destructor
 //             | ?CODE scopes                         operators, and what has no name of its own
 //   scopes      component- @
-//   component   text @ | digit                       a name; one of the name table
+//   component   text @ | digit                       a name; an entry of the name table
 //             | ?$ text @ argument- @                a template; also ?$? and the code of an operator
 //             | ?A0x text @ | ?number | ?symbol      anonymous namespace, block of a function, the function
 //   encoding    A...X (number) (cv) function         member functions: four kinds each for three kinds of access
@@ -21,7 +21,7 @@
 //             | $ ...                                thunks
 //   function    convention type parameters Z
 //   parameters  X | parameter- @ | parameter- Z      none, a list, a list with "..."
-//   parameter   type | digit                         one of the type table
+//   parameter   type | digit                         an entry of the type table
 //   type        CODE
 //             | U scopes | V scopes | W4 scopes      classes, enums
 //             | P cv type | A cv type                pointers, references; Q, R, S, B with a cv of their own
@@ -29,13 +29,13 @@
 //             | Y number number- type                arrays
 //   argument    type | $0 number | $1 symbol | ...
 //   cv          A | B | C | D                        nothing, const, volatile, both; Q to T for members
-//   number      digit | nibble- @                    "?" in front for a negative one
+//   number      digit | nibble- @                    with a leading "?" if it is negative
 
 namespace
 {
 using Text = std::string_view;
 
-// const, volatile and what else can stand there. The lowest two bits are the letters A to D.
+// const, volatile and the other qualifiers in their place. The lowest two bits are the letters A to D.
 enum ECv : uint8
 {
     kConst = 1,
@@ -46,14 +46,14 @@ enum ECv : uint8
     kRightReference = 32,
 };
 
-// What stands around a type, from the inside out. In the code it comes before the type, in the text behind it.
+// One step of a declarator, from the inside out. The symbol has it before the type, the output after the type.
 struct SDeclarator
 {
     Text m_mark;                // of a pointer or reference; empty for an array
     uint8 m_targetCv;           // of what it points to, or consists of
     uint8 m_cv;                 // its own
     Text m_text;                // the class of a pointer to members; the bounds of an array
-    const SDeclarator* m_pNext; // a pointer to this pointer, say
+    const SDeclarator* m_pNext; // for example, a pointer to this pointer
 };
 
 struct SName
@@ -72,7 +72,7 @@ struct SName
     ENameKind m_kind = kPlain;
 };
 
-// The functions of the grammar read their piece of the symbol and write its text.
+// The functions of the grammar. Each reads its piece of the symbol and writes the output for it.
 class ZDemangler : public kx::detail::ZDemangleText
 {
 public:
@@ -90,8 +90,8 @@ public:
     }
 
 private:
-    // A level of nesting, of up to 550 bytes of stack. The functions that take part are not inlined, since each of them
-    // would add its variables to the level of all others.
+    // A level of nesting takes up to 550 bytes of stack. The functions involved are not inlined, because each would add
+    // its variables to the stack frames of all the others.
     class ZLevel
     {
     public:
@@ -124,7 +124,7 @@ private:
         PutInteger(number.m_nMagnitude);
     }
 
-    // Numbers that are 32 bits with a sign, however they are spelled.
+    // Writes signed 32-bit numbers, however they are spelled.
     void PutOffsets(Text before, int nCount, Text behind)
     {
         Put(before);
@@ -140,7 +140,7 @@ private:
 
     // ---- Names.
 
-    // The name of a symbol, set aside.
+    // Reads the name of a symbol and stashes it.
     SName SymbolName()
     {
         const uint32 nBegin = End();
@@ -168,7 +168,7 @@ private:
         return Consume('$') ? Template() : Operator();
     }
 
-    // The scopes behind a component, and then the component. The result is where its text begins.
+    // Writes the scopes, which follow the component in the symbol, then the component. Returns where that begins.
     uint32 Scopes(Text component)
     {
         const ZLevel level(*this);
@@ -200,7 +200,7 @@ private:
             const SName name = Template();
             return name.m_kind == SName::kPlain ? name.m_text : (Fail(), Text());
         }
-        if (Consume("A0x")) // which could be the beginning of a number
+        if (Consume("A0x")) // first, because it could be the beginning of a number
             return ReadToAt(), "'anonymous namespace'";
 
         const uint32 nBegin = End();
@@ -213,9 +213,9 @@ private:
         return Stash(nBegin);
     }
 
-    // The name table: the plain names in the order in which they are first read. There is one for the whole symbol. The
-    // encoder has one for each template, so behind a template the digits can stand for other names than it meant; the
-    // texts of such symbols are known in this form, and stay as they are.
+    // The name table has the plain names in the order in which they are first read. There is one for the whole symbol,
+    // but the encoder has one for each template. So after a template, a digit can mean another name than the encoder
+    // meant. The output for such symbols is known in this form, so it stays that way.
     Text PlainName()
     {
         if (IsDigit(Peek()))
@@ -226,8 +226,8 @@ private:
         return name;
     }
 
-    // The number of a block, plus 1: in decimal if it is a digit, in hexadecimal if it is spelled with letters. So both
-    // "?9" and "?P@" read 10.
+    // Writes the number of a block. A number of one digit is written in decimal. A number in letters is written plus 1,
+    // in hexadecimal. So both "?9" and "?P@" read 10.
     void Block()
     {
         if (IsDigit(Peek()))
@@ -242,7 +242,7 @@ private:
             Put(Text("0123456789ABCDEF").substr(nBlock >> nShift & 15, 1));
     }
 
-    // Behind "?$".
+    // After "?$".
     KX_NOINLINE SName Template()
     {
         const uint32 nBegin = End();
@@ -255,7 +255,7 @@ private:
         return name;
     }
 
-    // Behind "?".
+    // After "?".
     SName Operator()
     {
         const char c = Next();
@@ -266,7 +266,7 @@ private:
         return {Known(kx::detail::kOperators[c]), c == 'B' ? SName::kConversion : SName::kPlain};
     }
 
-    // Behind "?_".
+    // After "?_".
     SName SpecialOperator()
     {
         const char c = Next();
@@ -277,7 +277,7 @@ private:
         return {c == 'R' ? RunTimeType() : Known(kx::detail::kSpecialOperators[c])};
     }
 
-    // Behind "?__".
+    // After "?__".
     SName RareOperator()
     {
         const char c = Next();
@@ -288,7 +288,7 @@ private:
         return {c == 'K' ? LiteralOperator() : Known(kx::detail::kRareOperators[c])};
     }
 
-    // The function that initialises or destroys a variable, which is given by its name or its symbol.
+    // The function that initialises or destroys a variable. The variable has its name here, or its whole symbol.
     SName Lifetime(Text before)
     {
         const uint32 nBegin = End();
@@ -304,7 +304,7 @@ private:
         return {Stash(nBegin), SName::kUnscoped};
     }
 
-    // Its suffix takes no entry in the name table.
+    // The suffix of the operator does not enter the name table.
     Text LiteralOperator()
     {
         const uint32 nBegin = End();
@@ -313,7 +313,7 @@ private:
         return Stash(nBegin);
     }
 
-    // Behind "?_R".
+    // After "?_R".
     Text RunTimeType()
     {
         const uint32 nBegin = End();
@@ -330,8 +330,8 @@ private:
         return Stash(nBegin);
     }
 
-    // Behind "?_C": "@_", 0 for char or 1 for wchar_t, the size in bytes, a checksum, and as many characters as there
-    // are up to 32 bytes. A longer literal is shown with dots behind it.
+    // After "?_C": "@_", 0 for char or 1 for wchar_t, the size in bytes, a checksum, and the characters, up to 32 bytes
+    // of them. A longer literal ends with dots in the output.
     SName StringLiteral()
     {
         const uint32 nBegin = End();
@@ -351,14 +351,14 @@ private:
             if (nBytes < nWidth)
                 Fail();
             nBytes -= nWidth;
-            if (nBytes != 0 || nCharacter != 0) // the terminator
+            if (nBytes != 0 || nCharacter != 0) // omits the terminator
                 PutCharacter(nCharacter);
         }
         Put(nBytes == 0 ? "\"" : "\"...");
         return {Stash(nBegin), SName::kSymbol};
     }
 
-    // A letter behind "?" is itself with the top bit set.
+    // A letter after "?" means itself with the top bit set.
     uint8 LiteralByte()
     {
         const char c = Next();
@@ -396,7 +396,7 @@ private:
         }
     }
 
-    // ---- Types. Each function writes a type and what stands around it.
+    // ---- Types. Each function writes a type and its declarator.
 
     void Type(const SDeclarator* pDeclarator = nullptr)
     {
@@ -433,7 +433,7 @@ private:
         }
     }
 
-    // Behind "$".
+    // After "$".
     KX_NOINLINE void DollarType(const SDeclarator* pDeclarator)
     {
         Expect("$");
@@ -451,7 +451,7 @@ private:
             return Pointer("&&", static_cast<uint8>((c - 'Q') * kVolatile), pDeclarator);
         case 'T':
             return BasicType("std::nullptr_t", pDeclarator);
-        case 'Y': // a template that has no arguments
+        case 'Y': // a template without arguments
             return Class({}, pDeclarator);
         default:
             return Fail();
@@ -471,7 +471,7 @@ private:
         PutAfter(pDeclarator);
     }
 
-    // The digit is the type that the enum is stored in. No text has a keyword.
+    // The digit is the underlying type. The output never has the keyword enum.
     void Enum(const SDeclarator* pDeclarator)
     {
         const char c = Next();
@@ -496,7 +496,7 @@ private:
         Type(&array);
     }
 
-    // A type with a cv of its own, which a pointer to it or an array of it would have spelled out.
+    // A type with a cv of its own. A pointer to it or an array of it would have spelled out the cv.
     KX_NOINLINE void QualifiedType(const SDeclarator* pDeclarator)
     {
         SDeclarator declarator = pDeclarator != nullptr ? *pDeclarator : SDeclarator{};
@@ -532,7 +532,7 @@ private:
         Function(ReadCv(), pDeclarator);
     }
 
-    // Its text has no calling convention.
+    // The output omits the calling convention.
     KX_NOINLINE void Function(uint8 nCv, const SDeclarator* pDeclarator)
     {
         ReadConvention();
@@ -543,7 +543,7 @@ private:
 
     Text ReadConvention() { return Known(kx::detail::kConventions[Next()]); }
 
-    // What may stand before the letter comes in any order: E, the mark of 64-bit pointers, says nothing.
+    // Marks come before the letter, in any order. E, the mark of 64-bit pointers, is not written.
     uint8 ReadCv(bool* pMember = nullptr)
     {
         uint8 nCv = 0;
@@ -580,7 +580,8 @@ private:
         }
     }
 
-    // Behind a target that is no pointer. A const target says so here, where a const pointer has said it itself.
+    // After a target that is not a pointer. The cv of the target is written here; a pointer has already written its
+    // own.
     void PutAfter(const SDeclarator* pDeclarator)
     {
         if (pDeclarator == nullptr)
@@ -589,7 +590,7 @@ private:
         PutDeclarators(pDeclarator, " ");
     }
 
-    // Behind a function or an array: a pointer to it stands in parentheses.
+    // After a function or an array: a pointer to it is in parentheses.
     void PutInParentheses(const SDeclarator* pDeclarator)
     {
         if (pDeclarator == nullptr)
@@ -624,7 +625,7 @@ private:
 
     // ---- Template arguments.
 
-    // The parameters of functions in here have a type table of their own.
+    // The parameters of functions in template arguments have a type table of their own.
     KX_NOINLINE void TemplateArguments()
     {
         const kx::detail::ZBackReferences types = m_types;
@@ -648,7 +649,7 @@ private:
     {
         if (IsAt("$$") || !Consume('$'))
             return Type();
-        if (Consume('M')) // its type
+        if (Consume('M')) // the type of the argument, which is not written
         {
             const uint32 nBegin = End();
             Type();
@@ -687,7 +688,7 @@ private:
 
     void Encoding(SName name)
     {
-        if (Consume("$$")) // the mark of another language, which the text does not show
+        if (Consume("$$")) // the mark of another language, which is not written
         {
             if (!Consume('F') && !Consume('H'))
                 Expect("J0");
@@ -722,7 +723,7 @@ private:
         }
     }
 
-    // The code is even for near functions and odd for far ones, which read the same.
+    // The code is even for near functions and odd for far ones. Both read the same.
     void MemberFunction(SName name, int nAccess, int nKind)
     {
         if (nKind == kAdjusting)
@@ -731,7 +732,7 @@ private:
         FunctionSymbol(name, prefixes, nKind != kStatic);
     }
 
-    // Behind "$": thunks that find the object by a table, with two offsets or four, for virtual functions.
+    // After "$": thunks for virtual functions that find the object through a table, with two offsets or four.
     void Thunk(SName name)
     {
         if (Consume('B'))
@@ -745,7 +746,7 @@ private:
         FunctionSymbol(name, prefixes, true);
     }
 
-    // What a pointer to a virtual member function points to. It has no signature.
+    // The target of a pointer to a virtual member function. It has no signature.
     void VirtualCall(SName name)
     {
         AddOffsets(name, "{", 1, "}");
@@ -763,7 +764,7 @@ private:
         name.m_text = Stash(nBegin);
     }
 
-    // Only verbose texts have the prefixes, and the calling convention.
+    // Only the verbose form has the prefixes and the calling convention.
     void FunctionSymbol(const SName& name, std::span<const Text> prefixes, bool bHasThis)
     {
         const uint8 nCv = bHasThis ? ReadCv() : uint8{0};
@@ -790,8 +791,8 @@ private:
         Signature(nCv);
     }
 
-    // The cv behind the type is that of the variable, or if it is a pointer, once more that of its target. It is not
-    // written, so a variable does not say that it is const.
+    // The cv after the type is that of the variable. For a pointer, it repeats that of its target. It is not written,
+    // so the output does not say that a variable is const.
     void Variable(const SName& name)
     {
         Type();
@@ -821,7 +822,7 @@ private:
         Put("}");
     }
 
-    // The parameters, the cv of "this", and whether it is noexcept.
+    // The parameters, the cv of "this", and whether the function is noexcept.
     void Signature(uint8 nCv)
     {
         Put("(");
@@ -849,8 +850,8 @@ private:
         } while (!ConsumeEnd('@'));
     }
 
-    // The type table: the parameter types with codes of more than one character. Those of a pointer to a function come
-    // before the pointer, and go on counting behind it.
+    // The type table has the parameter types whose codes have more than one character. The parameters of a pointer to a
+    // function are entered in the same table, before the pointer.
     void Parameter()
     {
         if (IsDigit(Peek()))
@@ -870,7 +871,7 @@ private:
     };
 
     static constexpr Text kThunk = "[thunk]: ";
-    static constexpr Text kAccess[] = {"privat: ", "protected: ", "public: "}; // as it was always spelled
+    static constexpr Text kAccess[] = {"privat: ", "protected: ", "public: "}; // the established spelling
     static constexpr Text kKinds[] = {"", "static ", "virtual ", "virtual "};
 
     const bool m_bVerbose;

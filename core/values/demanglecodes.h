@@ -1,4 +1,4 @@
-// Inside kxbase: the codes of decorated names that stand for a fixed text.
+// Inside kxbase: the codes of decorated names that mean a fixed string.
 #pragma once
 
 #include "core/platform/platform.h"
@@ -8,7 +8,9 @@
 
 namespace kx::detail
 {
-// The texts of the codes '0' to 'Z'. An empty text: there is no such code, or it has operands and is read elsewhere.
+/// The strings of the codes '0' to 'Z'.
+///
+/// An empty string means that there is no such code, or that it has operands and is read elsewhere.
 class ZCodeTable
 {
 public:
@@ -53,7 +55,7 @@ inline constexpr ZCodeTable kTypes({
     {'X', "void"},
 });
 
-// Behind "_".
+/// After "_".
 inline constexpr ZCodeTable kExtendedTypes({
     {'D', "__int8"},
     {'E', "unsigned __int8"},
@@ -74,7 +76,7 @@ inline constexpr ZCodeTable kExtendedTypes({
     {'W', "wchar_t"},
 });
 
-// The second code of a pair says the same of a function that is exported.
+/// The second code of a pair means the same for an exported function.
 inline constexpr ZCodeTable kConventions({
     {'A', "__cdecl "},
     {'B', "__cdecl "},
@@ -95,8 +97,8 @@ inline constexpr ZCodeTable kConventions({
     {'W', "__swiftasynccall "},
 });
 
-// Behind the "?" that a plain name does not have. 0 and 1 are the constructor and the destructor. A conversion has its
-// type behind the name.
+/// After a "?", which a plain name does not have. The constructor and the destructor, 0 and 1, are read elsewhere. The
+/// type of a conversion operator comes after the name.
 inline constexpr ZCodeTable kOperators({
     {'2', "operator new"}, {'3', "operator delete"}, {'4', "operator="},   {'5', "operator>>"}, {'6', "operator<<"},
     {'7', "operator!"},    {'8', "operator=="},      {'9', "operator!="},  {'A', "operator[]"}, {'B', "operator"},
@@ -107,7 +109,7 @@ inline constexpr ZCodeTable kOperators({
     {'W', "operator||"},   {'X', "operator*="},      {'Y', "operator+="},  {'Z', "operator-="},
 });
 
-// Behind "?_". What no program can name is in quotes. Left out are C, P and R, which have operands.
+/// After "?_". What no program can name is in quotes. C, P and R are left out because they have operands.
 inline constexpr ZCodeTable kSpecialOperators({
     {'0', "operator/="},
     {'1', "operator%="},
@@ -141,7 +143,7 @@ inline constexpr ZCodeTable kSpecialOperators({
     {'Y', "'placement delete[] closure'"},
 });
 
-// Behind "?__". Left out are E and F, the initializers and finalizers of variables, and K, the literal operators.
+/// After "?__". Left out are E and F, the initializers and finalizers of variables, and K, the literal operators.
 inline constexpr ZCodeTable kRareOperators({
     {'A', "'managed vector constructor iterator'"},
     {'B', "'managed vector destructor iterator'"},
@@ -155,13 +157,13 @@ inline constexpr ZCodeTable kRareOperators({
     {'M', "operator<=>"},
 });
 
-// Behind "?_R". Left out are 0 and 1, which have operands.
+/// After "?_R". 0 and 1 are left out because they have operands.
 inline constexpr ZCodeTable kRunTimeTypes({
     {'2', "'RTTI Base Class Array'"},
     {'3', "'RTTI Class Hierarchy Descriptor'"},
     {'4', "'RTTI Complete Object Locator'"},
 });
 
-// In a string literal, the characters with a code of one digit.
+/// The characters that have a one-digit code in a string literal, by digit.
 inline constexpr char kLiteralCharacters[] = ",/\\:. \n\t'-";
 } // namespace kx::detail

@@ -1,4 +1,4 @@
-// Inside kxbase: what the grammar of demangle.cpp works on: the symbol that is read, and the text that is written.
+// Inside kxbase: the base of the grammar in demangle.cpp: the symbol that it reads and the output that it writes.
 #pragma once
 
 #include "core/platform/platform.h"
@@ -10,28 +10,30 @@
 
 namespace kx::detail
 {
-// Text is written behind the text that there is. Where the code of a symbol has things in another order than the text,
-// what comes too early is written, set aside, and later put back:
-//
-//      m_acText
-//      +---------------------------+------------------------------+--------------------------+
-//      | text in the making --->   |  free                        |   <--- texts set aside   |
-//      +---------------------------+------------------------------+--------------------------+
-//                                m_nEnd                        m_nStash
-//
-// Texts never move while they are aside, so they are handed around as views, as are pieces of the symbol.
-//
-// There is one failure, and it is for good: a symbol that cannot be read. It moves the reading position to the end,
-// where no function finds anything to read, so that all of them return soon. What they write is not looked at.
+/// The symbol and the output of one call.
+///
+/// Output is appended. A symbol has some parts in another order than the output. A piece that is decoded before it is
+/// needed is written, stashed at the far end of the buffer, and appended later:
+///
+///      m_acText
+///      +---------------------------+------------------------------+--------------------------+
+///      | output --->               |  free                        |     <--- stashed pieces  |
+///      +---------------------------+------------------------------+--------------------------+
+///                                m_nEnd                        m_nStash
+///
+/// Stashed pieces never move, so they are passed around as views, like pieces of the symbol.
+///
+/// There is one kind of failure, and it is permanent: the symbol cannot be read. It moves the reading position to the
+/// end, where no function finds anything to read, so all of them return soon. What they write is ignored.
 class ZDemangleText
 {
 public:
     using Text = std::string_view;
 
-    // The text, as far as it was written.
+    /// The output so far.
     Text Written() const { return WrittenSince(0); }
 
-    // Whether nothing failed, and nothing is left of the symbol.
+    /// Whether nothing failed and the whole symbol was read.
     bool IsComplete() const { return !m_bFailed && m_pRead == m_pEnd; }
 
 protected:
@@ -53,7 +55,7 @@ protected:
 
     bool HasFailed() const { return m_bFailed; }
 
-    // For the table of a code: an empty text is no text.
+    // Checks a string from a table of codes: an empty one is a failure.
     Text Known(Text text)
     {
         if (text.empty())
@@ -65,7 +67,7 @@ protected:
 
     const char* Position() const { return m_pRead; }
 
-    // NUL at the end. No code contains one.
+    // Returns NUL at the end. No code contains NUL.
     char Peek() const { return m_pRead != m_pEnd ? *m_pRead : '\0'; }
 
     char Next()
@@ -97,13 +99,13 @@ protected:
             Fail();
     }
 
-    // For loops over a list: a failure ends it too.
+    // Consumes the end of a list. A failure ends the list too, so that loops end.
     bool ConsumeEnd(char c) { return Consume(c) || m_bFailed; }
 
     static bool IsDigit(char c) { return c >= '0' && c <= '9'; }
     static bool IsNibble(char c) { return c >= 'A' && c <= 'P'; }
 
-    // What stands before the next "@", which must be something. Goes on behind it.
+    // Returns the characters before the next "@" and moves past it. It is a failure if there are none.
     Text ReadToAt()
     {
         const void* pAt = std::memchr(m_pRead, '@', static_cast<size_t>(m_pEnd - m_pRead));
@@ -114,8 +116,8 @@ protected:
         return text;
     }
 
-    // "?" for a negative number; a digit, which is the number less 1, or the letters A to P as hexadecimal digits, and
-    // "@".
+    // Reads an optional "?" for a negative number, then one digit, which is the number less 1, or hexadecimal digits A
+    // to P and "@".
     SNumber ReadNumber()
     {
         SNumber number{0, Consume('?')};
@@ -156,10 +158,10 @@ protected:
         m_nEnd = static_cast<uint32>(result.ptr - m_acText);
     }
 
-    // Takes back what was written since nBegin.
+    // Removes what was written since nBegin.
     void Drop(uint32 nBegin) { m_nEnd = nBegin; }
 
-    // A copy of what was written since nBegin.
+    // Stashes a copy of what was written since nBegin.
     Text StashCopy(uint32 nBegin)
     {
         const uint32 nSize = m_nEnd - nBegin;
@@ -170,7 +172,7 @@ protected:
         return {m_acText + m_nStash, nSize};
     }
 
-    // The same, taken out of the text.
+    // Stashes what was written since nBegin and removes it from the output.
     Text Stash(uint32 nBegin)
     {
         const Text text = StashCopy(nBegin);
@@ -178,7 +180,7 @@ protected:
         return text;
     }
 
-    // Writes a text that is not needed again. If it is the last one set aside, others get its room.
+    // Writes a piece that is not needed again. If it was stashed last, its space is free again.
     void Unstash(Text text)
     {
         Put(text);
@@ -186,7 +188,7 @@ protected:
             m_nStash += static_cast<uint32>(text.size());
     }
 
-    // All that was set aside between the two calls is given up.
+    // Frees all that was stashed between the two calls.
     uint32 StashMark() const { return m_nStash; }
     void ReleaseStash(uint32 nMark) { m_nStash = nMark; }
 
@@ -198,10 +200,10 @@ private:
     bool m_bFailed = false;
     uint32 m_nEnd = 0;
     uint32 m_nStash = kSize;
-    char m_acText[kSize]; // stays unwritten but for the texts
+    char m_acText[kSize]; // uninitialised but for the output and the stash
 };
 
-// The texts that a symbol can refer to by one digit: the first ten. More are not entered.
+/// The strings that a symbol can refer to by one digit: the first ten. Later ones are not entered.
 class ZBackReferences
 {
 public:
@@ -224,7 +226,7 @@ public:
             m_texts[m_nSize++] = text;
     }
 
-    // Empty if there is none.
+    // Returns the empty string if there is none.
     Text operator[](char cDigit) const
     {
         const uint32 nIndex = static_cast<uint32>(cDigit - '0');
