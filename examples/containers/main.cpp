@@ -1,8 +1,8 @@
-// Fills each container with the numbers 0 to N - 1 and reports what that asked of the allocator:
+// Fills each container with the numbers 0 to N - 1 and reports its allocator calls and memory:
 //
 //   containers [N]        1000 if N is not given
 //
-// The report comes from an allocator that counts, which is installed like any other: the containers are not told of it.
+// The figures come from a counting allocator. It is installed like any other, and the containers know nothing of it.
 #include "core/containers/array.h"
 #include "core/containers/blockarray.h"
 #include "core/containers/hashmap.h"
@@ -47,16 +47,16 @@ public:
     }
 
     uint64 m_nAllocations = 0;
-    uint64 m_nBytes = 0; // of the blocks that are out
+    uint64 m_nBytes = 0; // of the live blocks
     uint64 m_nMostBytes = 0;
 
 private:
-    std::unordered_map<void*, uint64> m_sizes; // of the standard library, so that it does not count itself
+    std::unordered_map<void*, uint64> m_sizes; // a standard container, so that the map does not count itself
     ZMallocAllocator m_heap;
 };
 
-// Runs fill on a new container and prints a line of the report. What is out when the container has died is a leak; the
-// result says whether there was one.
+// Runs fill on a new container and prints its line of the report. Bytes that are still allocated when the container is
+// destroyed are a leak. Returns whether there was none.
 template <class TContainer, class TFill>
 bool Report(const char* pszName, TFill fill)
 {

@@ -1,12 +1,12 @@
-// Copies text from standard input to standard output and replaces every decorated symbol in it, as in the messages of a
+// Copies standard input to standard output and replaces every decorated symbol in it, for example in the messages of a
 // linker or the listing of a library:
 //
 //   unresolved external symbol ?doTheBar@Beta@Alpha@@QBEHHM@Z
 //   unresolved external symbol int Alpha::Beta::doTheBar(int, float) const
 //
-// A symbol begins with "?" and goes on for as long as the characters can belong to one. What cannot be read stays as it
-// is. Any amount of text goes through the same few buffers: a long line comes in pieces, and a symbol that is cut by
-// the end of a piece is put together again. Every line that is written ends with "\n".
+// A symbol begins with "?" and extends as far as its characters can belong to one. A symbol that cannot be read stays
+// as it is. Input of any length passes through the same few buffers: a long line comes in pieces, and a symbol that the
+// end of a piece cuts is joined again. Every line of the output ends with "\n".
 #include "core/values/demangle.h"
 #include "core/values/linereader.h"
 
@@ -20,7 +20,7 @@
 namespace
 {
 constexpr uint32 kLineBuffer = 4096;
-constexpr uint32 kMaxSymbol = 4096; // more than compilers write
+constexpr uint32 kMaxSymbol = 4096; // longer than compilers write
 constexpr uint32 kMaxText = 32 * 1024;
 
 void WriteOut(std::string_view text)
@@ -33,7 +33,7 @@ class ZFilter
 public:
     explicit ZFilter(bool bVerbose) : m_bVerbose(bVerbose) {}
 
-    // The next piece of a line.
+    // Writes the next piece of a line.
     void Write(std::string_view piece)
     {
         while (!piece.empty())
@@ -50,7 +50,7 @@ public:
     }
 
 private:
-    // Writes the symbol, which was held back since more of it could have come.
+    // Writes the symbol, which was held back because more of it could have come.
     void Flush()
     {
         m_text.clear();
@@ -80,7 +80,7 @@ private:
         return nTaken;
     }
 
-    // Angle brackets are part of names such as "<lambda_1>", but not those around a symbol.
+    // Angle brackets are part of names such as "<lambda_1>"; those around a symbol are not.
     bool Continues(char c)
     {
         if (c == '<')

@@ -2,9 +2,8 @@
 //
 //   settings game.json window.width=1920 player.name=Walnut 'keys=["w", "a"]'
 //
-// The settings are held as a ZDynamicObject; the JSON text on both sides is the business of a JSON library. What stands
-// behind the first "=" is a JSON value, or a string if it is none. The last step of a path may be new, the others must
-// be there.
+// The settings are held as a ZDynamicObject; a JSON library parses and prints the JSON. What follows the first "=" is a
+// JSON value, or a string if it is not JSON. The last step of a path may be new; the others must exist.
 #include "core/dynamic/dynamicobject.h"
 
 #include <cstdio>
@@ -19,7 +18,7 @@ namespace
 {
 using Json = nlohmann::ordered_json;
 
-// More than any settings have, and little enough for the recursion on the way out.
+// More than any settings need, and little enough for the recursion of ToJson.
 constexpr size_t kMaxDepth = 500;
 
 ZString Text(std::string_view text)
@@ -27,8 +26,8 @@ ZString Text(std::string_view text)
     return ZString(text);
 }
 
-// Builds the tree while the parser reads: the containers that are still open, the innermost last, each with the key
-// that its next value gets.
+// Builds the tree while the parser reads. m_open has the containers that are still open, the innermost last, each with
+// the key of its next value.
 class ZBuilder : public nlohmann::json_sax<Json>
 {
 public:
@@ -115,7 +114,7 @@ Json ToJson(const ZDynamicObject& node)
         return std::string(std::string_view(node.GetValue<ZString>()));
     if (!node.IsValue<float64>())
         return nullptr;
-    // Every number is held as float64; a whole one is printed as such.
+    // Every number is held as float64; an integer is printed as an integer.
     const float64 fNumber = node.GetValue<float64>();
     const int64 nNumber = node.GetValue<int64>();
     return static_cast<float64>(nNumber) == fNumber && nNumber != INT64_MIN ? Json(nNumber) : Json(fNumber);
@@ -128,7 +127,7 @@ int Fail(std::string_view what, std::string_view why)
     return 1;
 }
 
-// Applies "path=value". The result is the exit status.
+// Applies "path=value" and returns the exit status.
 int Apply(ZDynamicObject& settings, std::string_view change)
 {
     const size_t nEquals = change.find('=');
@@ -171,7 +170,7 @@ int main(int argc, char** argv)
     if (nOption != -1 || optind >= argc)
     {
         std::fputs("Usage: settings FILE [PATH=VALUE...]\n"
-                   "Prints the JSON file with the changes. PATH: keys joined by dots. VALUE: JSON, else a text.\n",
+                   "Prints the JSON file with the changes. PATH: keys joined by dots. VALUE: JSON, or else a string.\n",
                    bHelp ? stdout : stderr);
         return bHelp ? 0 : 2;
     }
