@@ -32,7 +32,7 @@ int ms_nConstructorCalls = 0;
 std::vector<int> ms_DestructorCalls;
 std::set<std::pair<int, int>> ms_AssignmentCalls;
 
-// No move operations, and a copy constructor that leaves no trace: relocation shows in the destruction alone.
+// It has no move operations, and its copy constructor leaves no trace, so relocation shows in the destruction alone.
 struct SCountingElement
 {
     explicit SCountingElement(int nValue) : m_nValue(nValue) { ++ms_nConstructorCalls; }

@@ -1,10 +1,10 @@
-// One contract for all containers, in three typed suites. What a container does in its own way, its own tests show.
+// One contract for all containers, in three typed suites. What a container does differently is tested elsewhere.
 //
 // - TSequenceCollectionsTest: insertion at a position, of elements of the sequence itself too, and removal.
 // - TPairAssociativeCollectionsTest: keys and values.
 // - TCollectionsTest: what every container owes: size, copying, moving, iterators, enumerators, the range-based for.
 //
-// A failure is reported by its line, and these numbers are kept: keep the checks where they stand.
+// A failure is reported with its line number, and these numbers are fixed: keep every check on its line.
 #include "core/containers/array.h"
 #include "core/containers/blockarray.h"
 #include "core/containers/list.h"
@@ -12,8 +12,8 @@
 #include "core/containers/slist.h"
 #include "verification/collectionsupport.h"
 
-// Every fixture brings the normal allocator along, and takes it away when the case is over. It is the first member, so
-// it outlives the factory, and every collection is a local of its case and gone before both.
+// Every fixture installs the normal allocator and removes it when the case is over. The scope is its first member, so
+// it outlives the factory. Every collection is a local variable of its case, so it is destroyed before both.
 template <class TCollection>
 class TSequenceCollectionsTest : public testing::Test
 {
@@ -36,17 +36,17 @@ using SequenceCollections = testing::Types<
     >;
 TYPED_TEST_SUITE(TSequenceCollectionsTest, SequenceCollections);
 
-// Insertion at the end takes its value as an rvalue: whether that is moved or copied is the sequence's own business.
+// Insertion at the end takes its value as an rvalue. Whether the sequence moves or copies it is left open.
 //
-// The four insertions after that take an element of the sequence itself. What goes in must be what that element was
-// before anything moved, wherever it stands: at the position, before it or behind it, and whether or not the sequence
-// has to grow. Each is taken back by removing what the returned iterator stands on. The number of living elements is
-// that of the sequence throughout, which an insertion that built its new element in passing, or kept a copy of it,
-// would not leave so.
+// The four insertions after that take an element of the sequence itself. The inserted value must be the one that this
+// element had before anything moved, wherever it is: at the position, before it or after it, and whether or not the
+// sequence has to grow. Each insertion is undone by erasing the element at the returned iterator. The number of live
+// elements always equals the size of the sequence. An insertion that left a temporary or a second copy alive would
+// break that.
 //
-// No check depends on how an element got to its place. That differs: TArray shifts and grows by moving, TBlockArray
-// shifts by moving and never moves an element when it grows, TMaxArray shifts by copying, and the lists touch no other
-// element at all.
+// No check depends on how an element gets to its place, because that differs. TArray shifts and grows by moving.
+// TBlockArray shifts by moving, and never moves an element when it grows. TMaxArray shifts by copying, and the lists
+// touch no other element.
 
 TYPED_TEST(TSequenceCollectionsTest, Basic)
 {
@@ -62,47 +62,47 @@ TYPED_TEST(TSequenceCollectionsTest, Basic)
     EXPECT_RANGE(col, {1, 2, 3});
     EXPECT_EQ(3, this->f.GetStats().m_nInstances);
 
-    // The first element, before itself.
+    // Inserts the first element before itself.
     it = col.Insert(col.Begin(), std::as_const(*col.Begin()));
 
-    // Now there are two of it.
+    // Now it is there twice.
     EXPECT_RANGE(col, {1, 1, 2, 3});
     EXPECT_EQ(4, this->f.GetStats().m_nInstances);
     col.Erase(it);
     EXPECT_RANGE(col, {1, 2, 3});
     EXPECT_EQ(3, this->f.GetStats().m_nInstances);
 
-    // The first element, behind itself.
+    // Inserts the first element after itself.
     second = col.Begin();
     ++second;
     it = col.Insert(second, std::as_const(*col.Begin()));
 
-    // Now there are two of it.
+    // Now it is there twice.
     EXPECT_RANGE(col, {1, 1, 2, 3});
     EXPECT_EQ(4, this->f.GetStats().m_nInstances);
     col.Erase(it);
     EXPECT_RANGE(col, {1, 2, 3});
     EXPECT_EQ(3, this->f.GetStats().m_nInstances);
 
-    // The second element, before the first one: it shifts while it is needed.
+    // Inserts the second element before the first one, so it shifts while it is needed.
     second = col.Begin();
     ++second;
     it = col.Insert(col.Begin(), std::as_const(*second));
 
-    // Now it also leads.
+    // Now it is also the first one.
     EXPECT_RANGE(col, {2, 1, 2, 3});
     EXPECT_EQ(4, this->f.GetStats().m_nInstances);
     col.Erase(it);
     EXPECT_RANGE(col, {1, 2, 3});
     EXPECT_EQ(3, this->f.GetStats().m_nInstances);
 
-    // The second element, before itself.
+    // Inserts the second element before itself.
     second = col.Begin();
     ++second;
     it = col.Insert(second, std::as_const(*second));
 
-    // Now there are two of it, and it stands in
-    // the middle.
+    // Now it is there twice, in the middle of the
+    // sequence.
     EXPECT_RANGE(col, {1, 2, 2, 3});
     EXPECT_EQ(4, this->f.GetStats().m_nInstances);
     col.Erase(it);
@@ -110,7 +110,7 @@ TYPED_TEST(TSequenceCollectionsTest, Basic)
     EXPECT_EQ(3, this->f.GetStats().m_nInstances);
 }
 
-// Elements are changed through the loop's reference: here by ++, which touches
+// The loop's reference can change the elements. Here ++ does, which touches
 // no counter.
 TYPED_TEST(TSequenceCollectionsTest, RangeBasedForLoop)
 {
@@ -129,7 +129,7 @@ TYPED_TEST(TSequenceCollectionsTest, RangeBasedForLoop)
 
     EXPECT_RANGE(col, {2, 3, 4});
 
-    // The read-only walk.
+    // A loop over the const collection.
     int sum = 0;
     for (const auto& x : std::as_const(col))
     {
@@ -139,8 +139,8 @@ TYPED_TEST(TSequenceCollectionsTest, RangeBasedForLoop)
     EXPECT_EQ(9, sum);
 }
 
-// Keys and values come from a factory each, so that each is
-// counted for itself.
+// Keys and values come from two factories, so that they are counted
+// separately.
 template <class TCollection>
 class TPairAssociativeCollectionsTest : public testing::Test
 {
@@ -149,7 +149,7 @@ class TPairAssociativeCollectionsTest : public testing::Test
 protected:
     TPairAssociativeCollectionsTest() : m_keys(), m_values() {}
 
-    // Both temporaries are gone when the pair is in.
+    // Both temporaries are destroyed when the pair is in.
     void Add(TCollection& col, int nKey, int nValue)
     {
         AddValue(col, typename TCollection::value_type(m_keys.Create(nKey), m_values.Create(nValue)));
@@ -167,8 +167,8 @@ using PairAssociativeCollections = testing::Types<
     >;
 TYPED_TEST_SUITE(TPairAssociativeCollectionsTest, PairAssociativeCollections);
 
-// The keys differ, so containers that keep one pair of a key and those that
-// keep all of them agree.
+// The keys differ, so containers with unique keys agree with those that keep
+// equal keys.
 TYPED_TEST(TPairAssociativeCollectionsTest, Basic)
 {
     TypeParam col;
@@ -176,7 +176,7 @@ TYPED_TEST(TPairAssociativeCollectionsTest, Basic)
     this->Add(col, 1, 2);
     EXPECT_RANGE(col, {{1, 2}});
 
-    // The value can be changed through the loop's reference, the key cannot.
+    // The loop's reference can change the value but not the key.
     this->Add(col, 3, 7);
     for (auto& x : col)
     {
@@ -195,7 +195,7 @@ TYPED_TEST(TPairAssociativeCollectionsTest, Basic)
     EXPECT_EQ(11, valueSum);
 }
 
-// What every container owes.
+// What every container must provide.
 template <class TCollection>
 class TCollectionsTest : public testing::Test
 {
@@ -213,7 +213,7 @@ using Collections = testing::Types<
     >;
 TYPED_TEST_SUITE(TCollectionsTest, Collections);
 
-// Makes values of a container's kind and adds them. The factory counts what lives; of keys and values, the values.
+// Makes values for a container and adds them. The factory counts the live ones; of pairs, it counts the values.
 template <class TCollection>
 class TCollectionTestHelper
 {
@@ -222,7 +222,7 @@ public:
 
     Value CreateValue() { return m_factory.Create(); }
 
-    // Takes a copy, which is gone when the value is in.
+    // Takes a copy, which is destroyed when the value is in.
     void Add(TCollection& collection, Value value) { AddValue(collection, std::move(value)); }
 
     TCollection& Fill(TCollection& collection, int n)
@@ -246,7 +246,7 @@ template <class TCollection>
 void TCollectionTestHelper<TCollection>::Basic()
 {
     {
-        // The value dies first.
+        // The value is destroyed first.
         TCollection collection;
         const Value val = CreateValue();
         EXPECT_EQ(0, collection.Size());
@@ -270,8 +270,8 @@ TYPED_TEST(TCollectionsTest, Assign)
     collection1 = collection2;
     EXPECT_EQ(14, helper.m_factory.GetStats().m_nInstances);
 
-    // The five old elements are gone, seven
-    // copies have come.
+    // The five old elements are destroyed, and
+    // there are seven copies.
     EXPECT_EQ(7, collection1.Size());
     EXPECT_EQ(7, collection2.Size());
 
@@ -336,7 +336,7 @@ TYPED_TEST(TCollectionsTest, Iterators)
     const auto val = helper.CreateValue();
     helper.Add(collection, val);
 
-    // Now there is one element.
+    // A collection of one element.
     EXPECT_FALSE(collection.Begin() == collection.End());
     EXPECT_TRUE(collection.Begin() != collection.End());
     EXPECT_FALSE(constCollection.Begin() == constCollection.End());
@@ -371,16 +371,16 @@ TYPED_TEST(TCollectionsTest, Iterators)
     EXPECT_TRUE(ci == collection.End());
 }
 
-// A fresh enumerator stands before the first element, and behind the last one there is none. On an empty collection
-// both are the same.
+// A new enumerator is before the first element. MoveNext returns false after the last element, and so at once if the
+// collection is empty.
 TYPED_TEST(TCollectionsTest, Enumerator)
 {
     TCollectionTestHelper<TypeParam> helper;
     TypeParam collection;
     const TypeParam& constCollection = collection;
 
-    // There is nothing to stand on, not even before
-    // the first element.
+    // The collection is empty, so there is no
+    // first element.
 
     EXPECT_FALSE(collection.GetEnumerator().MoveNext());
     EXPECT_FALSE(constCollection.GetEnumerator().MoveNext());
@@ -412,7 +412,7 @@ TYPED_TEST(TCollectionsTest, RangeBasedForLoop)
     }
 
     auto cit = constCollection.Begin();
-    // The read-only walk.
+    // A loop over the const collection.
     for (const auto& x : constCollection)
     {
         EXPECT_TRUE(x == *(cit++));

@@ -1,5 +1,5 @@
-// What the collection suites need of the containers beyond their contract: where elements come from, how they are
-// added, and a check that compares a whole collection with a list of values.
+// Helpers of the collection suites: they make elements, add them to any container, and compare a whole collection with
+// a list of values.
 #pragma once
 
 #include "core/containers/array.h"
@@ -15,8 +15,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-// The factory of a container's values: of elements, or of pairs of them. What counts in a pair is the value; with each
-// value goes one key.
+// The factory of a container's values: of elements, or of pairs of them. In a pair, the value is counted, and each
+// value gets a new key.
 template <class TValue>
 struct TTestFactory
 {
@@ -32,13 +32,13 @@ struct TTestFactory<E> : ZIntegralTestFactory
 {
 };
 
-// An element is hashed, like it is compared, by its value alone.
+// An element is hashed by its value alone, just as it is compared.
 inline uint32 HashKey(const E& element)
 {
     return HashKey(element.GetValue());
 }
 
-// Adds in the collection's own way. The lists and the ordered and hashed containers place the value themselves.
+// Adds by the collection's own operation. The lists and the ordered and hashed containers choose the place themselves.
 template <class TCollection, class T>
 void AddValue(TCollection& collection, T&& value)
 {
@@ -66,7 +66,7 @@ void AddValue(TMaxArray<T, N>& array, T&& value)
     array.Insert(array.End(), value);
 }
 
-// Adds one of many values: at the end, where the collection has such an operation.
+// Adds one of many values, at the end if the collection has such an operation.
 template <class TCollection, class T>
 void AppendValue(TCollection& collection, T&& value)
 {
@@ -77,7 +77,7 @@ void AppendValue(TCollection& collection, T&& value)
 }
 
 // EXPECT_RANGE(col, {1, 2, 3}), or {{1, 2}, {3, 4}} for keys and values: col has these values, in this order. A failure
-// shows both by name, so that elements which are moved from or dead can be told.
+// prints both, and shows which elements are moved from or destroyed.
 #define EXPECT_RANGE(col, ...)                                                                                         \
     do                                                                                                                 \
     {                                                                                                                  \
@@ -88,7 +88,7 @@ void AppendValue(TCollection& collection, T&& value)
 
 namespace detail
 {
-// An element as the lists spell it.
+// The value of an element, as a list of values spells it.
 inline int Plain(const E& element)
 {
     return element.GetValue();

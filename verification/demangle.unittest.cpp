@@ -1,10 +1,10 @@
-// No fixture and no allocator scope: nothing in here may reach the normal allocator.
+// No fixture and no allocator scope: nothing here may reach the normal allocator.
 #include "core/values/demangle.h"
 #include "core/strings/stack_string.h"
 
 #include <gtest/gtest.h>
 
-// A macro, so that a failure shows the line of the row and its text.
+// A macro, so that a failure shows the line of the row and the expected string as it is written there.
 #define EXPECT_TEXT(symbol, verbose, text)                                                                             \
     do                                                                                                                 \
     {                                                                                                                  \

@@ -1,5 +1,5 @@
 // The element of the typed suites. Every special member function leaves a trace: in the counters of the factory that
-// made the element, and in the value of an element that has been moved from or destroyed.
+// made the element, and in the value of an element that was moved from or destroyed.
 #pragma once
 
 #include "core/platform/platform.h"
@@ -7,7 +7,7 @@
 #include <ostream>
 #include <utility>
 
-// What happened to the elements of one factory. m_nInstances is the number that is alive, moved-from ones included.
+// What happened to the elements of one factory. m_nInstances is the number of live ones, including those moved from.
 struct STypeStats
 {
     int32 m_nInstances;
@@ -22,8 +22,8 @@ struct STypeStats
 };
 static_assert(sizeof(STypeStats) == 28);
 
-// Counts the life of the object that it is a member of, in a record that is not its own. An object belongs to its
-// record for life: assignment is counted, but does not bring the source's record along.
+// Counts the life of the object that it is a member of, in a record outside the object. An object keeps its record for
+// life: assignment is counted, but does not take over the record of the source.
 class ZTypeStatsRefMovable
 {
 public:
@@ -67,8 +67,8 @@ private:
     STypeStats* m_pStats;
 };
 
-// An element of one number, made by a TIntegralTestFactory. The numbers in use are small and positive, so that the two
-// marks are never mistaken for data; a check that reads kDestructed has looked at a dead object.
+// An element of one number, made by a ZIntegralTestFactory. The numbers in use are small and positive, so the two marks
+// are never mistaken for data. A check that reads kDestructed has looked at a destroyed object.
 template <class TValue, class TStatsPolicy>
 class TIntegralTestType
 {
@@ -83,12 +83,12 @@ public:
     {
     }
 
-    // The store is volatile, or the compiler would leave it out: nobody may look at the value any more.
+    // The store is volatile because the compiler would otherwise drop it: nobody may read the value any more.
     ~TIntegralTestType() { static_cast<volatile TValue&>(m_value) = kDestructed; }
 
     TIntegralTestType& operator=(const TIntegralTestType&) = default;
 
-    // Moving an element onto itself leaves the mark, like any other move out of it.
+    // Moving an element to itself leaves the mark, like any other move from it.
     TIntegralTestType& operator=(TIntegralTestType&& other) noexcept
     {
         m_value = other.m_value;
@@ -97,7 +97,7 @@ public:
         return *this;
     }
 
-    // The value alone: equal elements may come from different factories. None of these touches a counter.
+    // Only the value is compared, because equal elements may come from different factories. No counter changes.
     bool operator==(const TIntegralTestType& other) const { return m_value == other.m_value; }
     bool operator<(const TIntegralTestType& other) const { return m_value < other.m_value; }
     TIntegralTestType& operator++()
@@ -124,13 +124,13 @@ private:
 using E = TIntegralTestType<int, ZTypeStatsRefMovable>;
 static_assert(sizeof(E) == 16);
 
-// Makes elements and holds the record that they count in, so it must outlive every one of them. Zero-filled it is a
-// new factory, whose first element has the value 1.
+// Makes elements and holds the record that counts them, so it must outlive all of them. A factory filled with zeros is
+// a new one, whose first element has the value 1.
 class ZIntegralTestFactory
 {
 public:
-    // The next value after the last one, or a value of its own, which then is the last one. The result is the element
-    // itself and no copy of one: each call counts one construction.
+    // Makes an element of the next value, or of a given value, after which the next values follow. Returns the element
+    // itself and not a copy: each call counts one construction.
     E Create() { return E(++m_nLast, m_stats); }
     E Create(int32 nValue) { return E(m_nLast = nValue, m_stats); }
 

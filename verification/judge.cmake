@@ -1,8 +1,8 @@
 # cmake -DPROGRAM=... -DREGISTRY=... -P judge.cmake
 #
-# Judges a verification program by its report, since its exit status is 0 whatever the cases report: the registered cases
-# must be those of REGISTRY, name by name and in order, and the report must say of each of them that it passed, and of
-# none that it failed.
+# Judges a verification program by its report, because its exit status is 0 whatever the cases report. The registered
+# cases must be those of REGISTRY, name by name and in order. The report must say that each of them passed and that none
+# failed.
 cmake_minimum_required(VERSION 3.25)
 
 execute_process(COMMAND ${PROGRAM} --gtest_list_tests OUTPUT_VARIABLE listing)

@@ -1,4 +1,4 @@
-// No fixture and no allocator scope: nothing in here may reach the normal allocator.
+// No fixture and no allocator scope: nothing here may reach the normal allocator.
 #include "core/values/linereader.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 
 namespace
 {
-// A text, its size with the terminator, and how much of it has been read.
+// A string, its size with the terminator, and how much of it has been read.
 struct SSource
 {
     const char* m_pszText;
@@ -65,7 +65,7 @@ TEST(LineReader, basic_tests)
     uint32 nStringLength = 0;
     int nLine = 0;
 
-    // A macro, because a failure shows the expected number as it is written in the call.
+    // A macro, so that a failure shows the expected number as it is written in the call.
 #define EXPECT_PIECE(line, piece)                                                                                      \
     do                                                                                                                 \
     {                                                                                                                  \
@@ -80,7 +80,7 @@ TEST(LineReader, basic_tests)
         }                                                                                                              \
     } while (false)
 
-    // The lines and the pieces that the buffer cuts them into.
+    // The line numbers, and the pieces into which the buffer cuts the lines.
     // clang-format off
     const std::pair<int, const char*> kPieces[] = {
         {1, ""}, {2, "0"}, {3, "01"}, {4, "012"}, {5, "0123"}, {6, "01234"}, {7, "012345"},

@@ -35,8 +35,8 @@ TEST_F(TMapTest, CompareMaps)
     map0[5] = 300;
     EXPECT_TRUE(map0 != map1);
 
-    // The same key with another value, then with the same one. Each time both operators are asked, since neither is
-    // written in terms of the other.
+    // The same key with another value, then with the same value. Both operators are called each time, because neither
+    // is written in terms of the other.
 
     map1[5] = 600;
     EXPECT_FALSE(map0 == map1);
@@ -60,10 +60,10 @@ TEST_F(TMapTest, GettingElements)
     const TMap<int, int>& mapRef = map;
     EXPECT_EQ(300, mapRef[5]);
 
-    // A const map cannot insert what is missing.
+    // A const map cannot insert a missing key.
     EXPECT_DEATH(mapRef[15], "");
 
-    // Nor does GetValue, on any map.
+    // GetValue inserts nothing, on any map.
     EXPECT_EQ(300, mapRef.GetValue(5, 77));
     EXPECT_EQ(77, mapRef.GetValue(15, 77));
 }

@@ -32,8 +32,8 @@ int ms_nConstructorCalls = 0;
 std::vector<int> ms_DestructorCalls;
 std::set<std::pair<int, int>> ms_AssignmentCalls;
 
-// The destructor and the copy assignment leave a trace. There is nothing to move, and copy construction is
-// silent.
+// The destructor and the copy assignment leave a trace. There are no move operations, and the copy constructor leaves
+// no trace.
 struct SCountingElement
 {
     explicit SCountingElement(int nValue) : m_nValue(nValue) { ++ms_nConstructorCalls; }

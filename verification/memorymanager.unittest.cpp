@@ -1,4 +1,4 @@
-// No fixture and no allocator scope here: outside a scope there is no normal allocator, and the first check says so.
+// No fixture and no allocator scope here: outside a scope there is no normal allocator, as the first check shows.
 #include "core/memory/memorymanager.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// No fixture and no allocator scope: nothing in here may reach the normal allocator.
+// No fixture and no allocator scope: nothing here may reach the normal allocator.
 #include "core/strings/stack_string.h"
 
 #include <cstring>
@@ -6,7 +6,7 @@
 
 namespace
 {
-// Proves that no operation writes outside the buffer: the guards on both sides are checked when the string dies.
+// Proves that no operation writes outside the buffer: the destructor checks the guards on both sides.
 template <uint32 N>
 class ZGuardedStackString : public ZStackStringBase
 {
@@ -29,7 +29,7 @@ private:
     char* buffer() override { return mem + sizeof(headGuard) - 1; }
     uint32 capacity() const override { return N; }
 
-    // A function of its own, since a fatal check returns, and a destructor has nothing to return.
+    // A separate function, because a fatal check returns a void expression, which a destructor cannot.
     // clang-format off
     void CheckGuards() const
     {

@@ -1,4 +1,4 @@
-// No fixture and no allocator scope: nothing in here may reach the normal allocator.
+// No fixture and no allocator scope: nothing here may reach the normal allocator.
 #include "core/strings/stringfunc.h"
 
 #include <cstring>
@@ -7,8 +7,8 @@
 
 namespace
 {
-// A buffer between two guards, which are checked when it dies. get() hands out a copy that is written back at the end
-// of the full expression.
+// A buffer between two guards, which the destructor checks. get() returns a copy that is written back at the end of the
+// full expression.
 template <int N>
 class ZGuardedBuffer
 {
@@ -27,7 +27,7 @@ public:
     class ZTransfer
     {
     public:
-        // Out of line, or GCC warns that bytes are copied which nobody has written yet. So they are.
+        // Out of line, because GCC would warn that uninitialised bytes are copied. They are, and that does no harm.
         KX_NOINLINE explicit ZTransfer(ZGuardedBuffer& buffer) : m_pBuffer(&buffer)
         {
             memcpy(m_aCopy, buffer.Text(), N);
@@ -51,7 +51,7 @@ private:
 
     char* Text() { return mem + sizeof(headGuard) - 1; }
 
-    // A function of its own, since a fatal check returns, and a destructor has nothing to return.
+    // A separate function, because a fatal check returns a void expression, which a destructor cannot.
     // clang-format off
     void CheckGuards() const
     {
@@ -116,7 +116,7 @@ struct SCandidate
     bool hasSucceeded;
 };
 
-// One output variable for the whole table: a row that fails must store its 0.
+// One output variable for the whole table: a row that fails must store 0.
 template <class T, uint32 nCount>
 void CheckCandidates(const SCandidate<T> (&candidates)[nCount])
 {

@@ -1,4 +1,4 @@
-// No fixture and no allocator scope: nothing in here may reach the normal allocator.
+// No fixture and no allocator scope: nothing here may reach the normal allocator.
 #include "core/values/version.h"
 
 #include <cstdio>
@@ -14,7 +14,7 @@ struct SVersionCandidate
 };
 } // namespace
 
-// One output object for the whole table, never written here: a row that fails must clear all of it.
+// One output object for the whole table, which the case never writes: a row that fails must clear all of it.
 TEST(Version, Read)
 {
     const SVersionCandidate candidates[] = {
