@@ -4,7 +4,7 @@
 //      |                 |                           |             |
 //      v                 v                           v             v
 //      +-----------------+---------------------------+-------------+---+
-//      | handed out      | t e x t \r \n t e x t     | room        |   |      nBufferSize bytes
+//      | handed out      | t e x t \r \n t e x t     | free        |   |      nBufferSize bytes
 //      +-----------------+---------------------------+-------------+---+
 //
 //   A line ends at LF ("\n") or CR LF ("\r\n"). It is returned in place, and a NUL overwrites its line end. So nothing
