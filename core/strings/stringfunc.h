@@ -75,8 +75,8 @@ bool IntFromString(const char* pszText, T* pResult, char** ppEnd = nullptr) requ
 /// Prints into the nSize bytes at pBuffer as printf does. Returns the number of characters without the terminator.
 ///
 /// Nothing is truncated: a result that does not fit with its terminator triggers the debug break, and so does a format
-/// that printf rejects. If execution resumes, the buffer holds the empty string and the result is -1. No argument may
-/// be in the buffer.
+/// that printf rejects. If execution resumes, the buffer holds the empty string (nothing if nSize is 0) and the result
+/// is -1. No argument may be in the buffer.
 KX_API int FormatToBuffer(char* pBuffer, uint64 nSize, const char* pszFormat, ...) KX_PRINTF(3, 4);
 
 /// Writes the two strings, one after the other, into acResult and returns it.
