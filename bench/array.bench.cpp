@@ -1,5 +1,5 @@
-// TArray beside std::vector, and beside a std::vector that is grown by hand by the rule of TArray: that one separates
-// what the growth rule costs from what the code costs.
+// TArray beside std::vector, and beside a std::vector that is grown by hand by the rule of TArray. The latter separates
+// the cost of the growth rule from that of the code.
 #include "core/containers/array.h"
 #include "bench/support.h"
 
@@ -111,8 +111,8 @@ void Index(benchmark::State& state)
     }
 }
 
-// How fast memory is copied depends on how source and target lie to each other within a page. So there are several
-// sources, in blocks of such a size that each lies an eighth of a page further on.
+// How fast memory is copied depends on the offsets of source and target within a page. So there are several sources, in
+// blocks of such a size that each source is an eighth of a page further on.
 constexpr size_t kPlacements = 8;
 constexpr int64 kPage = 4096;
 
@@ -133,7 +133,7 @@ void Copy(benchmark::State& state)
     }
 }
 
-// One insertion at nNumerator / 2 of the array; the last element makes room again.
+// Inserts one element at nNumerator / 2 of the array, then removes the last one to keep the size.
 template <class TArrayLike, int nNumerator>
 void Insert(benchmark::State& state)
 {
@@ -148,7 +148,7 @@ void Insert(benchmark::State& state)
     }
 }
 
-// One removal at nNumerator / 2 of the array; a new last element keeps the size.
+// Removes one element at nNumerator / 2 of the array, then appends one to keep the size.
 template <class TArrayLike, int nNumerator>
 void Erase(benchmark::State& state)
 {

@@ -1,4 +1,4 @@
-// demangle beside LLVM's demangler for the same symbols. A turn is all symbols of a list that both read.
+// demangle beside LLVM's demangler for the same symbols. A turn reads all symbols of a list that both can read.
 #include "core/values/demangle.h"
 #include "bench/support.h"
 
@@ -27,7 +27,8 @@ struct Own
     ZStackString<4096> m_text;
 };
 
-// Given its text buffer again at each call, which saves it an allocation. The result 0: not read.
+// Gets its output buffer back on each call, which saves it an allocation. The result 0 means that it cannot read the
+// symbol.
 struct Llvm
 {
     explicit Llvm(bool bVerbose)
@@ -52,7 +53,7 @@ struct Llvm
     char* m_pBuffer = static_cast<char*>(std::malloc(m_nBuffer));
 };
 
-// The first column of the file, without what the peer cannot read.
+// The first column of the file, without the symbols that the peer cannot read.
 Symbols ReadSymbols(const char* pszFile)
 {
     Symbols symbols;

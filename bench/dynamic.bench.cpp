@@ -1,5 +1,5 @@
-// ZDynamicObject beside the values of JSON libraries. Each contestant is an adapter with the same few operations, done
-// in the way that its own pages recommend.
+// ZDynamicObject beside the values of JSON libraries. Each contestant is an adapter with the same few operations,
+// written as the library's own documentation recommends.
 #include "core/dynamic/dynamicobject.h"
 
 #include "bench/support.h"
@@ -16,7 +16,7 @@
 
 namespace
 {
-// An object of ten properties has these keys, which all contestants get as literals.
+// The keys of an object of ten properties. All contestants get them as literals.
 #define KX_TEN_KEYS(do)                                                                                                \
     do                                                                                                                 \
     (0, "name") do(1, "position") do(2, "rotation") do(3, "scale") do(4, "mesh") do(5, "material") do(                 \
@@ -120,7 +120,7 @@ struct Nlohmann
 
 struct Rapid
 {
-    // A value needs the allocator of its document beside it.
+    // A value together with its document, whose allocator it needs.
     struct Value
     {
         explicit Value(rapidjson::Type type) : m_document(std::make_unique<rapidjson::Document>(type)) {}
@@ -319,7 +319,7 @@ void FindWide(benchmark::State& state)
     }
 }
 
-// 1000 objects of nine values, numbers most of them: 10,001 nodes.
+// A tree of 1000 objects with nine values each, most of them numbers: 10,001 nodes.
 template <class TContestant>
 auto Tree()
 {

@@ -1,5 +1,5 @@
 // The hash containers beside those of the standard library, Boost and Abseil, all with int keys and each with its own
-// hash, and beside the same design written out by hand: what the design costs, and what the container adds to it.
+// hash. The same design written by hand shows what the design costs and what the container adds to it.
 #include "bench/support.h"
 #include "core/containers/hashmap.h"
 #include "core/containers/hashset.h"
@@ -16,7 +16,7 @@
 
 namespace
 {
-// Key number nIndex. The numbers are scattered, and no two are the same.
+// Key number nIndex. The keys are scattered and distinct.
 int Key(int64 nIndex)
 {
     uint32 nBits = static_cast<uint32>(nIndex) + 1;
@@ -25,7 +25,7 @@ int Key(int64 nIndex)
     return static_cast<int>(nBits ^ (nBits >> 16));
 }
 
-// What is stored with a key, and stands for it in a set.
+// The value that is stored with a key. In a set it represents the key.
 int Value(int nKey)
 {
     return (nKey & 0xFF) + 1;
@@ -88,7 +88,7 @@ struct Other : TContainer
     void Room(int64 nCount) { this->reserve(static_cast<size_t>(nCount)); }
 };
 
-// The design by hand, without removal.
+// The same design written by hand, without removal.
 class ByHand
 {
 public:
@@ -190,7 +190,7 @@ void Insert(benchmark::State& state)
     }
 }
 
-// Look-ups in an order that no branch predictor learns: one turn takes the next n of many.
+// Looks keys up in an order that no branch predictor learns: a turn takes the next n of many.
 template <class TTable, int nPercentHits>
 void Find(benchmark::State& state)
 {
@@ -229,7 +229,7 @@ void Iterate(benchmark::State& state)
         Consume(state, Sum(table), nExpected);
 }
 
-// Takes each key out, in another order than it came, and puts it in again.
+// Removes each key, in another order than that of insertion, and inserts it again.
 template <class TTable>
 void EraseAndInsert(benchmark::State& state)
 {
@@ -285,7 +285,7 @@ void RegisterSizes(const std::string& row, const std::string& contestant, void (
         ->Arg(1'000'000);
 }
 
-// Of a multimap with four values for each key.
+// The rows of a multimap with four values for each key.
 template <class TTable>
 void RegisterMulti(const std::string& contestant)
 {

@@ -1,5 +1,5 @@
 // TSet, TMultiSet, TMap and TMultiMap beside the node-based trees of the standard library and of Boost, and beside
-// Abseil's B-trees. A time is for a batch of containers with at least 4096 elements together, or for 1024 lookups.
+// Abseil's B-trees. A time is that of a batch of containers with at least 4096 elements together, or of 1024 lookups.
 #include "bench/support.h"
 #include "core/containers/map.h"
 #include "core/containers/set.h"
@@ -16,7 +16,8 @@
 
 namespace
 {
-// A key whose order is a function of its class. TSet searches twice for a new one, where it searches once for an int.
+// A key whose order is a function of its class. TSet compares a new key twice on its way. The row shows whether the
+// compiler drops the second comparisons of a class too.
 struct Id
 {
     Id(int nValue) : m_nValue(nValue) {}
@@ -75,8 +76,8 @@ struct Peer : TBase
     }
 };
 
-// The even numbers below 2n in ascending or in random order, as many times over as a batch has containers; so that the
-// branch predictor does not learn the order of a small container by heart.
+// The even numbers below 2n in ascending or in random order, once for each container of a batch, so that the branch
+// predictor does not learn the order of a small container.
 std::vector<int> Keys(int64 n, bool bSorted)
 {
     std::mt19937 random(1);
@@ -207,7 +208,8 @@ void Iterate(benchmark::State& state)
     }
 }
 
-// Random lookups from a list that is too long to be learned; nMiss is 1 for odd keys, which are not there.
+// Random lookups from a list that is too long to be learned. nMiss is 1 for odd keys, which the container does not
+// have.
 template <class TContainer, int nMiss>
 void Find(benchmark::State& state)
 {

@@ -18,7 +18,7 @@ namespace
 {
 constexpr uint32 kMost = 100001;
 
-// What the rows call, in each contestant's words.
+// The operations that the rows call, by the names of each contestant.
 template <class TBase>
 struct Own : TBase
 {
@@ -49,7 +49,7 @@ struct Peer : TBase
     void RemoveAll() { this->clear(); }
 };
 
-// Insertion before a position, by the same walk from the head.
+// Inserts before a position, by the same walk from the head.
 template <class TBase>
 struct ForwardPeer : Peer<TBase>
 {
@@ -84,7 +84,7 @@ void Fill(TSequence& sequence, int64 n)
     }
 }
 
-// On the heap, since TMaxArray holds its elements itself.
+// On the heap, because a TMaxArray holds its elements in the object.
 template <class TSequence, Where where>
 std::unique_ptr<TSequence> Filled(int64 n)
 {
@@ -93,7 +93,7 @@ std::unique_ptr<TSequence> Filled(int64 n)
     return pSequence;
 }
 
-// From nothing to n elements, and back to nothing.
+// Fills a new container with n elements and destroys it.
 template <class TSequence, Where where>
 void Push(benchmark::State& state)
 {
@@ -158,7 +158,7 @@ void Move(benchmark::State& state)
     }
 }
 
-// One element goes in and out again, at a position that is known beforehand.
+// Inserts an element at a position that is known beforehand, and removes it.
 template <class TSequence, Where where>
 void InsertAndErase(benchmark::State& state)
 {

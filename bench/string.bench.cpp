@@ -28,8 +28,8 @@ std::string Letters(int64 n, char cFirst = 'a')
 
 // ---- ZString and its peers.
 
-// What a function does that takes a text: it reads it where the caller cannot see. By a pointer that the compiler does
-// not follow.
+// Stands for a function that takes a string and reads it where the caller cannot see. It is called through a pointer
+// that the compiler does not follow.
 template <class TText>
 int64 ReadText(const TText& text)
 {
@@ -42,7 +42,7 @@ int64 (*volatile g_pReadText)(const TText& text) = ReadText<TText>;
 template <class TText>
 void Literal(benchmark::State& state)
 {
-    // The address goes out of the compiler's sight, so the text is made in memory; a call would cost more than that.
+    // The address escapes, so the compiler must create the string in memory. A call would cost more than that.
     RunBatches(state, kBatch * '!',
                [](size_t)
                {
@@ -144,7 +144,7 @@ void RegisterText(const char* pszContestant)
     RegisterAt("last index", pszContestant, LastIndexOf<TText>, {10, 40, 1000});
 }
 
-// ---- Text in a buffer. Each contestant has one of its own for the whole run and starts with an empty text.
+// ---- Characters in a buffer. Each contestant has its own buffer for the whole run and starts with an empty string.
 
 constexpr size_t kBuffer = 4096;
 
@@ -231,8 +231,8 @@ struct PrintfText
     size_t m_nSize = 0;
 };
 
-// Ten texts of the given length, one behind the other. What is appended lies far from the buffer: strlen reads more
-// bytes than the text has, and would wait for a store next to it.
+// Appends ten strings of the given length. They are stored far from the buffer, because strlen reads past the end of a
+// string and would wait for a store next to it.
 template <class TText>
 void Append(benchmark::State& state)
 {
@@ -291,7 +291,7 @@ void Format(benchmark::State& state)
                });
 }
 
-// One markup character in nEvery, 0 for none.
+// One character in nEvery is markup; 0 means none.
 template <class TText, int nEvery>
 void Encode(benchmark::State& state)
 {
@@ -334,7 +334,7 @@ bool OwnRead(const std::string& text, int64& nResult)
     return IntFromString(text.c_str(), &nResult);
 }
 
-// Knows the end of the text, which is not part of the contest.
+// Knows the end of the string; finding it is not part of the contest.
 bool FromChars(const std::string& text, int64& nResult)
 {
     return std::from_chars(text.data(), text.data() + text.size(), nResult).ec == std::errc();

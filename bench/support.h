@@ -1,5 +1,5 @@
-// What the benchmark programs share. A benchmark is named "row/contestant/n"; bench/table.py makes one table of a
-// program's output, a line for each row and n, a column for each contestant.
+// The code that the benchmark programs share. A benchmark is named "row/contestant/n". bench/table.py turns a program's
+// output into one table with a line for each row and n and a column for each contestant.
 #pragma once
 
 #include "core/memory/memorymanager.h"
@@ -8,7 +8,7 @@
 #include <initializer_list>
 #include <string>
 
-// The elements: a plain int, and a struct of a cache line.
+// The elements are a plain int and this struct, which fills a cache line.
 struct Block64
 {
     Block64(int nValue = 0) : m_anValues{nValue} {}
@@ -17,8 +17,8 @@ struct Block64
     int64 m_anValues[8];
 };
 
-// Takes a result out of the optimiser's sight, and ends the run with an error if it is wrong. A volatile store and not
-// benchmark::DoNotOptimize, which lets GCC 12 drop a load that belongs to the work.
+// Hides a result from the optimiser, and ends the run with an error if the result is wrong. It uses a volatile store,
+// because benchmark::DoNotOptimize lets GCC 12 drop a load that belongs to the work.
 inline volatile int64 g_nSink = 0;
 
 inline void Consume(benchmark::State& state, int64 nResult, int64 nExpected)
@@ -36,7 +36,7 @@ void Register(const std::string& row, const std::string& contestant, TFunction f
     benchmark::RegisterBenchmark((row + "/" + contestant).c_str(), function)->Arg(16)->Arg(1000)->Arg(100000);
 }
 
-// Benchmarks of what takes a few nanoseconds: a turn is kBatch operations.
+// In benchmarks of operations that take a few nanoseconds, a turn is kBatch operations.
 constexpr int64 kBatch = 100;
 
 // Runs operation(i) for i from 0 to kBatch - 1. The operation returns a number that adds up to nExpected.

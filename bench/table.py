@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Runs a benchmark program and makes a table of ratios, our time divided by each peer's.
+"""Runs a benchmark program and writes a table of ratios, our time divided by each peer's.
 
   table.py PROGRAM PAGE [FILTER]
 
-The program runs three times as a process of its own, its repetitions interleaved. A process gives one ratio for each
-row, of the medians of the repetitions; the table shows the median of the three. The first contestant of a row is ours.
-With FILTER (a regular expression on the names) the table is printed and PAGE is left alone.
+The program runs as three processes, each with interleaved repetitions. A process yields one ratio for each row, that of
+the medians of its repetitions; the table shows the median of the three. The first contestant of a row is ours. With
+FILTER, a regular expression on the names, the table is printed and PAGE is left untouched.
 """
 import json
 import os
@@ -15,8 +15,8 @@ import sys
 
 PROCESSES = 3
 REPETITIONS = 7
-# The heap keeps what it has: otherwise a large block is mapped and unmapped at each turn of some benchmarks and not of
-# others, by what ran before.
+# The heap keeps freed memory. Otherwise some benchmarks would map and unmap a large block on every turn and others would
+# not, depending on what ran before.
 KEEP_PAGES = "glibc.malloc.mmap_threshold=1073741824:glibc.malloc.trim_threshold=4294967296"
 HEAD = """# Benchmark: {name}
 
@@ -28,7 +28,7 @@ differences under 15 % are noise.
 
 
 def measure(program, name_filter):
-    """One process: {row: {contestant: {n: median time in ns}}}, and the context that it reports."""
+    """Runs one process; returns {row: {contestant: {n: [times in ns]}}} and the context that it reports."""
     output = subprocess.run(
         [program, "--benchmark_format=json", f"--benchmark_repetitions={REPETITIONS}", "--benchmark_min_time=0.02",
          "--benchmark_enable_random_interleaving=true", f"--benchmark_filter={name_filter}"],

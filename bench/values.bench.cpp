@@ -21,7 +21,7 @@
 
 namespace
 {
-// ---- Identifiers. What is printed and read are kBatch random ones; the sum is that of a byte of each.
+// ---- Identifiers. A turn prints or reads kBatch random ones and sums one byte of each.
 
 std::vector<std::string> GuidTexts()
 {
@@ -61,7 +61,7 @@ struct BoostGuid
     static std::string Print(const Guid& guid) { return boost::uuids::to_string(guid); }
 };
 
-// Has no text of its own: what it prints into a buffer, and no copy of that.
+// Has no string of its own: prints into a buffer and makes no copy of it.
 struct LibUuid
 {
     using Guid = uuid_t;
@@ -95,7 +95,7 @@ void ReadGuid(benchmark::State& state)
                });
 }
 
-// print(guid) returns a character of the text, the last one.
+// print(guid) returns the last character that it printed.
 template <class TContestant, class TPrint>
 void PrintGuids(benchmark::State& state, TPrint print)
 {
@@ -158,7 +158,7 @@ bool ScanVersion(const std::string& text, Version& version)
     return nParts >= 2;
 }
 
-// The same rules, and a text whose end is known. The type bounds the number, and lets no sign through.
+// The same rules, for a string whose end is known. The type of a part bounds its number and excludes a sign.
 bool FromCharsVersion(const std::string& text, Version& version)
 {
     version = {};
@@ -206,7 +206,7 @@ void ReadVersion(benchmark::State& state)
                });
 }
 
-// ---- Lines. A file of 10 MB, which is in memory after the first reading; everyone has a buffer of 64 KB.
+// ---- Lines. The file of 10 MB is in memory after the first reading. Each contestant has a buffer of 64 KB.
 
 constexpr size_t kFileSize = 10'000'000;
 constexpr size_t kBuffer = 65536;
@@ -233,7 +233,7 @@ public:
     LineFile& operator=(const LineFile&) = delete;
 
     const char* Path() const { return m_path.c_str(); }
-    // What a contestant should count: the characters of all lines, and the lines.
+    // The count that a contestant should reach: the characters of all lines plus the lines.
     int64 Count() const { return m_nLineBytes + m_nLines; }
 
 private:
@@ -272,7 +272,7 @@ protected:
     std::FILE* m_pFile;
 };
 
-// Reads from the descriptor. The file's own buffer is not used.
+// Reads from the descriptor and does not use the file's own buffer.
 class OwnLines : OpenFile
 {
 public:
