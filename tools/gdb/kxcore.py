@@ -1,11 +1,10 @@
 """GDB's views of the containers, strings and values of kxcore.
 
-Stands beside the library as libkxbase.so.<version>-gdb.py, where GDB finds it when it loads the library, if the folder
-is on its list of safe paths (docs/debugger.md). By hand: source tools/gdb/kxcore.py.
+This file is stored beside the library as libkxbase.so.<version>-gdb.py. GDB runs it when it loads the library, if the
+folder is on its list of safe paths (docs/debugger.md). To load it by hand: source tools/gdb/kxcore.py.
 
-Each view reads memory alone and calls nothing in the program, so it also works on a core file. Counts are taken from
-the object itself; what GDB shows of them is limited by its own `set print elements`, so the garbage in a variable that
-has not been initialised yet does no harm.
+A view only reads memory and calls nothing in the program, so it also works on a core file. Counts come from the object
+itself. GDB's `set print elements` limits what is shown, so garbage in an uninitialised variable does no harm.
 """
 
 import itertools
@@ -18,7 +17,7 @@ PRINTERS = gdb.printing.RegexpCollectionPrettyPrinter("kxcore")
 
 
 def view_of(*names):
-    """Registers a view for the classes of these names, templates with whatever arguments."""
+    """Registers a view for the classes of these names, and for templates with any arguments."""
 
     def register(view):
         for name in names:
@@ -33,7 +32,7 @@ def address(pointer):
 
 
 def at(place, element_type):
-    """The object of that type at the place, a number."""
+    """The object of that type at the address place, a number."""
     return gdb.Value(place).cast(element_type.pointer()).dereference()
 
 
@@ -46,7 +45,7 @@ def numbered(elements):
 
 
 def keys_and_values(pairs):
-    """What GDB expects of a map: keys and values in turn."""
+    """The children of a map as GDB expects them: keys and values in turn."""
     for index, pair in enumerate(pairs):
         yield "[%d]" % (2 * index), pair["m_key"]
         yield "[%d]" % (2 * index + 1), pair["m_value"]
@@ -61,7 +60,7 @@ def base_named(value_type, name):
 
 
 class Container:
-    """A container's name and number of elements, then the elements. A view defines size() and elements()."""
+    """Shows a container's name and number of elements, then the elements. A view defines size() and elements()."""
 
     hint = "array"
 
@@ -131,7 +130,8 @@ class BlockArray(Container):
 
 
 class Nodes(Container):
-    """A container of nodes. A view defines nodes(), their addresses, and offset(), of the element in its node."""
+    """A container of nodes. A view defines nodes(), the addresses of the nodes, and offset(), that of the element in
+    its node."""
 
     def element_type(self):
         return self.value.type.strip_typedefs().template_argument(0)
@@ -162,7 +162,7 @@ class Tree(Nodes):
         return base_named(self.value.type, "kx::detail::TOrderedTree").template_argument(0)
 
     def offset(self, element_type):
-        # An element lies as far from its node as the number of elements from the tree object.
+        # The distance from a node to its element is that from the tree object to its number of elements.
         return address(self.value["m_nSize"].address) - address(self.value["m_links"].address)
 
     def nodes(self):
@@ -220,8 +220,8 @@ class String:
 
 @view_of("ZStackString", "ZStackStringBase")
 class StackString:
-    """Goes by addresses, since the program's debug information may lack the base class, which has its key function in
-    the library: behind the pointer to the virtual functions stand the number of characters and the characters."""
+    """Works with addresses, because the program's debug information may lack the base class, whose key function is in
+    the library. The number of characters and the characters follow the pointer to the virtual functions."""
 
     def __init__(self, value):
         self.place = address(value.address)
@@ -253,7 +253,7 @@ class Version:
         return ".".join(str(int(self.value[part])) for part in ("major", "minor", "patch", "build"))
 
 
-# The types that a record names by number.
+# The built-in types, by their number in a record.
 KINDS = {
     2: "signed char",
     3: "short",
@@ -273,18 +273,18 @@ OBJECT = "TArray<SDynamicObjectKeyValuePair>"
 
 
 def type_name(identity):
-    """The name of the type of this identity, which begins as the record of a module does; None for no type."""
+    """The name of the type of this identity, None for no type. An identity begins like the record of a module."""
     if not identity:
         return None
     record = identity.cast(gdb.lookup_type("STypeIDData").pointer())
     kind = int(record["m_nKind"]) >> 16
     if kind in KINDS:
         return KINDS[kind]
-    # The record's function belongs to the slot of the type, and so does its symbol.
+    # The symbol of the record's function contains the name of the type, because the function belongs to its slot.
     found = re.search(r"<TTypeSlot<(.*)>::Name\(\)>", record["m_pfnName"].format_string(symbols=True))
     if found:
         return found.group(1).strip()
-    # No symbols in the module that came first: the program's own slots of the trees tell these two at least.
+    # The first module that named the type has no symbols. The program's own slots still identify the types of trees.
     for name in (ARRAY, OBJECT):
         slot = gdb.lookup_global_symbol("TTypeSlot<%s >::ms_pSlot" % name)
         if slot is not None and address(slot.value()) == address(identity):
@@ -293,7 +293,7 @@ def type_name(identity):
 
 
 def held_value(variant, name):
-    """The value that a variant refers to, or None where the program's debug information does not have its type."""
+    """The value that a variant refers to, or None if the program's debug information does not have its type."""
     try:
         return variant["m_pData"].cast(gdb.lookup_type(name).pointer()).dereference()
     except gdb.error:
@@ -317,7 +317,7 @@ class Variant:
 
 
 def tree(variant):
-    """The same two pointers as a ZDynamicObject."""
+    """The variant as a ZDynamicObject, which consists of the same two pointers."""
     return variant.address.cast(gdb.lookup_type("ZDynamicObject").pointer()).dereference()
 
 
@@ -341,7 +341,7 @@ class DynamicObject:
         return "%s at %s" % (self.name, self.value["m_pData"]) if held is None else held
 
     def nodes(self):
-        """The addresses of the elements or properties. A node begins with their array's three pointers."""
+        """The addresses of the elements or properties. A node begins with the three pointers of their array."""
         pointers = self.value["m_pData"].cast(gdb.lookup_type("unsigned long").pointer())
         return range(int(pointers[0]), int(pointers[1]), 16 if self.name == ARRAY else 32)
 
@@ -351,7 +351,7 @@ class DynamicObject:
             for index, node in enumerate(self.nodes()):
                 yield "[%d]" % index, at(node, value_type)
         elif self.name == OBJECT:
-            # A property is its key, then its value.
+            # A property consists of its key, then its value.
             for index, node in enumerate(self.nodes()):
                 yield "[%d]" % (2 * index), at(node, gdb.lookup_type("ZString"))
                 yield "[%d]" % (2 * index + 1), at(node + 16, value_type)
