@@ -1,9 +1,9 @@
-# What cmake --install puts in place beside the two libraries: the headers, as a tree of their own so that includes read
-# the same as in here, the package files for find_package(kxcore), one for pkg-config, and the debugger views.
+# Installs everything except the two libraries: the headers, the package files for find_package(kxcore), the one for
+# pkg-config, and the debugger views. The headers keep their folders, so that includes read the same as in this project.
 include(CMakePackageConfigHelpers)
 
 # The public headers, in order and relative to the root. A header whose first line begins with "// Inside" is for the
-# sources of its module alone and stays behind.
+# sources of its module only and is not installed.
 file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} core/*.h runtime/*.h)
 set(KX_PUBLIC_HEADERS)
 foreach(header IN LISTS headers)
@@ -21,12 +21,12 @@ install(EXPORT kxcore FILE kxcoreConfig.cmake NAMESPACE kx:: DESTINATION ${packa
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/kxcoreConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/kxcoreConfigVersion.cmake DESTINATION ${package})
 
-# Paths relative to the file itself, so that the installed tree can be moved.
+# The paths are relative to the file itself, so that the installed tree can be moved.
 file(RELATIVE_PATH KX_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/kxcore.pc.in ${PROJECT_BINARY_DIR}/kxcore.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kxcore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# The debugger views. GDB loads a file of this name by itself when it loads the library, from either tree.
+# The debugger views. GDB loads a file of this name when it loads the library, from the build tree or the installed one.
 file(GENERATE OUTPUT $<TARGET_FILE:kxbase>-gdb.py INPUT ${PROJECT_SOURCE_DIR}/tools/gdb/kxcore.py)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/gdb/kxcore.py
   DESTINATION ${CMAKE_INSTALL_LIBDIR}

@@ -1,5 +1,5 @@
-# What every target of the project is built with. Warnings are shown here; the presets turn them into errors, so that a
-# user's newer compiler does not stop the build for one.
+# Sets the options of every target of the project. Only the presets turn warnings into errors, so that a new warning of
+# a user's newer compiler does not stop the build.
 function(kx_configure target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES
@@ -9,12 +9,13 @@ function(kx_configure target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 endfunction()
 
-# A shared library kx::<alias> whose public interface is what <exports> marks.
+# Adds a shared library kx::<alias>. Its sources are compiled with the macro <exports>, which exports the declarations of
+# its public interface.
 function(kx_add_module target alias exports)
   add_library(${target} SHARED ${ARGN})
   add_library(kx::${alias} ALIAS ${target})
   kx_configure(${target})
-  # Its own calls of what it exports stay inside, and may be inlined.
+  # The library's calls of its own exported functions bind inside the library and may be inlined.
   target_compile_options(${target} PRIVATE -fno-semantic-interposition)
   target_include_directories(${target} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
