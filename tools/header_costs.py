@@ -1,4 +1,4 @@
-"""Measures what each public header costs a source that includes it and nothing else, and writes docs/header_costs.md.
+"""Measures what each public header costs a source that includes nothing else, and writes docs/header_costs.md.
 
     python3 tools/header_costs.py <compiler> <header>...
 """
@@ -8,7 +8,7 @@ import resource
 import subprocess
 import sys
 
-# The standard header of the same job.
+# The standard header for the same job.
 STANDARD = {
     "core/containers/array.h": "vector",
     "core/containers/blockarray.h": "deque",
@@ -84,11 +84,12 @@ def main():
         page.write(
             f"""# What the headers cost
 
-Written by `./dev headers`: the lines that the compiler reads, and the milliseconds of processor time that it takes to check
-them, beyond what a source with nothing in it takes, for each public header alone; beside them the standard header of the
-same job. The ratio is that of the lines, which do not depend on the machine. GCC {version}, C++20, least of {RUNS} runs.
+`./dev headers` writes this page. For each public header it shows how many lines the compiler reads, and how many
+milliseconds of processor time it takes to check them, beyond those for an empty source. Beside them are the figures of the
+standard header for the same job. The ratio is that of the lines, which do not depend on the machine. GCC {version}, C++20,
+least of {RUNS} runs.
 
-Nearly all that a header of the strings costs is `<string_view>`. `dynamicobject.h` adds `<functional>`, for one argument.
+Nearly all of the cost of a string header is `<string_view>`. `dynamicobject.h` adds `<cmath>`.
 
 | Header | Lines | ms | Standard | Lines | ms | Ratio |
 |---|---:|---:|---|---:|---:|---:|
