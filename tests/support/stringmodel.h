@@ -1,5 +1,5 @@
-// Plain models of the string functions, written for being right at a glance. Tests drive them with random numbers,
-// fuzzers with the bytes that they are given.
+// Plain models of the string functions, simple enough to be right at a glance. Tests feed them random numbers, fuzzers
+// feed them their input bytes.
 #pragma once
 
 #include "core/strings/stack_string.h"
@@ -9,50 +9,42 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
-// Fixed notation to the last place that a float has, and then cut.
+// Prints every digit that a float can have, then cuts.
 inline std::string ModelFloat(float value, char cFormat, int nPrecision)
 {
     if (!std::isfinite(value))
         return std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf";
     char acText[256];
     std::snprintf(acText, sizeof(acText), cFormat == 'e' ? "%.149e" : "%.149f", std::fabs(static_cast<double>(value)));
-    std::string text(acText);
-    const std::string exponent = cFormat == 'e' ? text.substr(text.find('e')) : "";
-    nPrecision = std::clamp(nPrecision, 0, 149);
-    text.resize(text.find('.') + (nPrecision == 0 ? 0 : 1 + static_cast<size_t>(nPrecision)));
+    const std::string text(acText);
+    const auto nDigits = static_cast<size_t>(std::clamp(nPrecision, 0, 149));
+    std::string cut = text.substr(0, text.find('.') + (nDigits == 0 ? 0 : 1 + nDigits));
     if (cFormat == 'e')
-        text += exponent.substr(0, 2) + '0' + exponent.substr(2);
-    return value < 0 ? '-' + text : text;
+        cut += text.substr(text.size() - 4, 2) + '0' + text.substr(text.size() - 2);
+    return value < 0 ? '-' + cut : cut;
 }
 
-// Whether IntFromString says what std::from_chars says of the same number.
+// Whether IntFromString returns what std::from_chars returns for the same number.
 template <class T>
 bool AgreesOnInt(std::string_view text)
 {
     T expected = 0;
-    bool bExpected = false;
-    const char* pExpectedEnd = text.data();
-    const char* pFirst = pExpectedEnd + std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
-    const char* pDigits = pFirst + (std::is_signed_v<T> && *pFirst == '-' ? 1 : 0);
-    if (*pDigits >= '0' && *pDigits <= '9')
-    {
-        const auto result = std::from_chars(pFirst, text.data() + text.size(), expected);
-        pExpectedEnd = result.ptr;
-        bExpected = result.ec == std::errc();
-    }
+    const char* pFirst = text.data() + std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
+    const auto [pLast, error] = std::from_chars(pFirst, text.data() + text.size(), expected);
+    const char* pExpectedEnd = error == std::errc::invalid_argument ? text.data() : pLast;
 
-    T first = 77;
-    T second = 77;
+    T actual = 77;
     char* pEnd = nullptr;
-    return IntFromString(text.data(), &first, &pEnd) == bExpected && first == expected && pEnd == pExpectedEnd
-           && IntFromString(text.data(), &second) == bExpected && second == expected;
+    const bool bRead = IntFromString(text.data(), &actual, &pEnd);
+    return bRead == (error == std::errc()) && actual == expected && pEnd == pExpectedEnd;
 }
 
-// The text lies in a block of its exact size, so that a sanitizer sees a read behind its end.
+// The characters are in a block of their exact size, so that a sanitizer notices a read past the end.
 inline bool AgreesOnAllInts(const std::string& string)
 {
     const std::vector<char> block(string.c_str(), string.c_str() + string.size() + 1);
@@ -66,127 +58,110 @@ inline bool AgreesOnAllInts(const std::string& string)
 class GuardedString : public ZStackStringBase
 {
 public:
-    explicit GuardedString(uint32 nCapacity) : m_memory(nCapacity + 2 * kGuard, '#') { m_memory[kGuard] = '\0'; }
+    explicit GuardedString(uint32 nCapacity) : m_memory(nCapacity + 2 * kGuard.size(), '#') { clear(); }
 
-    bool Intact() const
-    {
-        const std::string guard(kGuard, '#');
-        const std::string memory(m_memory.begin(), m_memory.end());
-        return Validate() && memory.starts_with(guard) && memory.ends_with(guard);
-    }
+    bool Intact() const { return Validate() && m_memory.starts_with(kGuard) && m_memory.ends_with(kGuard); }
 
 private:
-    static constexpr uint32 kGuard = 9;
+    static constexpr std::string_view kGuard = "#########";
 
-    char* buffer() override { return m_memory.data() + kGuard; }
-    uint32 capacity() const override { return static_cast<uint32>(m_memory.size()) - 2 * kGuard; }
+    char* buffer() override { return m_memory.data() + kGuard.size(); }
+    uint32 capacity() const override { return static_cast<uint32>(m_memory.size() - 2 * kGuard.size()); }
 
-    std::vector<char> m_memory;
+    std::string m_memory;
 };
 
-// A stack string and what it should be. An operation is done to both of them.
+// A stack string and a model of it. Every operation is done on both.
 class ModelledString
 {
 public:
     explicit ModelledString(uint32 nCapacity) : m_string(nCapacity), m_nMax(nCapacity - 1) {}
 
     bool Agrees() const { return m_string.Intact() && std::string_view(m_string) == m_model; }
-    const std::string& Model() const { return m_model; }
 
-    // Any operation. below(n) is a number from 0 to n - 1.
+    // Does any operation. below(n) returns a number from 0 to n - 1.
     template <class TBelow>
     void Step(TBelow below)
     {
         std::string text;
-        const uint64 nLength = below(below(4) == 0 ? 2 * m_nMax + 3 : 5);
-        while (text.size() < nLength)
-            text += "<>&\"'?\x80\xB0\xC3\xE9ghijkl"[below(16)];
+        for (uint64 n = below(below(4) == 0 ? 2 * m_nMax + 3 : 5); n != 0; --n)
+            text += "<>&\"'?\x80\xB0\xC3\xE9ghi\0kl"[below(16)];
+        const char* pszText = text.c_str();
 
-        // A piece of the string itself, as an argument.
+        // What is appended or prepended: new characters, the end of the string itself, or any piece of it.
         const uint64 nFrom = below(m_model.size() + 1);
         const uint64 nSize = below(m_model.size() - nFrom + 1);
         const char* pszTail = m_string.get() + nFrom;
-        const std::string tail = m_model.substr(nFrom);
         const std::string_view piece(pszTail, nSize);
+        const std::string_view arguments[] = {text, text, pszTail, piece, text, pszTail, piece};
 
-        switch (below(12))
+        // The model comes first, because the operation may change its own argument.
+        const uint64 nOperation = below(12);
+        switch (nOperation)
         {
         case 0:
         case 1:
-            m_string.append(text.c_str());
-            return Append(text);
         case 2:
-            m_string.append(pszTail);
-            return Append(tail);
         case 3:
-            m_string.append(piece);
-            return Append(tail.substr(0, nSize));
+            Append(arguments[nOperation]);
+            return m_string.append(arguments[nOperation]);
         case 4:
-            m_string.prepend(text.c_str());
-            return Prepend(text);
         case 5:
-            m_string.prepend(pszTail);
-            return Prepend(tail);
         case 6:
-            m_string.prepend(piece);
-            return Prepend(tail.substr(0, nSize));
+            m_model = Cut(std::string(arguments[nOperation]) + m_model);
+            return m_string.prepend(arguments[nOperation]);
         case 7:
-            m_string.format("%d%s%s", static_cast<int>(nFrom), pszTail, text.c_str());
-            return Format(std::to_string(nFrom) + tail + text);
+            m_model = Cut(m_model + std::to_string(nFrom) + pszTail + pszText);
+            m_string.format("%d%s%s", static_cast<int>(nFrom), pszTail, pszText);
+            return;
         case 8:
-            m_string.xmlEncode();
-            return Encode();
+            Encode();
+            return m_string.xmlEncode();
         case 9:
-            m_string.appendChar('x');
-            return Append("x");
+            Append({pszText, 1});
+            m_string.appendChar(*pszText);
+            return;
         case 10:
         {
-            const char cFormat = below(2) == 0 ? 'f' : 'e';
+            const char cFormat = "fe"[below(2)];
             const int nPrecision = static_cast<int>(below(9));
-            const float value =
-                std::ldexp(static_cast<float>(below(0x1000000)) - 0x800000, static_cast<int>(below(99)) - 60);
+            const float mantissa = static_cast<float>(below(0x1000000)) - 0x800000;
+            const float value = std::ldexp(mantissa, static_cast<int>(below(99)) - 60);
+            Append(ModelFloat(value, cFormat, nPrecision));
             m_string.appendFloat(value, cFormat, nPrecision);
-            return Append(ModelFloat(value, cFormat, nPrecision));
+            return;
         }
         default:
-            if (below(4) == 0)
-            {
-                m_string.clear();
-                m_model.clear();
-            }
+            if (below(4) != 0)
+                return;
+            m_model.clear();
+            m_string.clear();
         }
     }
 
 private:
-    void Append(const std::string& text)
+    std::string Cut(const std::string& text) const { return text.substr(0, m_nMax); }
+
+    void Append(std::string_view text)
     {
-        m_model = m_model.substr(0, m_nMax - std::min(text.size(), m_nMax)) + text.substr(0, m_nMax);
+        text = text.substr(0, m_nMax);
+        m_model = m_model.substr(0, m_nMax - text.size()).append(text);
     }
-    void Prepend(const std::string& text) { m_model = (text + m_model).substr(0, m_nMax); }
-    void Format(const std::string& text) { m_model = (m_model + text).substr(0, m_nMax); }
 
     void Encode()
     {
-        static const std::string kMarkup = "<>&\"'";
-        static const std::string kEntities[] = {"&lt;", "&gt;", "&amp;", "&quot;", "&apos;"};
-        size_t nRoom = m_nMax - m_model.size();
+        static const std::map<char, std::string_view> kEntities = {
+            {'<', "&lt;"}, {'>', "&gt;"}, {'&', "&amp;"}, {'"', "&quot;"}, {'\'', "&apos;"}};
+        size_t nSpace = m_nMax - m_model.size();
         std::string encoded;
         for (const char c : m_model)
         {
-            const size_t nEntity = kMarkup.find(c);
-            if (nEntity == std::string::npos)
-            {
-                encoded += c;
-            }
-            else if (kEntities[nEntity].size() - 1 > nRoom)
-            {
-                encoded += '?';
-            }
-            else
-            {
-                encoded += kEntities[nEntity];
-                nRoom -= kEntities[nEntity].size() - 1;
-            }
+            const auto entity = kEntities.find(c);
+            std::string_view text = entity == kEntities.end() ? std::string_view(&c, 1) : entity->second;
+            if (text.size() - 1 > nSpace)
+                text = "?";
+            nSpace -= text.size() - 1;
+            encoded += text;
         }
         m_model = encoded;
     }
