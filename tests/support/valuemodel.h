@@ -1,7 +1,7 @@
-// Plain models of the parsers of values, written for being right at a glance. Tests drive them with tables and random
-// numbers, fuzzers with the bytes that they are given.
+// Plain models of the parsers of values, simple enough to be right at a glance. Tests feed them tables and random
+// numbers, fuzzers feed them their input bytes.
 //
-// A parser gets its text in a block of the exact size, so that a sanitizer sees a read behind the end.
+// The input is copied into a block of its exact size, so that a sanitizer notices a read past the end.
 #pragma once
 
 #include "core/values/guid.h"
@@ -11,69 +11,56 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
 #include <vector>
 
-// Whether ZGuid says of the text what its 36 places say one by one. Neither call may allocate.
+// Compares ZGuid with a parser that looks at one character at a time. FromString and WriteTo must not allocate.
 inline bool AgreesOnGuid(std::string_view text)
 {
-    bool bExpected = text.size() == 36;
-    std::string digits;
-    for (size_t i = 0; i < 36 && bExpected; ++i)
+    constexpr std::string_view kShape = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
+    bool bExpected = text.size() == kShape.size();
+    std::string lower;
+    for (size_t i = 0; bExpected && i < kShape.size(); ++i)
     {
-        const bool bDash = i == 8 || i == 13 || i == 18 || i == 23;
-        bExpected = bDash ? text[i] == '-' : std::isxdigit(static_cast<unsigned char>(text[i])) != 0;
-        digits += bDash ? "" : std::string(1, text[i]);
+        const auto c = static_cast<unsigned char>(text[i]);
+        bExpected = kShape[i] == '-' ? c == '-' : std::isxdigit(c) != 0;
+        lower += static_cast<char>(std::tolower(c));
     }
 
     const ZGuid before(0x0123456789abcdef, 0xfedcba9876543210);
     ZGuid guid(before);
     const std::vector<char> block(text.begin(), text.end());
-    if (guid.FromString(std::string_view(block.data(), block.size())) != bExpected)
-        return false;
-    if (!bExpected)
-        return guid == before;
+    const bool bRead = guid.FromString(std::string_view(block.data(), block.size()));
+    if (!bRead || !bExpected)
+        return bRead == bExpected && guid == before;
 
-    std::array<uint8, 16> bytes{};
-    std::memcpy(bytes.data(), static_cast<const void*>(&guid), sizeof(guid));
-    for (size_t i = 0; i < 16; ++i)
-    {
-        if (bytes[i] != std::stoul(digits.substr(2 * i, 2), nullptr, 16))
-            return false;
-    }
     char acText[ZGuid::kTextSize];
     std::memset(acText, '#', sizeof(acText));
     guid.WriteTo(acText);
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return acText == lower
-           && guid
-                  == ZGuid(std::stoull(digits.substr(0, 16), nullptr, 16), std::stoull(digits.substr(16), nullptr, 16));
+    std::string digits(lower);
+    std::erase(digits, '-');
+    const auto word = [&](size_t nFirst) { return std::stoull(digits.substr(nFirst, 16), nullptr, 16); };
+    return acText == lower && guid == ZGuid(word(0), word(16));
 }
 
-// The four parts, or nothing. The text ends at its first NUL.
-inline std::optional<std::array<uint64, 4>> ModelVersion(std::string_view text)
+// The four parts, or nothing. A number that is too large for 64 bits is read as the largest one.
+inline std::optional<std::array<uint64, 4>> ModelVersion(const std::string& text)
 {
     static constexpr uint64 kMax[] = {255, 255, 65535, 4294967295};
-    text = text.substr(0, text.find('\0'));
-    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    const char* p = text.c_str() + std::strspn(text.c_str(), " \t\n\v\f\r");
     std::array<uint64, 4> parts{};
     for (size_t i = 0; i < 4; ++i)
     {
-        std::string digits(text.substr(0, text.find_first_not_of("0123456789")));
-        if (digits.empty())
+        char* pEnd = nullptr;
+        parts[i] = std::strtoull(p, &pEnd, 10);
+        if (std::isdigit(static_cast<unsigned char>(*p)) == 0 || parts[i] > kMax[i])
             return {};
-        text.remove_prefix(digits.size());
-        digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - 1));
-        if (digits.size() > 10 || std::stoull(digits) > kMax[i])
-            return {};
-        parts[i] = std::stoull(digits);
-        if (!text.starts_with('.'))
+        if (*pEnd != '.')
             return i == 0 ? std::nullopt : std::optional(parts);
-        text.remove_prefix(1);
+        p = pEnd + 1;
     }
     return parts;
 }
@@ -82,20 +69,21 @@ inline bool AgreesOnVersion(std::string_view text)
 {
     std::vector<char> block(text.begin(), text.end());
     block.push_back('\0');
-    const auto expected = ModelVersion(text);
-    const std::array<uint64, 4> parts = expected.value_or(std::array<uint64, 4>{});
-
     Version actual;
     actual.abs = 0xCDCDCDCDCDCDCDCD;
-    return version::FromString(block.data(), &actual) == expected.has_value() && actual.major == parts[0]
-           && actual.minor == parts[1] && actual.patch == parts[2] && actual.build == parts[3]
+    const bool bRead = version::FromString(block.data(), &actual);
+
+    const auto expected = ModelVersion(std::string(text));
+    const auto parts = expected.value_or(std::array<uint64, 4>{});
+    return bRead == expected.has_value()
+           && parts == std::array<uint64, 4>{actual.major, actual.minor, actual.patch, actual.build}
            && actual.abs == (parts[0] | parts[1] << 8 | parts[2] << 16 | parts[3] << 32);
 }
 
-// A piece and the number of its line.
+// The number of a line, and the line or a piece of it.
 using Piece = std::pair<int, std::string>;
 
-// What a reader with nMax characters of room makes of the data.
+// What a reader with space for nMax characters returns for the data, with two calls past the end.
 inline std::vector<Piece> ModelPieces(std::string_view data, size_t nMax)
 {
     std::vector<Piece> pieces;
@@ -103,54 +91,45 @@ inline std::vector<Piece> ModelPieces(std::string_view data, size_t nMax)
     while (!data.empty() && data != std::string_view("\0", 1))
     {
         const std::string_view held = data.substr(0, nMax);
-        size_t nLength = held.find('\n');
-        if (nLength == std::string_view::npos)
-        {
-            nLength = held.size() - (held.size() == nMax && held.ends_with('\r') ? 1 : 0);
-            data.remove_prefix(nLength);
-            pieces.emplace_back(nLine, held.substr(0, nLength));
-        }
-        else
-        {
-            data.remove_prefix(nLength + 1);
-            nLength -= held.substr(0, nLength).ends_with('\r') ? 1 : 0;
-            pieces.emplace_back(nLine++, held.substr(0, nLength));
-        }
+        const size_t nNewline = held.find('\n');
+        const bool bEnds = nNewline != std::string_view::npos;
+        std::string_view piece = held.substr(0, nNewline);
+        if (piece.ends_with('\r') && (bEnds || held.size() == nMax))
+            piece.remove_suffix(1);
+        pieces.emplace_back(nLine, piece);
+        nLine += bEnds ? 1 : 0;
+        data.remove_prefix(bEnds ? nNewline + 1 : piece.size());
     }
+    pieces.resize(pieces.size() + 2);
     return pieces;
 }
 
-// A source that hands the data out in portions of 1 + below(what there is and fits) bytes, and sees to it that it is
-// asked in order.
+// A source that returns the data in portions of 1 + below(n) bytes, where n bytes are left and fit. Counts how often it
+// reports the end.
 template <class TBelow>
 struct TPortions
 {
     static int Read(uint64 nUser, char* pTarget, uint32 nSize)
     {
         TPortions& self = *reinterpret_cast<TPortions*>(nUser);
-        self.m_bOrderly = self.m_bOrderly && nSize > 0 && !self.m_bEnded;
         const size_t nMax = std::min<size_t>(nSize, self.m_data.size());
-        const size_t nPortion = nMax == 0 ? 0 : 1 + self.m_below(nMax);
-        std::memcpy(pTarget, self.m_data.data(), nPortion);
+        const size_t nPortion = self.m_data.copy(pTarget, nMax == 0 ? 0 : 1 + self.m_below(nMax));
         self.m_data.remove_prefix(nPortion);
-        self.m_bEnded = nPortion == 0;
+        self.m_nEnds += nPortion == 0 ? 1 : 0;
         return static_cast<int>(nPortion);
     }
 
     std::string_view m_data;
     TBelow m_below;
-    bool m_bEnded = false;
-    bool m_bOrderly = true;
+    int m_nEnds = 0;
 };
 
 template <class TBelow>
 bool AgreesOnLines(std::string_view data, uint32 nBufferSize, TBelow below)
 {
     TPortions<TBelow> source{data, below};
-    const std::vector<char> guard(16, '#');
-    std::vector<char> memory(guard);
-    memory.resize(guard.size() + nBufferSize);
-    memory.insert(memory.end(), guard.begin(), guard.end());
+    const std::string guard(16, '#');
+    std::string memory = guard + std::string(nBufferSize, '#') + guard;
     char* const pBuffer = memory.data() + guard.size();
     ZLineReader reader(&source.Read, reinterpret_cast<uint64>(&source), pBuffer, nBufferSize);
 
@@ -158,16 +137,11 @@ bool AgreesOnLines(std::string_view data, uint32 nBufferSize, TBelow below)
     uint32 nLength = 0;
     for (const auto& [nLine, text] : ModelPieces(data, nBufferSize - 1))
     {
-        if (reader.GetNextLine(&pLine, &nLength) != nLine || pLine < pBuffer || nLength != text.size()
-            || std::string_view(pLine, nLength) != text || pLine[nLength] != '\0'
-            || pLine + nLength >= pBuffer + nBufferSize)
+        const int nActual = reader.GetNextLine(&pLine, &nLength);
+        if (nActual != nLine || std::string_view(pLine, nLength) != text || (pLine == nullptr) != (nLine == 0))
+            return false;
+        if (nLine != 0 && (pLine < pBuffer || pLine + nLength >= pBuffer + nBufferSize || pLine[nLength] != '\0'))
             return false;
     }
-    for (int i = 0; i < 2; ++i)
-    {
-        if (reader.GetNextLine(&pLine, &nLength) != 0 || pLine != nullptr || nLength != 0)
-            return false;
-    }
-    return source.m_bOrderly && source.m_bEnded && std::equal(guard.begin(), guard.end(), memory.begin())
-           && std::equal(guard.rbegin(), guard.rend(), memory.rbegin());
+    return source.m_nEnds == 1 && memory.starts_with(guard) && memory.ends_with(guard);
 }
