@@ -132,10 +132,10 @@ TEST(MemAllocatorScope, NestsAndLeavesTheProgramsOwnAllocatorInPlace)
             EXPECT_EQ(nullptr, s_manager.GetAllocator(5));
             s_manager.InstallAllocator(ALLOCATOR_NORMAL, pNormal);
         }
-        EXPECT_EQ(pOwn, GetNormalAllocator());
+        EXPECT_EQ(pOwn, s_manager.GetAllocator(ALLOCATOR_NORMAL));
     }
     s_manager.UnInstallAllocator(ALLOCATOR_NORMAL);
-    EXPECT_EQ(nullptr, GetNormalAllocator());
+    EXPECT_EQ(nullptr, s_manager.GetAllocator(ALLOCATOR_NORMAL));
 }
 
 // The first word of a pointer to a virtual function holds its place in the table.

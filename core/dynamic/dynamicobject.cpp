@@ -45,10 +45,10 @@ void MakeRoom(TArray<T>& array)
 }
 } // namespace
 
-KX_KNOWN_TYPE(g_object, &Tree::kObjectValue, TArray<SDynamicObjectKeyValuePair>);
-KX_KNOWN_TYPE(g_array, &Tree::kArrayValue, TArray<ZDynamicObject>);
-KX_KNOWN_TYPE(g_element, &kx::detail::g_otherValue, ZDynamicObject);
-KX_KNOWN_TYPE(g_property, &kx::detail::g_otherValue, SDynamicObjectKeyValuePair);
+KX_KNOWN_TYPE(SObjectType, &Tree::kObjectValue, TArray<SDynamicObjectKeyValuePair>);
+KX_KNOWN_TYPE(SArrayType, &Tree::kArrayValue, TArray<ZDynamicObject>);
+KX_KNOWN_TYPE(SElementType, &kx::detail::g_otherValue, ZDynamicObject);
+KX_KNOWN_TYPE(SPropertyType, &kx::detail::g_otherValue, SDynamicObjectKeyValuePair);
 
 SDynamicObjectKeyValuePair* kx::detail::FindProperty(const ZDynamicObject& object, std::string_view key)
 {

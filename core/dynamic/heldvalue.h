@@ -39,7 +39,7 @@ inline bool IsWord(const STypeID& type)
 
 inline void* NewWord(uint64 nWord)
 {
-    return ::new (ZCellPool::For(sizeof(nWord)).Allocate()) uint64(nWord);
+    return ::new (ZCellHeap::Allocate(sizeof(nWord))) uint64(nWord);
 }
 
 inline void* CopyHeldValue(const STypeID& type, const void* pHeld)
@@ -71,17 +71,19 @@ inline void* CopyValue(const STypeID& type, const void* pValue)
 inline void DestroyHeldValue(const STypeID& type, void* pHeld)
 {
     if (IsWord(type)) [[likely]]
-        ZCellPool::Free(pHeld);
+        ZCellHeap::Free(pHeld);
     else
         ValueOperationsOf(type).Destroy(type, pHeld);
 }
 } // namespace kx::detail
 
 /// Has a source of kxbase describe a type that variants know from the start, and how they keep its values. At namespace
-/// scope.
+/// scope; the name is that of a struct.
 #define KX_KNOWN_TYPE(name, pValueOperations, ...)                                                                     \
-    static IType name##Type = kx::detail::TTypeRecord<__VA_ARGS__>::Make(#__VA_ARGS__);                                \
-    static kx::detail::STypeEntry name##Entry =                                                                        \
-        kx::detail::TTypeRecord<__VA_ARGS__>::Enter(&name##Type, pValueOperations, false);                             \
-    KX_GATHER_ALWAYS KX_GATHER(kxtypeentry, "known." #name) KX_LOCAL inline kx::detail::STypeEntry* name##Pointer =    \
-        &name##Entry
+    struct KX_LOCAL name                                                                                               \
+    {                                                                                                                  \
+        using Record = kx::detail::TTypeRecord<__VA_ARGS__>;                                                           \
+        inline static IType ms_type = Record::Make(#__VA_ARGS__);                                                      \
+        inline static kx::detail::STypeEntry ms_entry = Record::Enter(&ms_type, pValueOperations, false);              \
+        KX_GATHERED_ALWAYS KX_GATHERED_WORD(kxtypeentry, kx::detail::STypeEntry*, ms_pEntry, Entry, &ms_entry);        \
+    }

@@ -147,7 +147,7 @@ public:
     template <class TNode>
     static TNode* NewNode(uint64 nCapacity)
     {
-        return ::new (ZCellPool::For(sizeof(TNode)).Allocate()) TNode(nCapacity);
+        return ::new (ZCellHeap::Allocate(sizeof(TNode))) TNode(nCapacity);
     }
 
     /// The property of that key, null if there is none.
@@ -310,7 +310,7 @@ private:
         }
         SLinks* pParent = pNode->Parent();
         pNode->~TNode();
-        ZCellPool::Free(pNode);
+        ZCellHeap::Free(pNode);
         return pParent;
     }
 

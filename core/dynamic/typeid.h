@@ -22,6 +22,7 @@
 #include "core/platform/platform.h"
 #include "core/strings/string.h"
 
+#include <string_view>
 #include <type_traits>
 #include <typeinfo>
 
@@ -67,10 +68,19 @@ enum class ETypeKind : uint16
 template <class T>
 inline constexpr bool kNever = false;
 
+// Whether the compiler's name of this function, which contains that of the type, has such a namespace in it.
+template <class T>
+constexpr bool IsInUnnamedNamespace()
+{
+    constexpr std::string_view name = __PRETTY_FUNCTION__;
+    return name.find("{anonymous}") != name.npos || name.find("(anonymous namespace)") != name.npos;
+}
+
 struct STypeEntry;
 
-// See STypeEntry in core/dynamic/typeregistry.h.
+// What a module does with its records when it is loaded and unloaded. See STypeEntry in core/dynamic/typeregistry.h.
 KX_API void FillTypeRecords(STypeEntry** ppFirst, STypeEntry** ppLast);
+KX_API void WithdrawTypeRecords(STypeEntry** ppFirst, STypeEntry** ppLast);
 } // namespace kx::detail
 
 // A module's slot of T and the record behind it. Specialised by KX_TYPE_SLOT.
@@ -87,17 +97,18 @@ struct TTypeSlot
 };
 
 // The slot of a type. A specialisation and not a template's own static, because GCC 12 leaves such a one out of the
-// section; hidden, because across modules the slots must not become one; volatile, because the module that writes it is
-// another one, so that the compiler, which sees the whole program under link-time optimisation, may not take the
-// address of the record for the value.
+// section; hidden, because across modules the slots must not become one.
 #define KX_TYPE_SLOT(kind, ...)                                                                                        \
     template <>                                                                                                        \
     struct KX_LOCAL TTypeSlot<__VA_ARGS__>                                                                             \
     {                                                                                                                  \
+        static_assert(!kx::detail::IsInUnnamedNamespace<__VA_ARGS__>(),                                                \
+                      "a type in an unnamed namespace cannot have an identity: types of the same name in other "       \
+                      "sources would be taken for it. Put it into a named namespace");                                 \
         static const char* Name() { return typeid(std::add_pointer_t<__VA_ARGS__>).name(); }                           \
         inline static STypeIDData ms_data = {static_cast<uint32>(kx::detail::ETypeKind::kind) << 16, nullptr, nullptr, \
                                              &Name, nullptr};                                                          \
-        KX_GATHER(kxtype, #__VA_ARGS__) inline static STypeIDData* ms_pSlot = &ms_data;                                \
+        KX_GATHERED_WORD(kxtype, STypeIDData*, ms_pSlot, Slot, &ms_data);                                              \
     }
 
 KX_TYPE_SLOT(Int8, int8);
@@ -124,7 +135,7 @@ template <class T>
 KX_LOCAL inline STypeID* GetTypeID()
 {
     static_assert(std::is_same_v<T, std::remove_cv_t<T>>, "identity is that of the type without const and volatile");
-    return reinterpret_cast<STypeID*>(*const_cast<STypeIDData* const volatile*>(&TTypeSlot<T>::ms_pSlot));
+    return reinterpret_cast<STypeID*>(*TTypeSlot<T>::Slot());
 }
 
 KX_GATHERED(STypeIDData*, kxtype);
@@ -144,4 +155,9 @@ struct KX_LOCAL STypeStart
 };
 
 KX_LOCAL KX_INIT_FIRST inline const STypeStart g_typeStart;
+
+KX_LOCAL KX_AT_UNLOAD inline void EndTypes()
+{
+    detail::WithdrawTypeRecords(KX_GATHER_BEGIN(kxtypeentry), KX_GATHER_END(kxtypeentry));
+}
 } // namespace kx::detail

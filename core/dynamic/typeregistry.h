@@ -12,8 +12,11 @@
 //   KX_DECLARE_TYPE(TArray<SVertex>);
 //
 // After that a ZVariant can hold it, and all modules that include the line agree on its identity. A type must be
-// copyable. If it has no ==, no two of its values are equal. A module that declares types must not be unloaded while
-// values of these types live.
+// copyable. If it has no ==, no two of its values are equal.
+//
+// Modules may be loaded and unloaded at any time, by any thread. The operations of a type are those of the first module
+// that has described it; when that one is unloaded, those of the next one. When the last one is unloaded, its values
+// must be gone: a value that is left triggers the debug break in kx::detail::UsedTypeOfUnloadedModule.
 #pragma once
 
 #include "core/dynamic/typeoperations.h"
@@ -57,12 +60,13 @@ public:
     ZTypeRegistry(const ZTypeRegistry&) = delete;
     ZTypeRegistry& operator=(const ZTypeRegistry&) = delete;
 
-    /// Enters a description, which must live on. The first description of a type stays; a second one, or the same one
-    /// again, has no effect. A type whose module has not started triggers the debug break, and is not entered if
-    /// execution resumes. Types declared by KX_DECLARE_TYPE are entered when their module starts.
+    /// Enters a description. The first description of a type stays until its module is unloaded; a second one, or the
+    /// same one again, has no effect. A description that no module declares must live on. A type whose module has not
+    /// started triggers the debug break, and is not entered if execution resumes. Types declared by KX_DECLARE_TYPE are
+    /// entered when their module starts.
     void Register(IType* pType);
 
-    /// The description of the type, null if none has been entered.
+    /// The description of the type, null if none is entered. It stays valid until its module is unloaded.
     const IType* Find(STypeID* pTypeID) const;
 
 private:
@@ -77,16 +81,21 @@ namespace kx::detail
 {
 struct SValueOperations;
 
+// Stops a program that uses a value of a type that no loaded module describes. Exported, so that a crash report has its
+// name.
+KX_API void UsedTypeOfUnloadedModule();
+
 // What the start of a module does with a record: fills in the identities, and enters the type if it is to be known
 // without being asked for. The linker gathers pointers to these as it gathers the slots.
 struct STypeEntry
 {
     IType* m_pType;
-    STypeIDData** m_ppSlot;
-    STypeIDData** m_ppArgument;       // arrays only, like the block
-    STemplateBlock* m_pBlock;         //
-    const SValueOperations* m_pValue; // how variants keep a value, for types that kxbase itself knows
+    STypeIDData* volatile* (*m_pfnSlot)();
+    STypeIDData* volatile* (*m_pfnArgument)(); // arrays only, like the block
+    STemplateBlock* m_pBlock;                  //
+    const SValueOperations* m_pValue;          // how variants keep a value, for types that kxbase itself knows
     bool m_bRegister;
+    STypeEntry* m_pNext = nullptr; // of the same identity
 };
 
 template <class T>
@@ -108,7 +117,7 @@ struct KX_LOCAL TTypeRecord
 
     static constexpr STypeEntry Enter(IType* pType, const SValueOperations* pValue, bool bRegister)
     {
-        return {pType, &TTypeSlot<T>::ms_pSlot, nullptr, nullptr, pValue, bRegister};
+        return {pType, &TTypeSlot<T>::Slot, nullptr, nullptr, pValue, bRegister};
     }
 };
 
@@ -132,7 +141,7 @@ struct KX_LOCAL TTypeRecord<TArray<T>>
 
     static constexpr STypeEntry Enter(IType* pType, const SValueOperations* pValue, bool bRegister)
     {
-        return {pType, &TTypeSlot<TArray<T>>::ms_pSlot, &TTypeSlot<T>::ms_pSlot, &ms_block, pValue, bRegister};
+        return {pType, &TTypeSlot<TArray<T>>::Slot, &TTypeSlot<T>::Slot, &ms_block, pValue, bRegister};
     }
 };
 } // namespace kx::detail
@@ -152,18 +161,18 @@ struct TTypeEntry
         using Record = kx::detail::TTypeRecord<__VA_ARGS__>;                                                           \
         inline static IType ms_type = Record::Make(#__VA_ARGS__);                                                      \
         inline static kx::detail::STypeEntry ms_entry = Record::Enter(&ms_type, nullptr, bRegister);                   \
-        keep KX_GATHER(kxtypeentry, #__VA_ARGS__) inline static kx::detail::STypeEntry* ms_pEntry = &ms_entry;         \
+        keep KX_GATHERED_WORD(kxtypeentry, kx::detail::STypeEntry*, ms_pEntry, Entry, &ms_entry);                      \
     }
 
 /// Gives a type an identity and a description; see the head of this file. One line at namespace scope for each type,
 /// where the type is complete.
 #define KX_DECLARE_TYPE(...)                                                                                           \
     KX_TYPE_SLOT(NotBuiltIn, __VA_ARGS__);                                                                             \
-    KX_TYPE_RECORD(KX_GATHER_ALWAYS, true, __VA_ARGS__)
+    KX_TYPE_RECORD(KX_GATHERED_ALWAYS, true, __VA_ARGS__)
 
 /// This module's description of T.
 template <class T>
 inline IType* GetType()
 {
-    return (*const_cast<kx::detail::STypeEntry* const volatile*>(&TTypeEntry<T>::ms_pEntry))->m_pType;
+    return (*TTypeEntry<T>::Entry())->m_pType;
 }

@@ -2,7 +2,7 @@
 
 #include "core/dynamic/heldvalue.h"
 
-constinit unsigned char kx::detail::g_acSharedNull[16] = {};
+alignas(8) constinit unsigned char kx::detail::g_acSharedNull[16] = {};
 
 bool kx::detail::EqualValues(const ZObjectRef& left, const ZObjectRef& right)
 {
@@ -12,12 +12,12 @@ bool kx::detail::EqualValues(const ZObjectRef& left, const ZObjectRef& right)
     if (pType == nullptr)
         return true;
     const auto pfnEqual = ValueOperationsOf(*pType).Equal;
-    const auto pfnEquals = pfnEqual != nullptr ? pfnEqual : pType->m_pOperations->Equals;
+    const auto pfnEquals = pfnEqual != nullptr ? pfnEqual : pType->Operations().Equals;
     return pfnEquals != nullptr && pfnEquals(left.Data(), right.Data());
 }
 
 ZVariant::ZVariant(ZString&& text) noexcept
-    : ZVariantRef(::new (kx::detail::ZCellPool::For(sizeof(ZString)).Allocate()) ZString(std::move(text)),
+    : ZVariantRef(::new (kx::detail::ZCellHeap::Allocate(sizeof(ZString))) ZString(std::move(text)),
                   GetTypeID<ZString>())
 {
 }
@@ -53,7 +53,7 @@ void ZVariant::Set(STypeID* pType, const void* pValue)
 {
     if (pType == nullptr)
         return Adopt(nullptr, nullptr);
-    const bool bKnown = pType->m_pOperations != nullptr && pValue != nullptr;
+    const bool bKnown = pType->IsDescribed() && pValue != nullptr;
     kx::detail::BreakUnless(bKnown);
     if (bKnown)
         Adopt(pType, kx::detail::CopyValue(*pType, pValue));

@@ -1,22 +1,48 @@
 #include "core/memory/memorymanager.h"
 
 #include <cstdlib>
+#include <mutex>
 
 namespace
 {
-// The allocator behind ZMemAllocatorScope. A union, so that no destructor runs at exit: containers with static storage
-// may be released after this file's own statics would be gone.
-union SScopeAllocator
+// Is the normal allocator while there is none.
+class ZNoAllocator final : public IAllocator
 {
-    ZMallocAllocator m_allocator;
+public:
+    constexpr ZNoAllocator() = default;
 
-    constexpr SScopeAllocator() : m_allocator() {}
-    ~SScopeAllocator() {}
+    const char* GetName() const override { return "no allocator"; }
+
+    void* Allocate(uint64, uint64, uint32) override
+    {
+        kx::detail::NoAllocatorInstalled_UseProcessHeapOrScope();
+        return nullptr;
+    }
+
+    void Free(void* pMemory) override
+    {
+        if (pMemory != nullptr)
+            kx::detail::NoAllocatorInstalled_UseProcessHeapOrScope();
+    }
 };
 
-constinit SScopeAllocator s_scope;
+// An allocator whose destructor never runs: containers with static storage may be released after this file's own
+// statics would be gone.
+template <class TAllocator>
+union SImmortal
+{
+    TAllocator m_allocator;
 
-// The table slot of an identity, or null behind the debug break.
+    constexpr SImmortal() : m_allocator() {}
+    ~SImmortal() {}
+};
+
+constinit SImmortal<ZMallocAllocator> s_processHeap;
+constinit SImmortal<ZMallocAllocator> s_scopeHeap; // another one, to tell a scope from a program that installs the heap
+constinit SImmortal<ZNoAllocator> s_none;
+constinit std::mutex s_scopes;
+
+// The table slot of an identity, or null after the debug break.
 template <class TTable>
 auto* FindSlot(TTable& table, uint32 nIdentity)
 {
@@ -26,7 +52,7 @@ auto* FindSlot(TTable& table, uint32 nIdentity)
 }
 } // namespace
 
-constinit ZMemoryManager ZMemoryManager::ms_instance;
+constinit ZMemoryManager ZMemoryManager::ms_instance(&s_none.m_allocator);
 
 IAllocator::~IAllocator() = default;
 
@@ -70,19 +96,29 @@ void ZMallocAllocator::Free(void* pMemory)
     std::free(pMemory);
 }
 
+IAllocator* GetProcessHeap()
+{
+    return &s_processHeap.m_allocator;
+}
+
 void ZMemoryManager::InstallAllocator(uint32 nIdentity, IAllocator* pAllocator)
 {
-    if (pAllocator == nullptr)
-        UnInstallAllocator(nIdentity);
-    else if (IAllocator** ppSlot = FindSlot(m_apAllocators, nIdentity))
-        *ppSlot = pAllocator;
+    IAllocator** ppSlot = FindSlot(m_apAllocators, nIdentity);
+    if (ppSlot == nullptr)
+        return;
+    const bool bNormal = nIdentity == ALLOCATOR_NORMAL;
+    if (pAllocator == nullptr && bNormal && m_nScopes != 0)
+        pAllocator = &s_scopeHeap.m_allocator;
+    if (bNormal && m_pfnReleaseUnused != nullptr)
+        m_pfnReleaseUnused();
+    *ppSlot = pAllocator;
+    if (bNormal)
+        m_pNormal = pAllocator != nullptr ? pAllocator : &s_none.m_allocator;
 }
 
 void ZMemoryManager::UnInstallAllocator(uint32 nIdentity)
 {
-    const bool bScopeStepsIn = nIdentity == ALLOCATOR_NORMAL && m_nScopes != 0;
-    if (IAllocator** ppSlot = FindSlot(m_apAllocators, nIdentity))
-        *ppSlot = bScopeStepsIn ? &s_scope.m_allocator : nullptr;
+    InstallAllocator(nIdentity, nullptr);
 }
 
 IAllocator* ZMemoryManager::GetAllocator(uint32 nIdentity) const
@@ -93,11 +129,7 @@ IAllocator* ZMemoryManager::GetAllocator(uint32 nIdentity) const
 
 void* ZMemoryManager::Allocate(uint64 nSize, uint32 nAlignment)
 {
-    IAllocator* pNormal = GetNormalAllocator();
-    kx::detail::BreakUnless(pNormal != nullptr);
-    if (pNormal == nullptr)
-        return nullptr;
-    return pNormal->Allocate(nSize, nAlignment != 0 ? nAlignment : __STDCPP_DEFAULT_NEW_ALIGNMENT__, 0);
+    return m_pNormal->Allocate(nSize, nAlignment != 0 ? nAlignment : __STDCPP_DEFAULT_NEW_ALIGNMENT__, 0);
 }
 
 void ZMemoryManager::Free(void* pMemory)
@@ -108,18 +140,25 @@ void ZMemoryManager::Free(void* pMemory)
 
 ZMemAllocatorScope::ZMemAllocatorScope()
 {
+    const std::lock_guard lock(s_scopes);
     ZMemoryManager& manager = *GetMemoryManager();
     ++manager.m_nScopes;
-    if (GetNormalAllocator() == nullptr)
-        manager.InstallAllocator(ALLOCATOR_NORMAL, &s_scope.m_allocator);
+    if (manager.GetAllocator(ALLOCATOR_NORMAL) == nullptr)
+        manager.InstallAllocator(ALLOCATOR_NORMAL, &s_scopeHeap.m_allocator);
 }
 
 ZMemAllocatorScope::~ZMemAllocatorScope()
 {
+    const std::lock_guard lock(s_scopes);
     ZMemoryManager& manager = *GetMemoryManager();
     --manager.m_nScopes;
-    if (manager.m_nScopes == 0 && GetNormalAllocator() == &s_scope.m_allocator)
+    if (manager.m_nScopes == 0 && manager.GetAllocator(ALLOCATOR_NORMAL) == &s_scopeHeap.m_allocator)
         manager.UnInstallAllocator(ALLOCATOR_NORMAL);
+}
+
+KX_NOINLINE void kx::detail::NoAllocatorInstalled_UseProcessHeapOrScope()
+{
+    BreakUnless(false);
 }
 
 void ReleaseArrayStorage(void* pMemory)

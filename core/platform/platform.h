@@ -51,6 +51,8 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 // counts its object as the first one. KX_STACK_ALLOC(nBytes) is memory that the calling function gives back on return.
 // KX_KNOWN(value) says whether the compiler knows the value once everything is inlined; it may always say no.
 // KX_PURE marks a function that only reads, so that the caller may keep in registers what it has read before the call.
+// KX_THREAD_LOCAL declares a thread-local variable of a library that is loaded with the program, and so can be reached
+// without a call.
 // KX_EXTENSION stands before what all compilers have and the standard has not: a struct without a name in a union.
 #if defined(_MSC_VER) && !defined(__clang__)
 #define KX_NOINLINE __declspec(noinline)
@@ -60,6 +62,7 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 #define KX_STACK_ALLOC(nBytes) _alloca(nBytes)
 #define KX_KNOWN(value) false
 #define KX_PURE
+#define KX_THREAD_LOCAL thread_local
 #define KX_EXTENSION
 #else
 #define KX_NOINLINE __attribute__((noinline))
@@ -69,42 +72,70 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 #define KX_STACK_ALLOC(nBytes) __builtin_alloca(nBytes)
 #define KX_KNOWN(value) __builtin_constant_p(value)
 #define KX_PURE __attribute__((pure))
+#if defined(__ELF__)
+#define KX_THREAD_LOCAL __attribute__((tls_model("initial-exec"))) thread_local
+#else
+#define KX_THREAD_LOCAL thread_local
+#endif
 #define KX_EXTENSION __extension__
 #endif
 
 // Words that any source of a module may contribute to, and that the linker gathers into one range: a section whose name
-// is a C identifier gets two boundary symbols. KX_GATHER(section, key) marks an inline variable, key being a text that
-// no other one in the section has; each lies on a multiple of 16, so null words stand between them, and a walk skips
-// these. KX_GATHER_ALWAYS keeps one that no code names. KX_GATHERED(type, section) declares the range, whose ends are
+// is a C identifier gets two boundary symbols. KX_GATHERED_WORD(section, type, name, function, pValue), in a class,
+// declares such a word and the function that returns its address; all users of the word go through the function.
+// KX_GATHERED_ALWAYS before it has the word gathered even if nothing uses it. Each word lies on a multiple of 16, so
+// null words stand between them, and a walk skips these. KX_GATHERED(type, section) declares the range, whose ends are
 // KX_GATHER_BEGIN(section) and KX_GATHER_END(section): the module's own, and both null in a module that has no such
-// word. KX_INIT_FIRST has an object initialised before all others of its module.
+// word.
 //
-// For each inline variable the linker keeps one of the copies that the sources bring, by a group that is named after
-// it. GCC 12 puts all variables of one section into one group, so that two sources with different ones clash. The name
-// that it is given here therefore ends the directive itself, with a group of the variable's own, and has the assembler
-// take what GCC adds for a comment. Link-time optimisation would find that nobody writes the word, which another module
-// does.
+// KX_INIT_FIRST has an object initialised before all others of its module. KX_AT_UNLOAD has a function called when its
+// module is unloaded, after the destructors of the module's objects, and also when the process ends, after the handlers
+// of std::atexit.
+//
+// Each word is volatile, since the module that writes it is another one. For each, the linker keeps one of the copies
+// that the sources bring, and keeps it even if it drops what no code refers to. GCC 12 puts all variables of a section
+// into one group, so that two sources with different ones clash, and cannot ask for the second; there the function has
+// the assembler define the word.
 #if defined(__ELF__)
 #if defined(__clang__)
-#define KX_GATHER(section_name, key) __attribute__((section(#section_name), aligned(16)))
+#define KX_GATHERED_WORD(section_name, type, name, function, pValue)                                                   \
+    KX_GATHERED_VARIABLE(section_name) inline static type name = pValue;                                               \
+    static type volatile* function()                                                                                   \
+    {                                                                                                                  \
+        return &name;                                                                                                  \
+    }                                                                                                                  \
+    static_assert(true)
+#define KX_GATHERED_VARIABLE(section_name) __attribute__((section(#section_name), aligned(16), retain))
 #else
-#if defined(__aarch64__)
-#define KX_ASSEMBLER_COMMENT "//"
-#else
-#define KX_ASSEMBLER_COMMENT "#"
+#define KX_GATHERED_WORD(section_name, type, name, function, pValue)                                                   \
+    static type volatile* function()                                                                                   \
+    {                                                                                                                  \
+        asm(".ifndef %c0\n\t"                                                                                          \
+            ".pushsection " #section_name ",\"awGR\",%%progbits,%c0,comdat\n\t"                                        \
+            ".weak %c0\n\t"                                                                                            \
+            ".hidden %c0\n\t"                                                                                          \
+            ".type %c0, %%object\n\t"                                                                                  \
+            ".size %c0, 8\n\t"                                                                                         \
+            ".balign 16\n"                                                                                             \
+            "%c0:\n\t"                                                                                                 \
+            ".quad %c1\n\t"                                                                                            \
+            ".balign 16\n\t"                                                                                           \
+            ".popsection\n\t"                                                                                          \
+            ".endif"                                                                                                   \
+            :                                                                                                          \
+            : "i"(&name), "i"(pValue));                                                                                \
+        return &name;                                                                                                  \
+    }                                                                                                                  \
+    static type name
 #endif
-#define KX_GATHER(section_name, key)                                                                                   \
-    __attribute__((                                                                                                    \
-        section(#section_name ",\"awG\",@progbits,\"" #section_name "." key "\",comdat" KX_ASSEMBLER_COMMENT),         \
-        aligned(16), externally_visible))
-#endif
-#define KX_GATHER_ALWAYS __attribute__((used))
+#define KX_GATHERED_ALWAYS __attribute__((used))
 #define KX_GATHERED(type, section_name)                                                                                \
     extern "C" KX_LOCAL __attribute__((weak)) type __start_##section_name[];                                           \
     extern "C" KX_LOCAL __attribute__((weak)) type __stop_##section_name[]
 #define KX_GATHER_BEGIN(section_name) __start_##section_name
 #define KX_GATHER_END(section_name) __stop_##section_name
 #define KX_INIT_FIRST __attribute__((init_priority(101)))
+#define KX_AT_UNLOAD __attribute__((destructor(101)))
 #endif
 
 namespace kx::detail
