@@ -1,7 +1,11 @@
 // The hash containers: what the journals do not show.
+#include "core/containers/seededhash.h"
+#include "core/strings/string.h"
 #include "tests/support/breaks.h"
 #include "tests/support/modeltest.h"
 #include "tests/support/player.h"
+
+#include <unordered_map>
 
 static_assert(std::forward_iterator<THashMap<int, int>::iterator>);
 static_assert(std::is_convertible_v<THashMap<int, int>::iterator, THashMap<int, int>::const_iterator>);
@@ -60,6 +64,57 @@ TEST_F(HashTest, HashesSignedBytes)
     EXPECT_EQ(HashKey(int64{1}), HashKey(EKey::eOne));
     EXPECT_EQ((0x811C9DC5 ^ 0xFFFFFFFE) * 16777619u, HashKey(int8{-2}));
     EXPECT_EQ(0x811C9DC5, HashBytes(nullptr, 0));
+}
+
+TEST(SeededHashTest, IsSipHash)
+{
+    const SHashSeed seed = {0x0706050403020100, 0x0F0E0D0C0B0A0908};
+    const char acBytes[] = "\0\1\2\3\4\5\6\7\10\11\12\13\14\15\16";
+    EXPECT_EQ(0xABAC0158050FC4DC, SeededHash(nullptr, 0, seed));
+    EXPECT_EQ(0x369095118D299A8E, SeededHash(acBytes, 8, seed));
+    EXPECT_EQ(0xD320D86D2A519956, SeededHash(acBytes, 15, seed));
+}
+
+// The strings are chains of blocks; at each place, either of two blocks leads the unseeded hash to the same value.
+TEST(SeededHashTest, SeparatesKeysWhoseUnseededHashesAreEqual)
+{
+    std::vector<std::string> keys{""};
+    for (int nBit = 0; nBit < 16; ++nBit)
+    {
+        std::unordered_map<uint32, std::string> seen;
+        for (uint32 n = 0; keys.size() < size_t{2} << nBit; ++n)
+        {
+            const std::string block(reinterpret_cast<const char*>(&n), sizeof(n)), key = keys[0] + block;
+            const auto [pos, bNew] = seen.emplace(HashBytes(key.data(), key.size()), block);
+            for (size_t i = 0, nKeys = keys.size(); i < nKeys && !bNew; ++i)
+            {
+                keys.push_back(keys[i] + pos->second);
+                keys[i] += block;
+            }
+        }
+    }
+    static int s_nComparisons;
+    s_nComparisons = 0;
+    struct Counting : TSeededHashSetPolicy<std::string>
+    {
+        static bool Equals(const std::string& first, const std::string& second)
+        {
+            ++s_nComparisons;
+            return first == second;
+        }
+    };
+    const ZMemAllocatorScope scope;
+    THashSet<std::string, Counting> set;
+    for (const std::string& key : keys)
+    {
+        EXPECT_EQ(HashBytes(keys[0].data(), keys[0].size()), HashBytes(key.data(), key.size()));
+        set.Insert(key);
+    }
+    EXPECT_EQ(65536u, set.Size());
+    EXPECT_LT(s_nComparisons, 2 * 65536);
+    const THashMap<ZString, int, TSeededHashMapPolicy<ZString, int>> byName{{ZString("one"), 1}, {ZString("two"), 2}};
+    const THashMap<int, int, TSeededHashMapPolicy<int, int>> byNumber{{-1, 1}, {2, 2}};
+    EXPECT_EQ(3, byName.Find(ZString("two"))->Value() + byNumber.Find(-1)->Value());
 }
 
 TEST_F(HashTest, AsksThePolicyAlone)
