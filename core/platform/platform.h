@@ -98,6 +98,7 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 // the assembler define the word.
 #if defined(__ELF__)
 #if defined(__clang__)
+// NOLINTBEGIN(bugprone-macro-parentheses): a type and a name cannot be in parentheses.
 #define KX_GATHERED_WORD(section_name, type, name, function, pValue)                                                   \
     KX_GATHERED_VARIABLE(section_name) inline static type name = pValue;                                               \
     static type volatile* function()                                                                                   \
@@ -105,6 +106,7 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
         return &name;                                                                                                  \
     }                                                                                                                  \
     static_assert(true)
+// NOLINTEND(bugprone-macro-parentheses)
 #define KX_GATHERED_VARIABLE(section_name) __attribute__((section(#section_name), aligned(16), retain))
 #else
 #define KX_GATHERED_WORD(section_name, type, name, function, pValue)                                                   \
