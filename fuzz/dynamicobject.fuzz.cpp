@@ -8,7 +8,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* pData, std::size_t nSize)
     const ZMemAllocatorScope scope;
     const uint8* pEnd = pData + nSize;
     const auto below = [&](uint64 n) { return pData == pEnd ? 0 : *pData++ % n; };
-    ModelledTree tree;
+    ZModelledTree tree;
     while (pData != pEnd)
         tree.Step(below);
     if (!tree.Agrees())

@@ -8,7 +8,7 @@
 #include <string>
 #include <tuple>
 
-class ModelledTree
+class ZModelledTree
 {
     using Model = nlohmann::ordered_json;
 
@@ -27,15 +27,16 @@ public:
             const size_t i = below(pModel->size());
             const auto child = std::next(pModel->begin(), static_cast<std::ptrdiff_t>(i));
             bKeysOnly &= pModel->is_object();
-            path += pModel->is_object() ? (path.empty() ? "" : ".") + child.key() : "";
+            path += pModel->is_object() ? (pNode == &m_tree ? "" : ".") + child.key() : "";
             pNode = pModel->is_object() ? &pNode->Get(ZString(child.key())) : &pNode->GetArrayContainer()[i];
             pModel = &*child;
         }
-        const std::string key = "key" + std::to_string(below(3) == 0 ? below(200) : below(8));
+        const bool bEmptyKey = below(16) == 0;
+        const std::string key = bEmptyKey ? "" : "key" + std::to_string(below(3) == 0 ? below(200) : below(8));
         const uint64 nOperation = below(12);
         if (nOperation != 10)
             Operate(nOperation, *pModel, *pNode, key, below);
-        else if (bKeysOnly)
+        else if (bKeysOnly && (pNode == &m_tree ? !key.empty() : !path.empty())) // the empty path is the root
             OperateByPath(*pModel, path, key, below);
     }
 
@@ -84,9 +85,16 @@ private:
             std::tie(model, node) = MakeValue(below);
         else if (nOperation == 7)
         {
+            const ZDynamicObject before = node;
             m_bAgrees &= node.Remove(name) == bThere;
-            if (bThere)
-                model.erase(key);
+            if (!bThere)
+                return;
+            model.erase(key);
+            // The order of the properties does not count, their number and their keys do.
+            ZDynamicObject other = node, reordered = node;
+            other.Set("missing", before[name]);
+            reordered.Set(name, before[name]);
+            m_bAgrees &= before == reordered && before != node && before != other && other != before;
         }
         else if (nOperation == 8 && bThere)
         {
@@ -116,8 +124,10 @@ private:
     void OperateByPath(Model& model, const std::string& path, const std::string& key, TBelow&& below)
     {
         const bool bThere = model.contains(key);
-        const ZString pathOfKey(path.empty() ? key : path + "." + key);
+        const ZString pathOfKey(&model == &m_model ? key : path + "." + key);
+        const ZString nowhere = pathOfKey + ".missing.key";
         ZDynamicObject result(7);
+        m_bAgrees &= !m_tree.TryGetPath(nowhere, result) && !m_tree.TrySetPath(nowhere, 1) && result == 7;
         m_bAgrees &= m_tree.TryGetPath(ZString(path), result) && Agrees(model, result);
         m_bAgrees &= m_tree.TryGetPath(pathOfKey, result) == bThere && Agrees(bThere ? model[key] : model, result);
 
