@@ -137,18 +137,10 @@ using Format = JournalTest;
 // The corpus of the fuzz program has unpaired braces.
 TEST_F(Format, ReplacesPrintableArguments)
 {
-    const std::pair<ZString, std::string_view> aTexts[] = {
-        {ZString(""), ""},
-        {ZString("{1} {0}{0} {2} {3}."), "seven 77 true 12.5."},
-        {ZString("{{0}} }} {{"), "{0} } {"},
-        {ZString("{4}{5}{8}{9}{/}{:} {00} {} { 0} {0 } }0}"), "{4}{5}{8}{9}{/}{:} {00} {} { 0} {0 } }0}"},
-        {ZString("a\0{0}b"), std::string_view("a\0007b", 4)},
-    };
-    for (const auto& [text, expected] : aTexts)
-    {
-        const ZString result = ZString::Format(text, 7, ZString("seven"), true, 12.5, SVertex());
-        EXPECT_EQ(expected, std::string_view(result));
-    }
+    const ZString format = "{1} {0}{0} {2} {3}. {{0}} }} {{ {4}{5}{8}{9}{/}{:} {00} {} { 0} {0 } }0}";
+    EXPECT_TRUE(ZString::Format(format, 7, ZString("seven"), true, 12.5, SVertex())
+                == "seven 77 true 12.5. {0} } { {4}{5}{8}{9}{/}{:} {00} {} { 0} {0 } }0}");
+    EXPECT_TRUE(ZString::Format("a\0{0}{1}", ZVariantRef(), ZString("e\0nd")) == ZString("a\0{0}e\0nd"));
 }
 
 TEST_F(Format, PrintsEveryType)
@@ -159,7 +151,6 @@ TEST_F(Format, PrintsEveryType)
     EXPECT_TRUE(ZString::Format("{0} {1} {2} {3} {4}", 0.1f, 0.1, -1e300, 2.0, false) == "0.1 0.1 -1e+300 2 false");
     EXPECT_TRUE(ZString::Format("{0} {1} {2}", "literal", ZGuid(), ZDynamicObject(5))
                 == "literal 00000000-0000-0000-0000-000000000000 5");
-    EXPECT_TRUE(ZString::Format("{0}{1}", ZVariantRef(), ZString("e\0nd")) == ZString("{0}e\0nd"));
     TakeJournal();
     EXPECT_FALSE(ZString::Format("{0} and some more text", 1).IsEmpty() || !ZString::Format("").IsEmpty());
     EXPECT_EQ((Journal{"alloc 21/1", "free 21"}), TakeJournal());
