@@ -21,11 +21,6 @@ KX_DECLARE_TYPE(SOnlyHere);
 
 extern "C"
 {
-    KX_EXPORT STypeID* PluginTypeOfVertex()
-    {
-        return GetTypeID<SVertex>();
-    }
-
     KX_EXPORT STypeIDData* PluginRecordOfVertex()
     {
         return &TTypeSlot<SVertex>::ms_data;
