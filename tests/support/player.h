@@ -10,16 +10,7 @@
 // the same everywhere.
 #pragma once
 
-#include "core/containers/array.h"
-#include "core/containers/blockarray.h"
-#include "core/containers/hashmap.h"
-#include "core/containers/hashset.h"
-#include "core/containers/list.h"
-#include "core/containers/map.h"
-#include "core/containers/maxarray.h"
-#include "core/containers/multihashmap.h"
-#include "core/containers/set.h"
-#include "core/containers/slist.h"
+#include "tests/support/containers.h"
 #include "tests/support/journal.h"
 
 #include <algorithm>
@@ -224,12 +215,7 @@ private:
         Know("copy", "", 1, 1, [](SCall& x) { x.c = TContainer(std::as_const(x.other)); });
         Know("move", "", 1, 1, [](SCall& x) { return x.c = std::move(x.other), IsEmptied(x.other); });
         Know("move self", "", 1, 1, [&](SCall& x) { x.c = std::move(x.nFirst == 0 ? x.c : x.other); });
-        Know("take", "", 1, 1,
-             [](SCall& x)
-             {
-                 TContainer taken(std::move(x.other));
-                 return x.c = std::move(taken), IsEmptied(x.other);
-             });
+        Know("take", "", 1, 1, [](SCall& x) { return x.c = TContainer(std::move(x.other)), IsEmptied(x.other); });
         Know("swap", "", 1, 1,
              [](SCall& x)
              {
