@@ -90,26 +90,23 @@ uint64 Use(TContainer container)
     copy.Erase(std::next(copy.Begin()));
     return static_cast<uint64>(std::distance(copy.begin(), copy.end()));
 }
+
+template <class... TContainers, class TElement>
+uint64 UseAll(const TElement& one, const TElement& two, const TElement& three)
+{
+    return (Use(TContainers{one, two, three}) + ...);
+}
 } // namespace
 
 TEST(GreedyNames, AreNotTheLibrarysOwn)
 {
     const ZMemAllocatorScope scope;
-    using eng::SElement;
-    const SElement one{1}, two{2}, three{3};
-    EXPECT_EQ(2u, Use(TArray<SElement>{one, two, three}));
-    EXPECT_EQ(2u, (Use(TMaxArray<SElement, 4>{one, two, three})));
-    EXPECT_EQ(2u, Use(TBlockArray<SElement>{one, two, three}));
-    EXPECT_EQ(2u, Use(TList<SElement>{one, two, three}));
-    EXPECT_EQ(2u, Use(TSList<SElement>{one, two, three}));
-    EXPECT_EQ(2u, Use(TRedBlackTree<SElement>{one, two, three}));
-    EXPECT_EQ(2u, Use(TSet<SElement>{one, two, three}));
-    EXPECT_EQ(2u, Use(TMultiSet<SElement>{one, two, three}));
-    EXPECT_EQ(2u, (Use(TMap<SElement, SElement>{{one, one}, {two, two}, {three, three}})));
-    EXPECT_EQ(2u, (Use(TMultiMap<SElement, SElement>{{one, one}, {two, two}, {three, three}})));
-    EXPECT_EQ(2u, (Use(THashMap<SElement, SElement>{{one, one}, {two, two}, {three, three}})));
-    EXPECT_EQ(2u, (Use(TMultiHashMap<SElement, SElement>{{one, one}, {two, two}, {three, three}})));
-    EXPECT_EQ(2u, Use(THashSet<SElement>{one, two, three}));
+    using E = eng::SElement;
+    using Pair = TKeyValuePair<E, E>;
+    EXPECT_EQ(18u, (UseAll<TArray<E>, TMaxArray<E, 4>, TBlockArray<E>, TList<E>, TSList<E>, TRedBlackTree<E>, TSet<E>,
+                           TMultiSet<E>, THashSet<E>>(E{1}, E{2}, E{3})));
+    EXPECT_EQ(8u, (UseAll<TMap<E, E>, TMultiMap<E, E>, THashMap<E, E>, TMultiHashMap<E, E>>(
+                      Pair({1}, {1}), Pair({2}, {2}), Pair({3}, {3}))));
     EXPECT_EQ(2u, (Use(TMap<int, int>{{1, 1}, {2, 2}, {3, 3}})));
     const ZDynamicObject tree = ZDynamicObject::Object().Set("key", ZString::Format("{0}", "text")).Set("n", 5);
     EXPECT_TRUE(tree["key"] == "text" && tree["n"] == 5 && ZDynamicObject(tree) == tree);
