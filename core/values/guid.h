@@ -99,6 +99,12 @@ static_assert(sizeof(ZGuid) == 16 && std::is_standard_layout_v<ZGuid> && std::is
 /// Writes the text like a std::string_view, with the stream's width and fill.
 KX_API std::ostream& operator<<(std::ostream& stream, const ZGuid& guid);
 
+/// The hash of the hash containers, that of the 16 bytes.
+inline uint32 HashKey(const ZGuid& guid)
+{
+    return HashBytes(&guid, sizeof(guid));
+}
+
 /// The standard hash, that of the 16 bytes.
 template <>
 struct std::hash<ZGuid>

@@ -14,6 +14,7 @@
 // parenthesis directly after either name.
 #pragma once
 
+#include "core/containers/hashbytes.h"
 #include "core/platform/platform.h"
 
 #include <compare>
@@ -45,6 +46,12 @@ private:
 };
 
 static_assert(sizeof(Version) == 8, "the parts fill the word without a gap");
+
+/// The hash of the hash containers, that of the 8 bytes.
+inline uint32 HashKey(const Version& version)
+{
+    return HashBytes(&version, sizeof(version));
+}
 
 namespace version
 {

@@ -1,6 +1,7 @@
 // ZRuntimeResourceID: the 64-bit name of a resource at run time.
 #pragma once
 
+#include "core/containers/hashbytes.h"
 #include "core/platform/platform.h"
 
 /// Marks the public interface of the module runtime.resource.
@@ -33,3 +34,9 @@ private:
 };
 
 static_assert(sizeof(ZRuntimeResourceID) == 8 && alignof(ZRuntimeResourceID) == 4, "two 32-bit words");
+
+/// The hash of the hash containers, that of the 8 bytes.
+inline uint32 HashKey(const ZRuntimeResourceID& id)
+{
+    return HashBytes(&id, sizeof(id));
+}
