@@ -73,6 +73,11 @@ struct SElement
     bool operator<(const SElement& other) const { return m_n < other.m_n; }
     int m_n;
 };
+
+inline uint32 HashKey(const SElement& element)
+{
+    return ::HashKey(element.m_n);
+}
 } // namespace eng
 
 namespace

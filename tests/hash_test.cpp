@@ -51,16 +51,12 @@ TEST_F(HashTest, HashesSignedBytes)
                                              {3, 0x9BC23426}, {128, 0xD6248195}, {-1, 0x81DDF9B1}};
     for (const auto& [nKey, nHash] : hashes)
         EXPECT_EQ(nHash, HashKey(nKey));
-    struct SPair
-    {
-        int16 m_nFirst;
-        uint16 m_nSecond;
-    };
     enum class EKey : uint64
     {
         eOne = 1
     };
-    EXPECT_EQ(HashKey(0x00030002), HashKey(SPair{2, 3}));
+    EXPECT_EQ(HashBytes("a\0", 3), HashKey(std::string_view("a\0", 3)));
+    EXPECT_EQ(HashKey(ZString("text")), HashKey(std::string("text")));
     EXPECT_EQ(HashKey(int64{1}), HashKey(EKey::eOne));
     EXPECT_EQ((0x811C9DC5 ^ 0xFFFFFFFE) * 16777619u, HashKey(int8{-2}));
     EXPECT_EQ(0x811C9DC5, HashBytes(nullptr, 0));

@@ -1,4 +1,5 @@
 #include "tests/support/containers.h"
+#include "core/containers/seededhash.h"
 #include "tests/refusals/refuse.h"
 
 struct SMoveOnly
@@ -7,7 +8,7 @@ struct SMoveOnly
     bool operator<(const SMoveOnly&) const;
 };
 
-// Has no order, and is hashed by its bytes.
+// Has no order and no hash.
 struct alignas(32) SWide
 {
     char m_acBytes[32];
@@ -32,5 +33,8 @@ void Use()
               TSet<SWide> refused);
     KX_REFUSE(MAP_WITHOUT_ORDER, "compares by operator<: declare one beside the class of the element",
               TMap<SWide, int> refused);
-    KX_REFUSE(HASH_SET_WITHOUT_HASH, "declare uint32 HashKey", THashSet<float> refused{1.0F});
+    KX_REFUSE(HASH_SET_WITHOUT_HASH, "declare uint32 HashKey", THashSet<SWide> refused{SWide()});
+    KX_REFUSE(HASH_SET_OF_POINTERS, "make the key a ZString or a std::string_view", THashSet<const char*> refused{""});
+    KX_REFUSE(SEEDED_SET_OF_POINTERS, "hashes strings, integers and enumerations",
+              THashSet<char*, TSeededHashSetPolicy<char*>> refused{nullptr});
 }
