@@ -17,7 +17,14 @@ void BreaksOutside(TArrayLike& array)
         EXPECT_BREAK(array[nIndex] = 0) << nIndex;
         EXPECT_BREAK(static_cast<void>(std::as_const(array)[nIndex])) << nIndex;
         EXPECT_BREAK(array.Erase(nIndex)) << nIndex;
+        EXPECT_BREAK(array.Insert(nIndex == 2 ? 3 : nIndex, 0)) << nIndex;
     }
+    EXPECT_EQ(3, *array.Insert(0, 3));
+    EXPECT_EQ((std::vector<int>{3, 1, 2}), Values(array));
+    array.Erase(0);
+    EXPECT_EQ(4, *array.Insert(2u, 4));
+    EXPECT_EQ((std::vector<int>{1, 2, 4}), Values(array));
+    array.Erase(2);
     EXPECT_BREAK(array.Insert(array.End() + 1, 0));
     EXPECT_BREAK(array.Insert(array.Begin() - nOne, 0));
     EXPECT_BREAK(array.Erase(array.End()));

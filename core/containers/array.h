@@ -162,6 +162,19 @@ public:
     T* Insert(T* pos, const T& value) { return InsertAt(pos, value); }
     T* Insert(T* pos, T&& value) { return InsertAt(pos, std::move(value)); }
 
+    /// Inserts before the element at an index, or at the end for Size(); triggers the debug break past it.
+    /// Templates, so that the literal 0 is an index and not a null pointer.
+    template <std::integral TIndex>
+    T* Insert(TIndex nIndex, const T& value)
+    {
+        return InsertAt(InsertPosition(static_cast<uint64>(nIndex)), value);
+    }
+    template <std::integral TIndex>
+    T* Insert(TIndex nIndex, T&& value)
+    {
+        return InsertAt(InsertPosition(static_cast<uint64>(nIndex)), std::move(value));
+    }
+
     /// Removes the element at pos and returns the position of the element that followed.
     /// Triggers the debug break if pos is outside [Begin(), End()). The following elements move down by assignment, in
     /// ascending order, and the surplus last one is destroyed. Never reallocates.
@@ -286,6 +299,12 @@ private:
         T* pNew = kx::detail::ConstructAt(m_pEnd, std::forward<TValue>(value));
         ++m_pEnd;
         return *pNew;
+    }
+
+    T* InsertPosition(uint64 nIndex)
+    {
+        kx::detail::BreakUnless(nIndex <= Distance(m_pBegin, m_pEnd));
+        return m_pBegin + nIndex;
     }
 
     template <class TValue>

@@ -144,6 +144,15 @@ public:
         return pos;
     }
 
+    /// Inserts before the element at an index, or at the end for Size(); triggers the debug break past it.
+    /// A template, so that the literal 0 is an index and not a null pointer.
+    template <std::integral TIndex>
+    T* Insert(TIndex nIndex, const T& value)
+    {
+        kx::detail::BreakUnless(static_cast<uint64>(nIndex) <= m_nSize);
+        return Insert(Begin() + nIndex, value);
+    }
+
     /// Removes the element at pos and returns pos.
     /// Triggers the debug break if pos is outside [Begin(), End()). The following elements move down by copy
     /// assignment, in ascending order, and the surplus last one is destroyed.
