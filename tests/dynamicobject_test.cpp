@@ -6,6 +6,8 @@
 #include "tests/support/modeltest.h"
 #include "tests/support/treemodel.h"
 
+#include <array>
+#include <chrono>
 #include <cmath>
 
 // The allocator of the fixture ends the program if a test has not freed a block.
@@ -41,6 +43,17 @@ TEST(DynamicObjectSize, AnyDepth)
     const ZDynamicObject tree = fork(1, 2);
     EXPECT_TRUE(ZDynamicObject(tree) == tree);
     EXPECT_FALSE(tree == fork(1, 3) || tree == fork(3, 2)) << "both branches count";
+
+    // Variants that hold dynamic objects as such, one in the other.
+    ZDynamicObject boxes;
+    ZDynamicObject* pInnermost = &boxes;
+    for (int i = 0; i < 500000; ++i, pInnermost = pInnermost->As<ZDynamicObject>())
+        pInnermost->Set(GetTypeID<ZDynamicObject>(), std::array{ZDynamicObject()}.data());
+    *pInnermost = ZDynamicObject(1);
+    const ZDynamicObject copy = boxes;
+    EXPECT_TRUE(copy == boxes);
+    *pInnermost = ZDynamicObject(2);
+    EXPECT_FALSE(copy == boxes);
 }
 
 TEST(DynamicObjectSize, AnyWidth)
@@ -54,16 +67,55 @@ TEST(DynamicObjectSize, AnyWidth)
     EXPECT_FALSE(ZDynamicObject().PushBack(1) == ZDynamicObject().PushBack(1).PushBack(1));
 }
 
+// Each of the loops took seconds to minutes when every step took time linear in the greatest size.
+TEST(DynamicObjectSize, NoInputIsSlow)
+{
+    const ZMemAllocatorScope scope;
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_EQ(HashKey(ZString("costarring")), HashKey(ZString("liquid")));
+    ZDynamicObject object;
+    for (uint32 i = 0; i < 65536; ++i)
+    {
+        std::string key;
+        for (uint32 nBits = i | 65536; nBits != 1; nBits /= 2)
+            key += nBits % 2 == 0 ? "costarring" : "liquid";
+        object.Set(ZString(key.c_str()), i);
+    }
+    EXPECT_EQ(65536u, object.Size()) << "all of these have one public hash";
+    object = ZDynamicObject();
+    for (int i = 0; i < 20000; ++i)
+        object.Set(ZString::Format("{0}", i), i);
+    for (int i = 0; i < 19980; ++i)
+        object.Remove(ZString::Format("{0}", i));
+    for (int i = 0; i < 100000; ++i)
+        EXPECT_TRUE(object.Set("one more", 1).Remove("one more"));
+    EXPECT_TRUE(object.Validate() && object.Size() == 20);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+}
+
+TEST_F(DynamicObject, ComparesObjectsThatRepeatAKey)
+{
+    const auto make = [](std::initializer_list<SDynamicObjectKeyValuePair> properties)
+    { return ZDynamicObject(ZVariant(TArray<SDynamicObjectKeyValuePair>(properties))); };
+    const ZDynamicObject aaa = make({{"a", 1}, {"a", 1}, {"a", 1}}), aab = make({{"a", 1}, {"a", 1}, {"b", 1}}),
+                         baa = make({{"b", 1}, {"a", 1}, {"a", 1}}), bca = make({{"b", 1}, {"c", 1}, {"a", 1}}),
+                         ab = make({{"a", 1}, {"b", 1}});
+    ZDynamicObject ba = baa;
+    ba.Remove("a");
+    EXPECT_TRUE(aab == ZDynamicObject(aab) && ab == ba && ba == ab);
+    for (const ZDynamicObject* pOther : {&aaa, &baa, &bca})
+        EXPECT_FALSE(aab == *pOther || *pOther == aab);
+}
+
 TEST_F(DynamicObject, FindsTheRemainingProperties)
 {
-    ASSERT_EQ(HashKey(ZString("costarring")), HashKey(ZString("liquid")));
     for (const ZString& format : {ZString("{0}"), ZString("a{0}"), ZString("{0}b"), ZString("{0}{0}")})
     {
         // 128 keys are as many as the index takes before it grows.
-        ZDynamicObject object = ZDynamicObject().Set("costarring", 1);
+        ZDynamicObject object = ZDynamicObject().Set("first", 1);
         for (int i = 1; i < 128; ++i)
             object.Set(ZString::Format(format, i), i);
-        EXPECT_TRUE(ZDynamicObject(object).Validate() && !object.Contains("liquid")) << "a key of the same hash";
+        EXPECT_TRUE(ZDynamicObject(object).Validate() && !object.Contains("last"));
         for (int i = 1; i < 128; ++i)
             ASSERT_TRUE(object.Remove(ZString::Format(format, i * 37 % 128)) && object.Validate()) << format << i;
     }
@@ -164,22 +216,53 @@ TEST_F(DynamicObject, BreaksWhereTheKindIsWrong)
     EXPECT_TRUE(properties.MoveNext() && !properties.MoveNext());
     static_cast<void>(properties.Current());
     EXPECT_EQ(8, breaks.Take());
+    static_cast<void>(number.GetValue<bool>());
+    EXPECT_EQ(2, breaks.Take()) << "the type of a bool and of a string is checked twice";
     EXPECT_TRUE(number == 1 && array.Size() == 0 && object.Size() == 1);
     EXPECT_TRUE(number.MapArray(same).IsNull() && ZDynamicObject::Array().MapArray(same).IsArray());
     EXPECT_TRUE(number[0].IsNull() && object[0].IsNull());
 }
 
-TEST_F(DynamicObject, MissingValuesDropWhatIsWrittenToThem)
+TEST_F(DynamicObject, BreaksWhereNothingCanBeWritten)
 {
     ZDynamicObject object = ZDynamicObject::Object();
     ZDynamicObject& missing = object["missing"];
+    BreakCounter breaks;
+    missing["key"] = 1;
     missing = ZDynamicObject("a string that needs a block of its own");
     missing.Set("key", 1).PushBack(1).AssignArray(TArray<int>{1, 2});
     missing.Set(GetTypeID<int>(), &missing);
     EXPECT_FALSE(missing.TrySetPath("key", 1));
     EXPECT_TRUE(missing.TrySetPath("", 1));
+    EXPECT_EQ(7, breaks.Take());
     EXPECT_TRUE(missing.IsNull() && ZDynamicObject(std::move(missing)).IsNull());
     EXPECT_EQ(0u, object.Size());
+    EXPECT_EQ(0, breaks.Take());
+}
+
+TEST_F(DynamicObject, BreaksWhereATreeIsMovedIntoItself)
+{
+    for (const char* pszPath : {"a", "a.b.c"})
+    {
+        ZDynamicObject tree = ZDynamicObject().Set("a", ZDynamicObject().Set("b", ZDynamicObject().Set("c", nullptr)));
+        const auto part = [&]() -> ZDynamicObject&
+        {
+            ZDynamicObject* pPart = nullptr;
+            tree.TryUpdatePath(ZString(pszPath), [&](ZDynamicObject& node) { return (pPart = &node) != nullptr; });
+            return *pPart;
+        };
+        EXPECT_BREAK(part() = std::move(tree));
+        EXPECT_BREAK(part().PushBack(std::move(tree)));
+        EXPECT_BREAK(part().Set("d", std::move(tree)));
+        tree = std::move(part());
+    }
+}
+
+TEST_F(DynamicObject, NullptrIsNull)
+{
+    const ZDynamicObject null = nullptr, object = ZDynamicObject().Set("key", nullptr).Set("text", "");
+    EXPECT_TRUE(null.IsNull() && object["key"].IsNull() && object.Contains("key") && null == nullptr);
+    EXPECT_FALSE(object["text"] == nullptr || ZDynamicObject(0) == nullptr);
 }
 
 TEST_F(DynamicObject, GrowsReplacesAndMapsArrays)

@@ -285,8 +285,8 @@ bool ZCellHeap::Refill(SChunk* pChunk)
     if (nOffset == 0)
     {
         *reinterpret_cast<SChunk**>(pChunk->m_pFresh) = pChunk;
-        pChunk->m_pFresh += sizeof(SChunk*);
-        nOffset = sizeof(SChunk*);
+        pChunk->m_pFresh += kPageFront;
+        nOffset = kPageFront;
     }
     const uint64 nLeft = (kPage - nOffset) / nCell;
     void** ppLink = &pChunk->m_pFree;

@@ -88,6 +88,7 @@ private:
     };
 
     static constexpr uint64 kPage = 1024;
+    static constexpr uint64 kPageFront = 8; // the address of the chunk
     static constexpr uint64 kChunk = 16 * kPage;
     static constexpr uint64 kPools = kMaxCell / 8;
 

@@ -3,6 +3,8 @@
 #include "core/dynamic/tree.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 
 namespace
 {
@@ -43,12 +45,23 @@ void MakeRoom(TArray<T>& array)
     if (array.Size() == array.Capacity())
         array.Reserve(std::max<uint64>(4, uint64{array.Capacity()} * 2));
 }
+// Makes the property the last one; the others keep their order. A property is what its bytes are, wherever they lie, so
+// they are moved without a look at each.
+void MoveToEnd(TArray<SDynamicObjectKeyValuePair>& properties, SDynamicObjectKeyValuePair* pProperty)
+{
+    std::byte aProperty[sizeof(SDynamicObjectKeyValuePair)];
+    SDynamicObjectKeyValuePair* const pLast = properties.End() - 1;
+    std::memcpy(aProperty, static_cast<void*>(pProperty), sizeof(aProperty));
+    std::memmove(static_cast<void*>(pProperty), pProperty + 1,
+                 kx::detail::AddressOf(pLast) - kx::detail::AddressOf(pProperty));
+    std::memcpy(static_cast<void*>(pLast), aProperty, sizeof(aProperty));
+}
 } // namespace
 
-KX_KNOWN_TYPE(SObjectType, &Tree::kObjectValue, TArray<SDynamicObjectKeyValuePair>);
-KX_KNOWN_TYPE(SArrayType, &Tree::kArrayValue, TArray<ZDynamicObject>);
-KX_KNOWN_TYPE(SElementType, &kx::detail::g_otherValue, ZDynamicObject);
-KX_KNOWN_TYPE(SPropertyType, &kx::detail::g_otherValue, SDynamicObjectKeyValuePair);
+KX_KNOWN_TYPE(SArrayType, &Tree::kValues[0], TArray<ZDynamicObject>);
+KX_KNOWN_TYPE(SObjectType, &Tree::kValues[1], TArray<SDynamicObjectKeyValuePair>);
+KX_KNOWN_TYPE(SElementType, &Tree::kValues[2], ZDynamicObject);
+KX_KNOWN_TYPE(SPropertyType, &Tree::kValues[3], SDynamicObjectKeyValuePair);
 
 SDynamicObjectKeyValuePair* kx::detail::FindProperty(const ZDynamicObject& object, std::string_view key)
 {
@@ -90,12 +103,13 @@ ZDynamicObject& ZDynamicObject::Append(ZDynamicObject value)
     if (IsNull())
     {
         *this = Array();
-        if (IsNull()) // the one that stays null
+        if (IsNull()) // it was the shared null object
             return *this;
     }
     kx::detail::BreakUnless(IsArray());
     if (IsArray())
     {
+        kx::detail::BreakIfPart(*this, value.Type(), value.Data());
         TArray<ZDynamicObject>& elements = ArrayOf(*this).m_children;
         MakeRoom(elements);
         elements.Add(std::move(value));
@@ -132,7 +146,7 @@ ZDynamicObject& ZDynamicObject::Store(const ZString& key, ZDynamicObject value)
     if (IsNull())
     {
         *this = Object();
-        if (IsNull()) // the one that stays null
+        if (IsNull()) // it was the shared null object
             return *this;
     }
     kx::detail::BreakUnless(IsObject());
@@ -149,6 +163,7 @@ void ZDynamicObject::StoreProperty(std::string_view key, const ZString* pKey, ZD
         pProperty->m_value = std::move(value);
         return;
     }
+    kx::detail::BreakIfPart(*this, value.Type(), value.Data());
     Tree::SObject& node = ObjectOf(*this);
     MakeRoom(node.m_children);
     node.m_children.Add({pKey != nullptr ? *pKey : ZString(key), std::move(value)});
@@ -160,10 +175,10 @@ bool ZDynamicObject::Remove(const ZString& key)
     SDynamicObjectKeyValuePair* pProperty = FindIn(*this, key);
     if (pProperty == nullptr)
         return false;
-    Tree::SObject& node = ObjectOf(*this);
-    const uint32 nPosition = static_cast<uint32>(pProperty - node.m_children.Begin());
-    node.m_children.Erase(pProperty);
-    node.m_index.Removed(node.Keys(), nPosition);
+    TArray<SDynamicObjectKeyValuePair>& properties = ObjectOf(*this).m_children;
+    ObjectOf(*this).m_index.Removing(ObjectOf(*this).Keys(), static_cast<uint32>(pProperty - properties.Begin()));
+    MoveToEnd(properties, pProperty);
+    properties.Erase(properties.End() - 1);
     return true;
 }
 

@@ -16,13 +16,15 @@
 // - Every number is held as float64 and can be read as any numeric type; IsValue does not check ranges. A value that a
 //   ZVariant brought in keeps its own type and is read as that type only.
 // - Copies are deep. Reading never changes a tree: if there is nothing, Get returns a null object, and so does Get on
-//   that one. It stays null: what is written to it is dropped.
+//   that one. Writing to that object triggers the debug break, and has no effect if execution resumes.
 // - Set, PushBack and AssignArray turn a null object into an object or an array. On any other kind of value they
-// trigger
-//   the debug break, and have no effect if execution resumes.
-// - A tree may have any depth: copying, comparing and destroying do not recurse. An object may have any number of
-//   properties: with more than 12 it has an index, so that Get and Set take constant time on average; Remove takes
-//   linear time.
+//   trigger the debug break, and have no effect if execution resumes.
+// - A tree may have any depth: copying and destroying do not recurse, and comparing recurses to a depth of 256 and no
+//   further. Values of your own types are copied, compared and destroyed by their own functions.
+// - An object may have any number of properties: with more than 12 it has an index, so that Get and Set take constant
+//   time on average, whoever chose the keys. Remove takes linear time in the number of properties there are.
+// - A tree must not be moved into a part of itself, as by o["key"] = std::move(o). That triggers the debug break; if
+//   execution resumes, the tree holds itself and is never freed.
 //
 // A reference to an element or property stays valid until its array or object grows, loses an element or is destroyed.
 // The thread and memory rules of variants apply (core/dynamic/variant.h).
@@ -33,6 +35,7 @@
 #include "core/dynamic/variant.h"
 
 #include <concepts>
+#include <cstddef>
 #include <string_view>
 #include <type_traits>
 
@@ -57,14 +60,15 @@ public:
     /// Null.
     ZDynamicObject() = default;
 
-    /// A value. A C string is copied, and null is the empty string; a ZString of a literal is not copied, and a
-    /// temporary ZString is taken over. A variant is held as it is.
+    /// A value. A C string is copied, and a null one is the empty string; a ZString of a literal is not copied, and a
+    /// temporary ZString is taken over. A variant is held as it is. nullptr is null.
     template <DynamicValue T>
     ZDynamicObject(const T& value) : ZVariant(TDynamicValue<T>::Store(value))
     {
     }
     ZDynamicObject(ZString&& text) noexcept : ZVariant(std::move(text)) {}
     ZDynamicObject(const char* pszText) : ZVariant(ZString(pszText)) {}
+    ZDynamicObject(std::nullptr_t) {}
     ZDynamicObject(const ZVariant& value) : ZVariant(value) {}
     ZDynamicObject(ZVariant&& value) noexcept : ZVariant(std::move(value)) {}
 
@@ -128,9 +132,12 @@ public:
 
     /// Trees are equal if their kinds and all their values are: arrays in order, objects by key in any order. A number
     /// equals an operand of any numeric type that converts to the same float64; otherwise the types must be the same.
+    /// An array or object equals itself even if it holds a NaN, but then not its copy. An object that was made by hand
+    /// and has a key twice equals only those with the same keys in the same order.
     bool operator==(const ZDynamicObject& other) const { return kx::detail::EqualValues(*this, other); }
     bool operator==(const ZVariant& other) const { return kx::detail::EqualValues(*this, other); }
     bool operator==(const char* pszText) const;
+    bool operator==(std::nullptr_t) const { return IsNull(); }
     template <DynamicValue T>
     bool operator==(const T& value) const
     {
@@ -180,7 +187,7 @@ public:
     {
         if (IsNull())
             *this = Array();
-        if (IsNull()) // the shared null object stays null
+        if (IsNull()) // it was the shared null object
             return *this;
         kx::detail::BreakUnless(IsArray());
         if (!IsArray())
@@ -314,7 +321,7 @@ static_assert(sizeof(ZDynamicObject) == 16 && sizeof(SDynamicObjectKeyValuePair)
 
 namespace kx::detail
 {
-/// What is returned if there is nothing. It holds no value, and what is written to it is dropped.
+/// What is returned if there is nothing. It holds no value, and nothing can be written to it.
 inline ZDynamicObject& SharedNull()
 {
     return reinterpret_cast<ZDynamicObject&>(g_acSharedNull);

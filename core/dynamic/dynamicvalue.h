@@ -86,7 +86,13 @@ struct TDynamicPlain
 {
     static ZVariant Store(const T& value) { return ZVariant(value); }
     KX_LOCAL static bool Is(const ZVariant& held) { return ZObjectRef::CanConvert(held.Type(), GetTypeID<T>()); }
-    KX_LOCAL static T Get(const ZVariant& held) { return held.As<T>(); }
+
+    /// Checks the type itself before As does, so a program that resumes after the debug break meets it twice.
+    KX_LOCAL static T Get(const ZVariant& held)
+    {
+        detail::BreakUnless(Is(held));
+        return held.As<T>();
+    }
     KX_LOCAL static bool Equals(const ZVariant& held, const T& value)
     {
         return detail::EqualValues(held, ZVariantRef(value));

@@ -3,7 +3,8 @@
 //   a number, a bool     a cell of eight bytes, copied as it is
 //   a ZString            a cell
 //   any other type       a cell if it fits, else a block of the normal allocator; the type's own operations
-//   arrays and objects   nodes of a tree; core/dynamic/dynamicobject.cpp brings their operations
+//   arrays and objects   nodes of a tree; core/dynamic/dynamicobject.cpp brings their operations, and those of a
+//                        ZDynamicObject or a property as such
 #pragma once
 
 #include "core/dynamic/cellpool.h"
@@ -17,10 +18,11 @@ namespace kx::detail
 /// What a type does with the values that variants hold.
 struct SValueOperations
 {
-    void* (*Copy)(const STypeID& type, const void* pValue);         // of a free-standing value
-    void* (*CopyHeld)(const STypeID& type, const void* pHeld);      // of what another variant holds
-    void (*Destroy)(const STypeID& type, void* pHeld);              //
-    bool (*Equal)(const void* pHeld, const void* pOther) = nullptr; // null: by the == of the type
+    void* (*Copy)(const STypeID& type, const void* pValue);           // of a free-standing value
+    void* (*CopyHeld)(const STypeID& type, const void* pHeld);        // of what another variant holds
+    void (*Destroy)(const STypeID& type, void* pHeld);                //
+    bool (*Equal)(const void* pHeld, const void* pOther) = nullptr;   // null: by the == of the type
+    bool (*Holds)(const void* pHeld, const void* pVariant) = nullptr; // null: holds no variants
 };
 
 extern const SValueOperations g_wordValue; // only its address counts: words are treated inline
@@ -74,6 +76,16 @@ inline void DestroyHeldValue(const STypeID& type, void* pHeld)
         ZCellHeap::Free(pHeld);
     else
         ValueOperationsOf(type).Destroy(type, pHeld);
+}
+/// To be called before the target takes a value over. Triggers the debug break if the target is a part of that value,
+/// which would then hold itself, and would never be freed if execution resumes. A part that is hard to reach, as the
+/// hundredth of a wide object, is not seen.
+inline void BreakIfPart(const ZObjectRef& target, const STypeID* pType, const void* pHeld)
+{
+    if (pType == nullptr || IsWord(*pType))
+        return;
+    const auto pfnHolds = ValueOperationsOf(*pType).Holds;
+    BreakUnless(pfnHolds == nullptr || !pfnHolds(pHeld, &target));
 }
 } // namespace kx::detail
 

@@ -11,73 +11,22 @@
 // let copying and destroying walk a tree without recursion and without memory: while a node waits for one of its
 // children, it remembers its parent and where it was.
 //
+// A variant may also hold a ZDynamicObject or a pair as such. These are nodes of one child, which comes first, so that
+// values nested in that way do not recurse either.
+//
 // The nodes are templates of the elements because ZDynamicObject is built on this file.
 #pragma once
 
 #include "core/dynamic/heldvalue.h"
+#include "core/dynamic/propertyindex.h"
 #include "core/dynamic/variant.h"
 
+#include <span>
 #include <string_view>
+#include <utility>
 
 namespace kx::detail
 {
-/// Where in an object the keys are: a hash table of positions, open addressing, at most half full. An object has one as
-/// soon as it has more than kUnindexed properties; searching fewer in order is faster.
-class ZPropertyIndex
-{
-public:
-    /// The keys of an object: the first members of its properties, which are kPropertySize bytes apart.
-    struct SKeys
-    {
-        const ZString& operator[](uint32 n) const
-        {
-            return *reinterpret_cast<const ZString*>(m_pFirst + uint64{n} * kPropertySize);
-        }
-
-        const char* m_pFirst;
-        uint32 m_nSize;
-    };
-
-    static constexpr uint64 kPropertySize = 32;
-    static constexpr uint32 kUnindexed = 12;
-    static constexpr uint32 kMissing = UINT32_MAX;
-
-    ZPropertyIndex() = default;
-    ~ZPropertyIndex() { Release(); }
-    ZPropertyIndex(const ZPropertyIndex&) = delete;
-    ZPropertyIndex& operator=(const ZPropertyIndex&) = delete;
-
-    /// The position of the key, kMissing if there is none. Not for objects of kUnindexed properties and fewer.
-    uint32 Find(SKeys keys, std::string_view key) const;
-
-    /// To be called after the last of the properties was added, or the one at nPosition removed.
-    void Added(SKeys keys);
-    void Removed(SKeys keys, uint32 nPosition);
-
-    /// Makes the index of an object whose properties are all new.
-    void Build(SKeys keys);
-
-    /// Makes an empty index the copy of another one, for a copy of the same properties.
-    void CopyFrom(const ZPropertyIndex& other);
-
-    /// Whether every property is found where it is, and nothing else is in the index. For tests.
-    bool Validate(SKeys keys) const;
-
-private:
-    struct SSlot
-    {
-        uint32 m_nHash;
-        uint32 m_nPosition; // kMissing in a free slot
-    };
-
-    void Insert(uint32 nHash, uint32 nPosition);
-    void Allocate(uint32 nSlots);
-    void Release();
-
-    SSlot* m_pSlots = nullptr;
-    uint32 m_nMask = 0;
-};
-
 /// What makes up a variant, for the code of trees, which is no member of it.
 struct SVariantAccess
 {
@@ -102,38 +51,68 @@ struct SVariantAccess
 template <class TElement, class TProperty>
 class TTree
 {
-    // What a node needs while it is copied or destroyed. The lowest bit of m_nParent says what the node itself is.
-    struct SLinks
+    enum EKind : std::uintptr_t
     {
-        SLinks* Parent() const { return reinterpret_cast<SLinks*>(m_nParent & ~kIsObject); }
-        void SetParent(const SLinks* pParent) { m_nParent = detail::AddressOf(pParent) | (m_nParent & kIsObject); }
-        bool IsObject() const { return (m_nParent & kIsObject) != 0; }
-
-        static constexpr std::uintptr_t kIsObject = 1;
-
-        std::uintptr_t m_nParent;
-        const void* m_pPlace; // copying: the array that is copied; destroying: the next child
+        kArray,
+        kObject,
+        kElement,
+        kProperty
     };
 
+    // What a node needs while it is copied or destroyed. The lowest two bits of m_nParent are its kind.
+    struct SLinks
+    {
+        SLinks* Parent() const { return reinterpret_cast<SLinks*>(m_nParent & ~std::uintptr_t{3}); }
+        void SetParent(const SLinks* pParent) { m_nParent = detail::AddressOf(pParent) | Kind(); }
+        EKind Kind() const { return static_cast<EKind>(m_nParent & 3); }
+
+        std::uintptr_t m_nParent;
+        const void* m_pPlace; // copying: the value that is copied; destroying: the next child
+    };
+
+    // As much of an array as the walks use, for a single child.
     template <class TChild>
+    struct SSingle
+    {
+        explicit SSingle(uint64) {}
+
+        const TChild* Begin() const { return &m_child; }
+        const TChild* End() const { return &m_child + m_nSize; }
+        uint32 Size() const { return m_nSize; }
+        void Add(TChild&& child)
+        {
+            m_child = std::move(child);
+            m_nSize = 1;
+        }
+
+        TChild m_child = {};
+        uint32 m_nSize = 0;
+    };
+
+    template <class TChildren>
     struct SFront
     {
         explicit SFront(uint64 nCapacity) : m_children(nCapacity) {}
 
-        TArray<TChild> m_children;
+        TChildren m_children;
+    };
+
+    template <class TChild, class TChildren, EKind kNodeKind>
+    struct SNode : SFront<TChildren>, SLinks
+    {
+        using Child = TChild;
+        using Front = SFront<TChildren>;
+        static constexpr EKind kKind = kNodeKind;
+
+        explicit SNode(uint64 nCapacity) : Front(nCapacity), SLinks{kNodeKind, nullptr} {}
     };
 
 public:
-    struct SArray : SFront<TElement>, SLinks
-    {
-        using Child = TElement;
-        explicit SArray(uint64 nCapacity) : SFront<TElement>(nCapacity), SLinks{0, nullptr} {}
-    };
+    using SArray = SNode<TElement, TArray<TElement>, kArray>;
 
-    struct SObject : SFront<TProperty>, SLinks
+    struct SObject : SNode<TProperty, TArray<TProperty>, kObject>
     {
-        using Child = TProperty;
-        explicit SObject(uint64 nCapacity) : SFront<TProperty>(nCapacity), SLinks{SLinks::kIsObject, nullptr} {}
+        using SNode<TProperty, TArray<TProperty>, kObject>::SNode;
 
         ZPropertyIndex::SKeys Keys() const
         {
@@ -142,6 +121,9 @@ public:
 
         ZPropertyIndex m_index = {};
     };
+
+    using SElement = SNode<TElement, SSingle<TElement>, kElement>;
+    using SProperty = SNode<TProperty, SSingle<TProperty>, kProperty>;
 
     /// A node without children, and with room for so many.
     template <class TNode>
@@ -175,18 +157,64 @@ public:
     }
 
 private:
-    static bool IsNode(const STypeID& type) { return type.m_pValue == &kArrayValue || type.m_pValue == &kObjectValue; }
+    // The kind of node that a variant holds for the type, or a number above the kinds.
+    static uint64 KindOf(const STypeID& type)
+    {
+        return (detail::AddressOf(type.m_pValue) - detail::AddressOf(&kValues[0])) / sizeof(SValueOperations);
+    }
+    static bool IsNode(const STypeID& type) { return KindOf(type) <= kProperty; }
 
     static const TElement& ValueOf(const TElement& element) { return element; }
     static const TElement& ValueOf(const TProperty& property) { return property.m_value; }
+
+    // Calls function with the node, as its own type.
+    template <class TFunction>
+    static auto Visit(SLinks* pNode, TFunction function)
+    {
+        switch (pNode->Kind())
+        {
+        case kArray:
+            return function(static_cast<SArray*>(pNode));
+        case kObject:
+            return function(static_cast<SObject*>(pNode));
+        case kElement:
+            return function(static_cast<SElement*>(pNode));
+        default:
+            return function(static_cast<SProperty*>(pNode));
+        }
+    }
+
+    // Calls function with what a variant holds for a type that is kept as a node. The address may as well be that of a
+    // free-standing value, which has no links; then function must not use them.
+    template <class TFunction>
+    static auto VisitHeld(const STypeID& type, const void* pHeld, TFunction function)
+    {
+        switch (KindOf(type))
+        {
+        case kArray:
+            return function(ToNode<SArray>(pHeld));
+        case kObject:
+            return function(ToNode<SObject>(pHeld));
+        case kElement:
+            return function(ToNode<SElement>(pHeld));
+        default:
+            return function(ToNode<SProperty>(pHeld));
+        }
+    }
+
+    template <class TNode>
+    static TNode* ToNode(const void* pHeld)
+    {
+        return static_cast<TNode*>(static_cast<typename TNode::Front*>(const_cast<void*>(pHeld)));
+    }
 
     // ---- Copying: each node gets copies of its children in order. A child that is a node itself is made empty and is
     // filled before the next one follows.
 
     template <class TNode>
-    static void* Copy(const STypeID&, const void* pArray)
+    static void* Copy(const STypeID&, const void* pValue)
     {
-        TNode* pCopy = NewCopy<TNode>(pArray);
+        TNode* pCopy = NewCopy<TNode>(pValue);
         Fill(pCopy);
         if constexpr (std::is_same_v<TNode, SObject>)
             pCopy->m_index.Build(pCopy->Keys());
@@ -202,58 +230,60 @@ private:
         return pCopy;
     }
 
+    // The children of a value that is copied; it need not be a node.
     template <class TNode>
-    static TNode* NewCopy(const void* pArray)
+    static std::span<const typename TNode::Child> SourceOf(const void* pValue)
     {
-        TNode* pCopy = NewNode<TNode>(static_cast<const TArray<typename TNode::Child>*>(pArray)->Size());
-        pCopy->m_pPlace = pArray;
+        if constexpr (TNode::kKind == kElement || TNode::kKind == kProperty)
+            return {static_cast<const typename TNode::Child*>(pValue), 1};
+        else
+            return *static_cast<const TArray<typename TNode::Child>*>(pValue);
+    }
+
+    template <class TNode>
+    static TNode* NewCopy(const void* pValue)
+    {
+        TNode* pCopy = NewNode<TNode>(SourceOf<TNode>(pValue).size());
+        pCopy->m_pPlace = pValue;
         return pCopy;
     }
 
-    static void CopyIndex(SArray*, const void*) {}
+    template <class TNode>
+    static void CopyIndex(TNode*, const void*)
+    {
+    }
     static void CopyIndex(SObject* pCopy, const void* pHeld)
     {
-        pCopy->m_index.CopyFrom(static_cast<const SObject*>(static_cast<const SFront<TProperty>*>(pHeld))->m_index);
+        pCopy->m_index.CopyFrom(ToNode<SObject>(pHeld)->m_index);
     }
 
     static void Fill(SLinks* pRoot)
     {
         for (SLinks* pNode = pRoot; pNode != nullptr;)
-        {
-            pNode = pNode->IsObject() ? FillSome(static_cast<SObject*>(pNode), pRoot)
-                                      : FillSome(static_cast<SArray*>(pNode), pRoot);
-        }
+            pNode = Visit(pNode, [pRoot](auto* pCopy) { return FillSome(pCopy, pRoot); });
     }
 
     // The result is the node to go on with: a child that is empty yet, or the parent of a node that is complete.
     template <class TNode>
     static SLinks* FillSome(TNode* pCopy, const SLinks* pRoot)
     {
-        const auto& source = *static_cast<const TArray<typename TNode::Child>*>(pCopy->m_pPlace);
-        for (const auto* p = source.Begin() + pCopy->m_children.Size(); p != source.End(); ++p)
+        for (const auto& child : SourceOf<TNode>(pCopy->m_pPlace).subspan(pCopy->m_children.Size()))
         {
-            STypeID* pType = ValueOf(*p).Type();
-            if (pType == nullptr || !IsNode(*pType))
+            STypeID* pType = ValueOf(child).Type();
+            const void* pHeld = ValueOf(child).Data();
+            if (pType != nullptr && IsNode(*pType))
             {
-                AddChild(pCopy, *p, pType,
-                         pType != nullptr ? detail::CopyHeldValue(*pType, ValueOf(*p).Data()) : nullptr);
-                continue;
+                return VisitHeld(*pType, pHeld,
+                                 [&]<class TChildNode>(TChildNode*) -> SLinks*
+                                 {
+                                     TChildNode* pChild = NewCopy<TChildNode>(pHeld);
+                                     pChild->SetParent(pCopy);
+                                     pCopy->m_children.Add(NewChild(child, pType, pChild));
+                                     return pChild;
+                                 });
             }
-            SLinks* pChild = nullptr;
-            if (pType->m_pValue == &kObjectValue)
-            {
-                SObject* pObject = NewCopy<SObject>(ValueOf(*p).Data());
-                AddChild(pCopy, *p, pType, pObject);
-                pChild = pObject;
-            }
-            else
-            {
-                SArray* pArray = NewCopy<SArray>(ValueOf(*p).Data());
-                AddChild(pCopy, *p, pType, pArray);
-                pChild = pArray;
-            }
-            pChild->SetParent(pCopy);
-            return pChild;
+            void* pHeldCopy = pType != nullptr ? detail::CopyHeldValue(*pType, pHeld) : nullptr;
+            pCopy->m_children.Add(NewChild(child, pType, pHeldCopy));
         }
         if (pCopy == pRoot)
             return nullptr;
@@ -261,13 +291,13 @@ private:
         return pCopy->Parent();
     }
 
-    static void AddChild(SArray* pCopy, const TElement&, STypeID* pType, void* pHeld)
+    static TElement NewChild(const TElement&, STypeID* pType, void* pHeld)
     {
-        pCopy->m_children.Add(SVariantAccess::Adopted<TElement>(pType, pHeld));
+        return SVariantAccess::Adopted<TElement>(pType, pHeld);
     }
-    static void AddChild(SObject* pCopy, const TProperty& property, STypeID* pType, void* pHeld)
+    static TProperty NewChild(const TProperty& property, STypeID* pType, void* pHeld)
     {
-        pCopy->m_children.Add(TProperty{property.m_key, SVariantAccess::Adopted<TElement>(pType, pHeld)});
+        return {property.m_key, SVariantAccess::Adopted<TElement>(pType, pHeld)};
     }
 
     // ---- Destroying: each node destroys its children in order, and then itself.
@@ -275,17 +305,13 @@ private:
     template <class TNode>
     static void Destroy(const STypeID&, void* pHeld)
     {
-        for (SLinks* pNode = Entered<TNode>(pHeld, nullptr); pNode != nullptr;)
-        {
-            pNode = pNode->IsObject() ? DestroySome(static_cast<SObject*>(pNode))
-                                      : DestroySome(static_cast<SArray*>(pNode));
-        }
+        for (SLinks* pNode = Entered(ToNode<TNode>(pHeld), nullptr); pNode != nullptr;)
+            pNode = Visit(pNode, [](auto* pOwn) { return DestroySome(pOwn); });
     }
 
     template <class TNode>
-    static SLinks* Entered(void* pHeld, const SLinks* pParent)
+    static SLinks* Entered(TNode* pNode, const SLinks* pParent)
     {
-        TNode* pNode = static_cast<TNode*>(static_cast<SFront<typename TNode::Child>*>(pHeld));
         pNode->SetParent(pParent);
         pNode->m_pPlace = pNode->m_children.Begin();
         return pNode;
@@ -301,11 +327,11 @@ private:
             void* pHeld = SVariantAccess::Released(const_cast<TElement&>(ValueOf(*p)), pType);
             if (pType == nullptr)
                 continue;
-            pNode->m_pPlace = p + 1;
-            if (pType->m_pValue == &kArrayValue)
-                return Entered<SArray>(pHeld, pNode);
-            if (pType->m_pValue == &kObjectValue)
-                return Entered<SObject>(pHeld, pNode);
+            if (IsNode(*pType))
+            {
+                pNode->m_pPlace = p + 1;
+                return VisitHeld(*pType, pHeld, [pNode](auto* pChild) { return Entered(pChild, pNode); });
+            }
             detail::DestroyHeldValue(*pType, pHeld);
         }
         SLinks* pParent = pNode->Parent();
@@ -326,7 +352,7 @@ private:
     static bool Equal(const void* pLeft, const void* pRight)
     {
         TArray<SPair> postponed;
-        bool bEqual = EqualNodes(ToNode<TNode>(pLeft), ToNode<TNode>(pRight), 1, postponed);
+        bool bEqual = EqualNodes(*ToNode<TNode>(pLeft), *ToNode<TNode>(pRight), 1, postponed);
         while (bEqual && !postponed.IsEmpty())
         {
             const SPair pair = postponed[postponed.Size() - 1];
@@ -338,25 +364,19 @@ private:
 
     static constexpr int kMaxDepth = 256;
 
-    template <class TNode>
-    static const TNode& ToNode(const void* pHeld)
-    {
-        return *static_cast<const TNode*>(static_cast<const SFront<typename TNode::Child>*>(pHeld));
-    }
-
     static bool EqualChildren(const ZObjectRef& left, const ZObjectRef& right, int nDepth, TArray<SPair>& postponed)
     {
         STypeID* pType = left.Type();
-        if (pType == nullptr || pType != right.Type() || !IsNode(*pType))
+        if (pType == nullptr || pType != right.Type() || !IsNode(*pType) || KindOf(*pType) == kProperty)
             return detail::EqualValues(left, right);
         if (nDepth == kMaxDepth)
         {
             postponed.Add(SPair{left, right});
             return true;
         }
-        if (pType->m_pValue == &kArrayValue)
-            return EqualNodes(ToNode<SArray>(left.Data()), ToNode<SArray>(right.Data()), nDepth + 1, postponed);
-        return EqualNodes(ToNode<SObject>(left.Data()), ToNode<SObject>(right.Data()), nDepth + 1, postponed);
+        return VisitHeld(*pType, left.Data(),
+                         [&]<class TNode>(const TNode* pNode)
+                         { return EqualNodes(*pNode, *ToNode<TNode>(right.Data()), nDepth + 1, postponed); });
     }
 
     // Nodes of one array are equal without a look at the children.
@@ -369,27 +389,85 @@ private:
                && detail::EqualRange(left.m_children.Begin(), left.m_children.End(), right.m_children.Begin(),
                                      [&](const auto& child, const auto& other)
                                      {
-                                         const TElement* pOther = Counterpart(child, other, right);
+                                         const TElement* pOther = Counterpart(child, left, other, right);
                                          return pOther != nullptr
                                                 && EqualChildren(ValueOf(child), *pOther, nDepth, postponed);
                                      });
     }
 
-    static const TElement* Counterpart(const TElement&, const TElement& other, const SArray&) { return &other; }
+    template <class TNode>
+    static const TElement* Counterpart(const TElement&, const TNode&, const TElement& other, const TNode&)
+    {
+        return &other;
+    }
 
-    // Properties are compared by key, in any order. Most often the order is the same.
-    static const TElement* Counterpart(const TProperty& property, const TProperty& other, const SObject& object)
+    // A pair as such has no ==.
+    static const TElement* Counterpart(const TProperty&, const SProperty&, const TProperty&, const SProperty&)
+    {
+        return nullptr;
+    }
+
+    // Properties are compared by key, in any order. Most often the order is the same. Where a key occurs twice, which
+    // only an array of pairs that was made by hand can bring, the order must be the same.
+    static const TElement* Counterpart(const TProperty& property, const SObject& object, const TProperty& other,
+                                       const SObject& otherObject)
     {
         if (other.m_key == property.m_key)
             return &other.m_value;
-        const TProperty* pOther = FindProperty(object, property.m_key);
+        if (RepeatsAKey(object) || RepeatsAKey(otherObject))
+            return nullptr;
+        const TProperty* pOther = FindProperty(otherObject, property.m_key);
         return pOther != nullptr ? &pOther->m_value : nullptr;
     }
 
+    static bool RepeatsAKey(const SObject& object)
+    {
+        if (!object.m_index.MayRepeatKeys())
+            return false;
+        for (const TProperty& property : object.m_children)
+        {
+            if (FindProperty(object, property.m_key) != &property)
+                return true;
+        }
+        return false;
+    }
+
+    // ---- Searching a tree for a variant, that a tree be not moved into itself.
+
+    template <class TNode>
+    static bool Holds(const void* pHeld, const void* pVariant)
+    {
+        int nBudget = 32;
+        return Holds(*ToNode<TNode>(pHeld), detail::AddressOf(pVariant), nBudget);
+    }
+
+    // Looks at so many children and no more, since the search is part of every move.
+    template <class TNode>
+    static bool Holds(const TNode& node, std::uintptr_t nVariant, int& nBudget)
+    {
+        const std::uintptr_t nBegin = detail::AddressOf(node.m_children.Begin());
+        if (nVariant - nBegin < detail::AddressOf(node.m_children.End()) - nBegin)
+            return true;
+        for (const auto* p = node.m_children.Begin(); p != node.m_children.End(); ++p)
+        {
+            if (--nBudget < 0)
+                return false;
+            STypeID* pType = ValueOf(*p).Type();
+            if (pType != nullptr && IsNode(*pType)
+                && VisitHeld(*pType, ValueOf(*p).Data(),
+                             [&](const auto* pNode) { return Holds(*pNode, nVariant, nBudget); }))
+                return true;
+        }
+        return false;
+    }
+
+    template <class TNode>
+    static constexpr SValueOperations kOperations = {&Copy<TNode>, &CopyHeld<TNode>, &Destroy<TNode>, &Equal<TNode>,
+                                                     &Holds<TNode>};
+
 public:
-    static constexpr SValueOperations kArrayValue = {&Copy<SArray>, &CopyHeld<SArray>, &Destroy<SArray>,
-                                                     &Equal<SArray>};
-    static constexpr SValueOperations kObjectValue = {&Copy<SObject>, &CopyHeld<SObject>, &Destroy<SObject>,
-                                                      &Equal<SObject>};
+    /// The operations of the values that are kept as nodes, by kind.
+    static constexpr SValueOperations kValues[] = {kOperations<SArray>, kOperations<SObject>, kOperations<SElement>,
+                                                   kOperations<SProperty>};
 };
 } // namespace kx::detail

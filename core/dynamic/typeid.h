@@ -72,8 +72,8 @@ inline constexpr bool kNever = false;
 template <class T>
 constexpr bool IsInUnnamedNamespace()
 {
-    constexpr std::string_view name = __PRETTY_FUNCTION__;
-    return name.find("{anonymous}") != name.npos || name.find("(anonymous namespace)") != name.npos;
+    constexpr std::string_view kName = __PRETTY_FUNCTION__;
+    return kName.find("{anonymous}") != kName.npos || kName.find("(anonymous namespace)") != kName.npos;
 }
 
 struct STypeEntry;

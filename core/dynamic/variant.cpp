@@ -44,8 +44,9 @@ ZVariant& ZVariant::operator=(const ZVariant& other)
 ZVariant& ZVariant::operator=(ZVariant&& other) noexcept
 {
     // A variant that is moved onto itself lets go of its value and takes it back.
-    STypeID* pType = std::exchange(other.m_pType, nullptr);
-    Adopt(pType, std::exchange(other.m_pData, nullptr));
+    kx::detail::BreakIfPart(*this, other.m_pType, other.m_pData);
+    ZVariant moved = std::move(other);
+    Adopt(std::exchange(moved.m_pType, nullptr), std::exchange(moved.m_pData, nullptr));
     return *this;
 }
 
@@ -65,7 +66,9 @@ void ZVariant::Adopt(STypeID* pType, void* pData)
 {
     STypeID* pOldType = pType;
     void* pOldData = pData;
-    if (static_cast<void*>(this) != kx::detail::g_acSharedNull)
+    const bool bShared = static_cast<void*>(this) == kx::detail::g_acSharedNull;
+    kx::detail::BreakUnless(!bShared);
+    if (!bShared)
     {
         pOldType = std::exchange(m_pType, pType);
         pOldData = std::exchange(m_pData, pData);

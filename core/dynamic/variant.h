@@ -8,8 +8,9 @@
 // Each is two pointers, and both are null if there is no value. A reference must not outlive what it refers to. A value
 // is read as exactly its own type: numbers are not converted here.
 //
-// All variants of the process share the memory of their values (core/dynamic/cellpool.h says how), so variants belong
-// to one thread at a time. A variant that owns anything needs a normal allocator.
+// The values lie in cells that each thread keeps for itself (core/dynamic/cellpool.h says how). A variant may be built
+// by one thread and read, changed or destroyed by another, as long as no two do so at once. A variant that owns
+// anything needs a normal allocator.
 #pragma once
 
 #include "core/dynamic/objectref.h"
@@ -67,9 +68,14 @@ public:
     ZVariant(const ZVariant& other);
 
     /// Takes the value over; the source is left without one.
-    ZVariant(ZVariant&& other) noexcept
-        : ZVariantRef(std::exchange(other.m_pData, nullptr), std::exchange(other.m_pType, nullptr))
+    ZVariant(ZVariant&& other) noexcept : ZVariantRef(other.m_pData, other.m_pType)
     {
+        // Any thread may move from the shared null object, so an object without a value is not written to.
+        if (m_pType != nullptr)
+        {
+            other.m_pType = nullptr;
+            other.m_pData = nullptr;
+        }
     }
 
     /// Destroys the value; a tree without recursion.
@@ -80,7 +86,8 @@ public:
             Destroy(m_pType, m_pData);
     }
 
-    /// Completes the new value before it destroys the old one, so the new value may be a part of the old.
+    /// Completes the new value before it destroys the old one, so the new value may be a part of the old. The other way
+    /// round, a value that is moved into a part of itself, triggers the debug break.
     ZVariant& operator=(const ZVariant& other);
     ZVariant& operator=(ZVariant&& other) noexcept;
 

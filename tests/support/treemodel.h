@@ -113,10 +113,9 @@ private:
         }
         else if (nOperation == 11)
         {
-            // Reading a missing property changes nothing, nor does writing to it.
+            // Reading a missing property changes nothing.
             ZDynamicObject found(7);
             m_bAgrees &= node.TryGet(name, found) == bThere && Agrees(bThere ? model[key] : Model(7), found);
-            node.Get("missing").Set("key", 1).PushBack(1).Get("missing") = 2;
         }
     }
 
