@@ -31,6 +31,13 @@ struct SSipState
 
     uint64 m_a, m_b, m_c, m_d;
 };
+
+uint64 WordAt(const char* pBytes)
+{
+    uint64 nWord = 0;
+    std::memcpy(&nWord, pBytes, sizeof(nWord));
+    return nWord;
+}
 } // namespace
 
 const SHashSeed& GetHashSeed() noexcept
@@ -49,19 +56,22 @@ uint64 SeededHash(const void* pBytes, uint64 nSize, const SHashSeed& seed) noexc
     // The constants are those of the algorithm: "somepseudorandomlygeneratedbytes" as four words.
     SSipState state = {seed.m_nFirst ^ 0x736F6D6570736575, seed.m_nSecond ^ 0x646F72616E646F6D,
                        seed.m_nFirst ^ 0x6C7967656E657261, seed.m_nSecond ^ 0x7465646279746573};
-    const char* pByte = static_cast<const char*>(pBytes);
-    const char* pTail = pByte + nSize / 8 * 8;
-    for (; pByte != pTail; pByte += 8)
+    const char* const pBegin = static_cast<const char*>(pBytes);
+    const char* const pTail = pBegin + nSize / 8 * 8;
+    for (const char* p = pBegin; p != pTail; p += 8)
+        state.Add(WordAt(p));
+
+    // The last word has the remaining bytes and, at its top, the size. They are the end of the last eight bytes.
+    const uint64 nLeft = nSize % 8;
+    uint64 nLast = 0;
+    if (nLeft != 0 && nSize > 8)
+        nLast = WordAt(pTail + nLeft - 8) >> (64 - nLeft * 8);
+    else
     {
-        uint64 nWord = 0;
-        std::memcpy(&nWord, pByte, 8);
-        state.Add(nWord);
+        for (uint64 i = 0; i < nLeft; ++i)
+            nLast |= uint64{static_cast<uint8>(pTail[i])} << (8 * i);
     }
-    // The last word has the remaining bytes and, at its top, the size.
-    uint64 nLast = nSize << 56;
-    for (uint64 i = 0; i < nSize % 8; ++i)
-        nLast |= uint64{static_cast<uint8>(pTail[i])} << (8 * i);
-    state.Add(nLast);
+    state.Add(nLast | nSize << 56);
 
     state.m_c ^= 0xFF;
     for (int i = 0; i < 3; ++i)

@@ -334,19 +334,26 @@ KX_PURE KX_API SDynamicObjectKeyValuePair* FindProperty(const ZDynamicObject& ob
 inline constexpr uint32 kUnindexedProperties = 12;
 } // namespace kx::detail
 
-// For a literal key the search is in the caller's code: the compiler knows the length and the characters of the key,
-// and needs two comparisons for each property.
+// The search is in the caller's code: for a literal key the compiler knows the length and the characters, and needs two
+// comparisons for each property. Other keys of one object tend to begin alike, so their last character is compared
+// before the others.
 inline const SDynamicObjectKeyValuePair* ZDynamicObject::FindProperty(std::string_view key) const
 {
+    using Traits = std::char_traits<char>;
     if (!IsObject())
         return nullptr;
     const auto& properties = *static_cast<const TArray<SDynamicObjectKeyValuePair>*>(m_pData);
-    if (!KX_KNOWN(key.size()) || properties.End() - properties.Begin() > int64{kx::detail::kUnindexedProperties})
+    if (properties.End() - properties.Begin() > int64{kx::detail::kUnindexedProperties})
         return kx::detail::FindProperty(*this, key);
+    const std::size_t nSize = key.size();
     for (const SDynamicObjectKeyValuePair& property : properties)
     {
         const std::string_view other = property.m_key;
-        if (other.size() == key.size() && other.compare(key) == 0)
+        if (other.size() == nSize
+            && (KX_KNOWN(nSize) ? Traits::compare(other.data(), key.data(), nSize) == 0
+                                : nSize == 0
+                                      || (other[nSize - 1] == key[nSize - 1]
+                                          && Traits::compare(other.data(), key.data(), nSize - 1) == 0)))
             return &property;
     }
     return nullptr;

@@ -36,11 +36,11 @@ struct SVariantAccess
         return TElement(pType, pHeld);
     }
 
-    /// Leaves the variant without a value.
-    static void* Released(ZVariant& variant, STypeID*& pType)
+    /// Leaves the variant without a value, for its destructor alone.
+    static void* Released(ZVariant& variant)
     {
-        pType = std::exchange(variant.m_pType, nullptr);
-        return std::exchange(variant.m_pData, nullptr);
+        variant.m_pType = nullptr;
+        return variant.m_pData;
     }
 
     static void* Held(const ZVariant& variant) { return variant.m_pData; }
@@ -162,7 +162,7 @@ private:
     {
         return (detail::AddressOf(type.m_pValue) - detail::AddressOf(&kValues[0])) / sizeof(SValueOperations);
     }
-    static bool IsNode(const STypeID& type) { return KindOf(type) <= kProperty; }
+    static bool IsNode(const STypeID& type) { return !IsWord(type) && KindOf(type) <= kProperty; }
 
     static const TElement& ValueOf(const TElement& element) { return element; }
     static const TElement& ValueOf(const TProperty& property) { return property.m_value; }
@@ -323,10 +323,10 @@ private:
     {
         for (auto* p = static_cast<const typename TNode::Child*>(pNode->m_pPlace); p != pNode->m_children.End(); ++p)
         {
-            STypeID* pType = nullptr;
-            void* pHeld = SVariantAccess::Released(const_cast<TElement&>(ValueOf(*p)), pType);
+            STypeID* pType = ValueOf(*p).Type();
             if (pType == nullptr)
                 continue;
+            void* pHeld = SVariantAccess::Released(const_cast<TElement&>(ValueOf(*p)));
             if (IsNode(*pType))
             {
                 pNode->m_pPlace = p + 1;
