@@ -1,5 +1,7 @@
 // The memory facade: which allocator gets which call, and what the table holds afterwards.
 #include "core/memory/memorymanager.h"
+
+#include "core/dynamic/dynamicobject.h"
 #include "tests/support/breaks.h"
 #include "tests/support/modeltest.h"
 
@@ -52,6 +54,21 @@ TEST(MemoryManager, BreaksWithoutAnAllocatorAndWritesNothing)
     EXPECT_EQ(nullptr, s_manager.Allocate(48, 0));
     EXPECT_EQ(1, breaks.Take());
     EXPECT_EQ(0, std::memcmp(before, &s_manager, sizeof(before)));
+}
+
+TEST(MemoryManager, IsOfUseWithoutAnAllocator)
+{
+    GetNormalAllocator()->Free(nullptr);
+    static_cast<void>(TArray<int>());
+    EXPECT_BREAK(TArray<int>{1});
+    ZDynamicObject* pTooOld = nullptr;
+    {
+        const ZMemAllocatorScope scope;
+        pTooOld = new ZDynamicObject(ZDynamicObject().Set("key", 1));
+    }
+    EXPECT_BREAK(*pTooOld = nullptr);
+    const ZMemAllocatorScope scope;
+    delete pTooOld;
 }
 
 TEST_F(JournalTest, BlocksGoBackToTheirOwner)

@@ -1,10 +1,10 @@
 // A type has one identity in the process, whichever module names it. The operations of its record keep their contract.
 #include "tests/support/breaks.h"
 #include "tests/support/modeltest.h"
-#include "tests/support/usertypes.h"
+#include "tests/support/plugin.h"
 
 #include <cstring>
-#include <dlfcn.h>
+#include <memory>
 
 // A logged element that has a default value.
 struct SNine : Logged
@@ -14,6 +14,11 @@ struct SNine : Logged
 KX_DECLARE_TYPE(SNine);
 KX_DECLARE_TYPE(TArray<SNine>);
 KX_DECLARE_TYPE(TArray<SMatrix>);
+
+using first::STwin;
+KX_DECLARE_TYPE(STwin);
+STypeID* TypeOfFirstTwin();
+STypeID* TypeOfSecondTwin();
 
 // -- Merging
 
@@ -38,20 +43,45 @@ TEST(TypeMerge, TheNameDecides)
 TEST(TypeMerge, ModulesAgree)
 {
     const ZMemAllocatorScope scope;
-    void* pModule = dlopen(KX_TEST_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(nullptr, pModule) << dlerror();
-    const auto recordOfVertex = reinterpret_cast<STypeIDData* (*)()>(dlsym(pModule, "PluginRecordOfVertex"));
-    const auto fill = reinterpret_cast<void (*)(ZDynamicObject*)>(dlsym(pModule, "PluginFill"));
-    const auto reads = reinterpret_cast<bool (*)(const ZDynamicObject*)>(dlsym(pModule, "PluginReads"));
-    EXPECT_EQ(GetTypeID<SVertex>(), recordOfVertex()->m_pTypeID);
-    EXPECT_NE(&TTypeSlot<SVertex>::ms_data, recordOfVertex()) << "the modules must not share a record";
+    const ZPlugin plugin(KX_TEST_PLUGIN);
+    EXPECT_EQ(GetTypeID<SVertex>(), plugin.RecordOfVertex()->m_pTypeID);
+    EXPECT_NE(&TTypeSlot<SVertex>::ms_data, plugin.RecordOfVertex()) << "the modules must not share a record";
 
     ZDynamicObject object;
-    fill(&object);
+    plugin.Fill(object);
     const ZDynamicObject copy = object;
-    EXPECT_TRUE(reads(&copy));
+    EXPECT_TRUE(plugin.Reads(copy));
     EXPECT_EQ((SVertex{1, 2, 3}), copy["vertex"].As<SVertex>());
     EXPECT_TRUE(copy["here"] == object["here"]) << "a type that this program does not know";
+}
+
+TEST(TypeMerge, SpellingDoesNotCount)
+{
+    EXPECT_EQ(GetTypeID<STwin>(), TypeOfFirstTwin());
+    EXPECT_NE(GetTypeID<STwin>(), TypeOfSecondTwin());
+}
+
+TEST(TypeModules, AnotherModuleTakesOver)
+{
+    const ZMemAllocatorScope scope;
+    ZDynamicObject object;
+    auto pFirst = std::make_unique<ZPlugin>(KX_TEST_PLUGIN);
+    pFirst->Fill(object);
+    STypeID* const pOnlyThere = object["here"].Type();
+    BreakCounter breaks;
+    auto pSecond = std::make_unique<ZPlugin>(KX_TEST_OTHER_PLUGIN);
+    EXPECT_EQ(1, breaks.Take()) << "one type has another size there";
+    pFirst.reset();
+    ASSERT_EQ(nullptr, dlopen(KX_TEST_PLUGIN, RTLD_NOLOAD | RTLD_NOW)) << "it is still loaded";
+    ZDynamicObject copy = object;
+    EXPECT_TRUE(copy == object && pSecond->Reads(copy) && GetTypeRegistry().Find(pOnlyThere) != nullptr);
+    pSecond.reset();
+    EXPECT_EQ(nullptr, GetTypeRegistry().Find(pOnlyThere));
+    EXPECT_EQ(GetType<SVertex>(), GetTypeRegistry().Find(GetTypeID<SVertex>()));
+    EXPECT_EQ(0, breaks.Take());
+    object = copy;
+    copy = object = ZDynamicObject();
+    EXPECT_EQ(4, breaks.Take()) << "nobody can copy or destroy the value";
 }
 
 // -- Records

@@ -95,7 +95,8 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 // Each word is volatile, since the module that writes it is another one. For each, the linker keeps one of the copies
 // that the sources bring, and keeps it even if it drops what no code refers to. GCC 12 puts all variables of a section
 // into one group, so that two sources with different ones clash, and cannot ask for the second; there a function that
-// is compiled wherever the word is used, and never called, has the assembler define it.
+// is compiled wherever the word is used, and never called, has the assembler define it. An empty instruction refers to
+// that function.
 #if defined(__ELF__)
 #if defined(__clang__)
 // NOLINTBEGIN(bugprone-macro-parentheses): a type and a name cannot be in parentheses.
@@ -110,7 +111,7 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 #define KX_GATHERED_VARIABLE(section_name) __attribute__((section(#section_name), aligned(16), retain))
 #else
 #define KX_GATHERED_WORD(section_name, type, name, function, pValue)                                                   \
-    __attribute__((used)) static void function##Definition()                                                           \
+    static void function##Definition()                                                                                 \
     {                                                                                                                  \
         asm(".ifndef %c0\n\t"                                                                                          \
             ".pushsection " #section_name ",\"awGR\",%%progbits,%c0,comdat\n\t"                                        \
@@ -129,7 +130,7 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
     }                                                                                                                  \
     static type volatile* function()                                                                                   \
     {                                                                                                                  \
-        static_cast<void>(&function##Definition);                                                                      \
+        asm inline("" : : "i"(&function##Definition));                                                                 \
         return &name;                                                                                                  \
     }                                                                                                                  \
     static type name

@@ -1,5 +1,5 @@
 // A module that is loaded at run time. It names types that the program that loads it and kxbase name too, and one that
-// they do not.
+// they do not. It is built twice, with one type that has the same name and another size.
 static bool Started();
 
 // In front of all that the headers bring: even this finds the types merged.
@@ -19,6 +19,14 @@ struct SOnlyHere
 };
 KX_DECLARE_TYPE(SOnlyHere);
 
+struct SDiffers
+{
+    char m_acBytes[KX_PLUGIN_SIZE];
+};
+KX_DECLARE_TYPE(SDiffers);
+
+static const char* const aKeys[] = {"vertex", "here", "number"};
+
 extern "C"
 {
     KX_EXPORT STypeIDData* PluginRecordOfVertex()
@@ -26,12 +34,13 @@ extern "C"
         return &TTypeSlot<SVertex>::ms_data;
     }
 
-    // Stores values of three types into the object.
+    // Stores values of three types into the object. The keys are copies: a string of a literal would refer to this
+    // module.
     KX_EXPORT void PluginFill(ZDynamicObject* pObject)
     {
-        pObject->Set("vertex", ZVariant(SVertex{1, 2, 3}));
-        pObject->Set("here", ZVariant(SOnlyHere{42}));
-        pObject->Set("number", 42);
+        pObject->Set(ZString(aKeys[0]), ZVariant(SVertex{1, 2, 3}));
+        pObject->Set(ZString(aKeys[1]), ZVariant(SOnlyHere{42}));
+        pObject->Set(ZString(aKeys[2]), 42);
     }
 
     // Whether it reads the same from the object.

@@ -12,6 +12,14 @@ struct SMoveOnly
     SMoveOnly(SMoveOnly&&) = default;
 };
 
+namespace
+{
+struct SUnnamed
+{
+};
+} // namespace
+
+KX_REFUSE(DECLARED_IN_UNNAMED_NAMESPACE, "Put it into a named namespace", KX_DECLARE_TYPE(SUnnamed));
 KX_REFUSE(DECLARED_MOVE_ONLY, "must be copyable", KX_DECLARE_TYPE(SMoveOnly));
 KX_REFUSE(DECLARED_LARGE, "declare one that holds the large part by pointer", KX_DECLARE_TYPE(std::array<char, 65536>));
 

@@ -13,6 +13,20 @@ struct SVertex
 KX_DECLARE_TYPE(SVertex);
 KX_DECLARE_TYPE(TArray<SVertex>);
 
+// Two types that sources declare under one name, and one that they declare under two names.
+namespace first
+{
+struct STwin
+{
+};
+} // namespace first
+namespace second
+{
+struct STwin
+{
+};
+} // namespace second
+
 // Aligned more than any cell, without default value and without ==.
 struct alignas(32) SMatrix
 {
