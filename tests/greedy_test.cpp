@@ -11,6 +11,8 @@
     KX_TEST_GREEDY(AddressOf);                                                                                         \
     KX_TEST_GREEDY(PointerTo);                                                                                         \
     KX_TEST_GREEDY(ConstructAt);                                                                                       \
+    KX_TEST_GREEDY(DestroyAt);                                                                                         \
+    KX_TEST_GREEDY(AssignTo);                                                                                          \
     KX_TEST_GREEDY(DestroyRange);                                                                                      \
     KX_TEST_GREEDY(CopyRange);                                                                                         \
     KX_TEST_GREEDY(RelocateRange);                                                                                     \

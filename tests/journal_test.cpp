@@ -7,8 +7,10 @@
 #include "tests/support/modeltest.h"
 #include "tests/support/player.h"
 
+#include <csignal>
 #include <fstream>
 #include <iostream>
+#include <set>
 
 namespace
 {
@@ -51,6 +53,12 @@ uint64 DigestOf(const std::string& text)
     for (const char c : text)
         nDigest = (nDigest ^ static_cast<unsigned char>(c)) * 0x100000001B3;
     return nDigest;
+}
+
+std::string JournalFile()
+{
+    const std::string suite = testing::UnitTest::GetInstance()->current_test_info()->test_suite_name();
+    return KX_TEST_JOURNALS + suite.substr(suite.find('/') + 1) + ".txt";
 }
 
 // Lines as a file has them, each with what a failure prints: the operations of a block.
@@ -100,8 +108,7 @@ TYPED_TEST_SUITE(Journals, Kinds, SName);
 
 TYPED_TEST(Journals, AreAsRecorded)
 {
-    const std::string suite = testing::UnitTest::GetInstance()->current_test_info()->test_suite_name();
-    const std::string file = KX_TEST_JOURNALS + suite.substr(suite.find('/') + 1) + ".txt";
+    const std::string file = JournalFile();
     const std::vector<std::string> recorded = ReadLines(file);
     Lines played;
     PlayChosen<TypeParam>(recorded, played);
@@ -121,5 +128,27 @@ TYPED_TEST(Journals, AreAsRecorded)
         if (std::getenv("KX_PRINT") != nullptr)
             std::cout << operations;
         ASSERT_EQ(recorded[i], line) << file << ':' << i + 1 << '\n' << operations;
+    }
+}
+
+// Each operation with each number of steps, once. It is the last step that throws, because the first ones may be those
+// of a pair that the caller makes.
+TYPED_TEST(Journals, EndTheProcessIfAnElementThrows)
+{
+    std::set<std::pair<std::string, int>> seen;
+    TPlayer<TypeParam> player, ahead;
+    for (const std::string& line : ReadLines(JournalFile()))
+    {
+        if (line.starts_with("end"))
+            break;
+        if (line.starts_with('#'))
+            continue;
+        ahead.Play(line);
+        const int nSteps = ahead.Steps();
+        if (nSteps != 0 && seen.emplace(line.substr(2, line.find_first_of("-0123456789") - 2), nSteps).second)
+        {
+            EXPECT_EXIT((g_nThrowAt = nSteps - 1, player.Play(line)), testing::KilledBySignal(SIGABRT), "") << line;
+        }
+        player.Play(line);
     }
 }

@@ -239,8 +239,11 @@ public:
     void Append(uint64 nCount, TConstruct construct)
     {
         Reserve(Distance(m_pBegin, m_pEnd) + nCount);
-        for (T* pNewEnd = m_pEnd + nCount; m_pEnd != pNewEnd; ++m_pEnd)
-            construct(m_pEnd);
+        [&]() noexcept
+        {
+            for (T* pNewEnd = m_pEnd + nCount; m_pEnd != pNewEnd; ++m_pEnd)
+                construct(m_pEnd);
+        }();
     }
 
     /// Returns whether sizes and elements are equal, in order, by the element's own ==.

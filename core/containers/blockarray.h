@@ -255,14 +255,14 @@ public:
         if (nIndex < m_nSize / 2)
         {
             ShiftUp<T>(0, nIndex);
-            First().~T();
+            kx::detail::DestroyAt(kx::detail::PointerTo(First()));
             --m_nSize;
             m_nFirst = m_nFirst + 1 == Slots() ? 0 : m_nFirst + 1;
         }
         else
         {
             ShiftDown<T>(nIndex, m_nSize - 1);
-            Last().~T();
+            kx::detail::DestroyAt(kx::detail::PointerTo(Last()));
             --m_nSize;
         }
         if (m_nSize == 0)
@@ -402,7 +402,7 @@ private:
         }
         T* pElement = kx::detail::PointerTo((*this)[nIndex]);
         if constexpr (std::is_lvalue_reference_v<TValue>)
-            *pElement = value;
+            kx::detail::AssignTo(*pElement, value);
         else
             kx::detail::ConstructAt(pElement,
                                     static_cast<TValue&&>(value)); // without destroying the moved-from one: see Insert
@@ -412,7 +412,7 @@ private:
     // Assigns to each element of (nFrom, nTo], from last to first, the element before it. Element nFrom is left to the
     // caller. Within a block, this is a loop over neighbours.
     template <class TValue>
-    void ShiftUp(uint32 nFrom, uint32 nTo)
+    void ShiftUp(uint32 nFrom, uint32 nTo) noexcept
     {
         while (nFrom < nTo)
         {
@@ -430,7 +430,7 @@ private:
     // Assigns to each element of [nFrom, nTo), from first to last, the element after it. Element nTo is left to the
     // caller.
     template <class TValue>
-    void ShiftDown(uint32 nFrom, uint32 nTo)
+    void ShiftDown(uint32 nFrom, uint32 nTo) noexcept
     {
         while (nFrom < nTo)
         {

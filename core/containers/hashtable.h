@@ -203,7 +203,7 @@ public:
                         detail::ConstructAt(detail::PointerTo(copy.m_element), std::as_const(node.m_element));
                         uint32& nHead = m_pBuckets[BucketOf(TFields::KeyOf(copy.m_element))];
                         copy.m_nNext = std::exchange(nHead, nIndex++);
-                        node.m_element.~value_type();
+                        detail::DestroyAt(detail::PointerTo(node.m_element));
                     });
         Release(old.m_pNodes);
         Release(old.m_pBuckets);
@@ -257,7 +257,7 @@ protected:
     template <class... TValues>
     iterator InsertElement(const TKey& key, const TValues&... values)
     {
-        const uint32 nHash = TPolicy::Hash(key);
+        const uint32 nHash = HashOf(key);
         if (m_pBuckets == nullptr) [[unlikely]]
             return InsertGrowing(nHash, key, values...);
         const uint32 nBucket = nHash % m_nBucketCount;
@@ -266,7 +266,7 @@ protected:
             if (const uint32 nFound = *FindKey(nBucket, key); nFound != kHashNone)
             {
                 TElement& element = m_pNodes[nFound].m_element;
-                ((element.Value() = values), ...);
+                (detail::AssignTo(element.Value(), values), ...);
                 return {detail::PointerTo(element), Table(), nBucket};
             }
         }
@@ -352,7 +352,7 @@ private:
     void RemoveNode(uint32* pLink, TNode& node)
     {
         *pLink = node.m_nNext;
-        node.m_element.~value_type();
+        detail::DestroyAt(detail::PointerTo(node.m_element));
         node.m_nNext = std::exchange(m_nFreeHead, static_cast<uint32>(&node - m_pNodes));
         --m_nSize;
     }
@@ -368,13 +368,15 @@ private:
         return pLink;
     }
 
-    uint32* FindKey(uint32 nBucket, const TKey& key) const
+    uint32* FindKey(uint32 nBucket, const TKey& key) const noexcept
     {
         return FindLink(nBucket,
                         [&key](const TNode& node) { return TPolicy::Equals(TFields::KeyOf(node.m_element), key); });
     }
 
-    uint32 BucketOf(const TKey& key) const { return TPolicy::Hash(key) % m_nBucketCount; }
+    static uint32 HashOf(const TKey& key) noexcept { return TPolicy::Hash(key); }
+
+    uint32 BucketOf(const TKey& key) const { return HashOf(key) % m_nBucketCount; }
 
     const uint32* Table() const { return &m_nBucketCount; }
 
@@ -417,7 +419,7 @@ private:
     void DestroyElements()
     {
         if constexpr (!std::is_trivially_destructible_v<TElement>)
-            ForEachNode(*this, [](TNode& node, uint32) { node.m_element.~value_type(); });
+            ForEachNode(*this, [](TNode& node, uint32) { detail::DestroyAt(detail::PointerTo(node.m_element)); });
     }
 
     void ReleaseAll()

@@ -2,6 +2,11 @@
 //
 // Which special member function runs, in which order and how often, is part of every container's contract. Each step is
 // therefore written once, here, and does exactly what it says: no memcpy replaces an element's own operations.
+//
+// The operations that a container calls do not throw: constructors, assignments and destructors of elements, their
+// comparisons, and hashes. An exception would find a container in the middle of a change, with elements that nobody
+// destroys or that two would. So each step is noexcept here and in the containers, and an exception that leaves an
+// element's operation ends the process by std::terminate.
 #pragma once
 
 #include "core/platform/platform.h"
@@ -12,14 +17,26 @@
 namespace kx::detail
 {
 template <class T, class... TArgs>
-T* ConstructAt(T* pStorage, TArgs&&... args)
+T* ConstructAt(T* pStorage, TArgs&&... args) noexcept
 {
     return ::new (static_cast<void*>(pStorage)) T(std::forward<TArgs>(args)...);
 }
 
+template <class T>
+void DestroyAt(T* pElement) noexcept
+{
+    pElement->~T();
+}
+
+template <class T, class TValue>
+void AssignTo(T& element, TValue&& value) noexcept
+{
+    element = std::forward<TValue>(value);
+}
+
 /// Destroys [pFirst, pLast) in ascending order.
 template <class T>
-void DestroyRange(T* pFirst, T* pLast)
+void DestroyRange(T* pFirst, T* pLast) noexcept
 {
     for (; pFirst < pLast; ++pFirst)
         pFirst->~T();
@@ -30,7 +47,7 @@ void DestroyRange(T* pFirst, T* pLast)
 /// This function and RelocateRange stay out of line because inlining loses the promise that the ranges do not overlap.
 /// The compiler could then no longer turn the loop over a trivial T into a memmove: twice the time for 1000 ints.
 template <class T>
-KX_NOINLINE T* CopyRange(T* KX_RESTRICT pTo, const T* pFirst, const T* pLast)
+KX_NOINLINE T* CopyRange(T* KX_RESTRICT pTo, const T* pFirst, const T* pLast) noexcept
 {
     for (; pFirst != pLast; ++pFirst, ++pTo)
         detail::ConstructAt(pTo, *pFirst);
@@ -41,7 +58,7 @@ KX_NOINLINE T* CopyRange(T* KX_RESTRICT pTo, const T* pFirst, const T* pLast)
 /// range. Each element is move-constructed (copy-constructed if T has no move) and the old one is destroyed before the
 /// next one follows.
 template <class T>
-KX_NOINLINE T* RelocateRange(T* KX_RESTRICT pTo, T* pFirst, T* pLast)
+KX_NOINLINE T* RelocateRange(T* KX_RESTRICT pTo, T* pFirst, T* pLast) noexcept
 {
     for (; pFirst != pLast; ++pFirst, ++pTo)
     {
@@ -73,7 +90,7 @@ bool IsInsertPosition(const T* pos, const T* pBegin, const T* pEnd)
 /// The last element is constructed one place up, the others follow by assignment from the end, and the value is
 /// assigned. If it is one of the elements that shift, the value it had before is inserted.
 template <class TShift, class T, class TValue>
-void InsertShifting(T* pos, T* pEnd, TValue&& value)
+void InsertShifting(T* pos, T* pEnd, TValue&& value) noexcept
 {
     if (pos == pEnd)
     {
@@ -96,7 +113,7 @@ void InsertShifting(T* pos, T* pEnd, TValue&& value)
 /// Removes the element at pos: the following ones move down by assignment, in ascending order, and the last one is
 /// destroyed. TShift as in InsertShifting.
 template <class TShift, class T>
-void EraseShifting(T* pos, T* pEnd)
+void EraseShifting(T* pos, T* pEnd) noexcept
 {
     for (T* pNext = pos + 1; pNext < pEnd; ++pNext)
         pNext[-1] = static_cast<TShift&&>(*pNext);
@@ -105,7 +122,7 @@ void EraseShifting(T* pos, T* pEnd)
 
 /// Whether equal(element, other) holds for the elements of [pFirst, pLast) and those from pOther on, in order.
 template <class T, class TEqual>
-bool EqualRange(const T* pFirst, const T* pLast, const T* pOther, TEqual equal)
+bool EqualRange(const T* pFirst, const T* pLast, const T* pOther, TEqual equal) noexcept
 {
     for (; pFirst != pLast; ++pFirst, ++pOther)
     {

@@ -18,6 +18,7 @@
 // Elements never move. An iterator stays valid until its element is erased, End() until the list is moved or destroyed.
 #pragma once
 
+#include "core/containers/lifetime.h"
 #include "core/containers/nodeiterator.h"
 #include "core/memory/memorymanager.h"
 
@@ -41,7 +42,7 @@ struct SListLinks
 template <class T>
 struct SListNode : kx::detail::SListLinks
 {
-    explicit SListNode(const T& value) : m_Element(value) {}
+    explicit SListNode(const T& value) noexcept : m_Element(value) {}
 
     T m_Element;
 };
@@ -106,7 +107,7 @@ public:
         iterator to = Begin();
         const_iterator from = other.Begin();
         for (; to != End() && from != other.End(); ++to, ++from)
-            *to = *from;
+            kx::detail::AssignTo(*to, *from);
         if (to != End())
         {
             SListLinks* pSurplus = NodeOf(to);
@@ -208,7 +209,7 @@ private:
 
     static SListLinks* NewNode(const T& value) { return new (*GetNormalAllocator()) SListNode<T>(value); }
 
-    static void FreeNode(SListLinks* pLinks)
+    static void FreeNode(SListLinks* pLinks) noexcept
     {
         auto* pNode = static_cast<SListNode<T>*>(pLinks);
         pNode->~SListNode();

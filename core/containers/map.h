@@ -70,7 +70,7 @@ public:
         typename TMap::SSearchPath path;
         if (auto* pNode = this->template FindNode<true>(key, path))
             return pNode->m_Element.Value();
-        return this->InsertMissing(Pair(key, V()), path)->Value();
+        return this->InsertMissing(MakePair(key, MakeValue()), path)->Value();
     }
 
     /// Returns the value of the key, in logarithmic time.
@@ -104,7 +104,7 @@ public:
         typename TMap::SSearchPath path;
         if (auto* pNode = this->template FindNode<true>(key, path))
             return Assign(pNode, value);
-        return this->InsertMissing(Pair(key, value), path);
+        return this->InsertMissing(MakePair(key, value), path);
     }
     TTreeIterator<Pair> Insert(const Pair& pair)
     {
@@ -131,13 +131,16 @@ public:
     bool operator!=(const TMap& other) const requires std::equality_comparable<V> { return Differs(other); }
 
 private:
+    static V MakeValue() noexcept requires std::default_initializable<V> { return V(); }
+    static Pair MakePair(const K& key, const V& value) noexcept { return Pair(key, value); }
+
     TTreeIterator<Pair> Assign(SRedBlackTreeNode<Pair>* pNode, const V& value)
     {
-        pNode->m_Element.Value() = value;
+        kx::detail::AssignTo(pNode->m_Element.Value(), value);
         return this->PositionOf(pNode);
     }
 
-    bool Differs(const TMap& other) const requires std::equality_comparable<V>
+    bool Differs(const TMap& other) const noexcept requires std::equality_comparable<V>
     {
         if (this->Size() != other.Size())
             return true;

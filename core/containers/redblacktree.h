@@ -84,7 +84,7 @@ template <class T>
 struct SRedBlackTreeNode : kx::detail::SRedBlackTreeLinks
 {
     /// Leaves the links uninitialised; InsertNode and the copying of trees set them.
-    explicit SRedBlackTreeNode(const T& value) : m_Element(value) {}
+    explicit SRedBlackTreeNode(const T& value) noexcept : m_Element(value) {}
 
     T m_Element;
 };
@@ -269,7 +269,7 @@ public:
     }
 
     /// Returns whether the invariants hold. For tests and debugging.
-    bool Validate() const
+    bool Validate() const noexcept
     {
         if (!detail::ValidateNodes(Header(), m_nSize))
             return false;
@@ -313,7 +313,7 @@ protected:
     // the path follows the right edge. After that, both children are prefetched, because the balancing will look at the
     // one that is not on the path.
     template <bool bInserting>
-    Node* FindNode(const key_type& key, SSearchPath& path) const
+    Node* FindNode(const key_type& key, SSearchPath& path) const noexcept
     {
         path = {{Header(), 0}, 0, 0};
         [[maybe_unused]] bool bRightEdge = true;
@@ -351,17 +351,11 @@ protected:
     }
 
     // Does what InsertNew does, after FindNode took this path and found no element. The search for the place would take
-    // the same path again. So only its comparisons are made, because they may be calls that somebody counts. If the
-    // compiler sees that they have no effect, it drops the whole loop.
+    // the same path again, so only its comparisons are made.
     iterator InsertMissing(const T& value, const SSearchPath& path)
     {
         Node* pNode = CreateNode(value);
-        const Links* pPassed = m_links.m_pChild[0];
-        for (uint32 nStep = 0; nStep < path.m_nSteps; ++nStep)
-        {
-            static_cast<void>(KeyOf(pPassed) < TTreeKey<T>::Of(value));
-            pPassed = pPassed->m_pChild[path.m_nTurns >> nStep & 1];
-        }
+        CompareAlong(path, TTreeKey<T>::Of(value));
         return LinkIn(pNode, path.m_position);
     }
 
@@ -383,7 +377,7 @@ private:
         return pNode != nullptr ? pNode : Header();
     }
 
-    Links* FindLowerBound(const key_type& key) const
+    Links* FindLowerBound(const key_type& key) const noexcept
     {
         Links* pBound = Header();
         for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr;)
@@ -396,7 +390,7 @@ private:
         return pBound;
     }
 
-    SInsertPosition FindInsertPosition(const key_type& key) const
+    SInsertPosition FindInsertPosition(const key_type& key) const noexcept
     {
         // First with a branch, then by index, as in FindNode.
         SInsertPosition position{Header(), 0};
@@ -412,6 +406,18 @@ private:
             position = {pNode, KeyOf(pNode) < key};
         }
         return position;
+    }
+
+    // Makes the comparisons of a search along the path, because they may be calls that somebody counts. If the compiler
+    // sees that they have no effect, it drops the whole loop.
+    void CompareAlong(const SSearchPath& path, const key_type& key) const noexcept
+    {
+        const Links* pPassed = m_links.m_pChild[0];
+        for (uint32 nStep = 0; nStep < path.m_nSteps; ++nStep)
+        {
+            static_cast<void>(KeyOf(pPassed) < key);
+            pPassed = pPassed->m_pChild[path.m_nTurns >> nStep & 1];
+        }
     }
 
     static void PrefetchChildren(const Links* pNode)
@@ -443,7 +449,7 @@ private:
                                    value);
     }
 
-    static void ReleaseNode(Links* pNode)
+    static void ReleaseNode(Links* pNode) noexcept
     {
         static_cast<Node*>(pNode)->~Node();
         GetNormalAllocator()->Free(pNode);

@@ -38,7 +38,7 @@ struct SSListLink
 template <class T>
 struct SSListNode : kx::detail::SSListLink
 {
-    explicit SSListNode(const T& value) : m_Element(value) {}
+    explicit SSListNode(const T& value) noexcept : m_Element(value) {}
 
     T m_Element;
 };
@@ -191,7 +191,7 @@ private:
 
     static SSListLink* NewNode(const T& value) { return new (*GetNormalAllocator()) SSListNode<T>(value); }
 
-    static void FreeNode(SSListLink* pLink)
+    static void FreeNode(SSListLink* pLink) noexcept
     {
         auto* pNode = static_cast<SSListNode<T>*>(pLink);
         pNode->~SSListNode();

@@ -22,18 +22,33 @@ inline Journal TakeJournal()
     return std::exchange(g_journal, {});
 }
 
+// Throws from the operation of an element that is the g_nThrowAt-th since g_nSteps was set to 0.
+inline int g_nSteps = 0;
+inline int g_nThrowAt = -1;
+
+inline void Step()
+{
+    if (g_nSteps++ == g_nThrowAt)
+        throw g_nSteps;
+}
+
 // An element of one int that writes "new 1", "copy 1", "move 1", "2 = copy 1", "2 = move 1", "delete 1". A moved-from
 // one holds -1. Without bMoves it has no move operations.
 template <bool bMoves>
 struct TLogged
 {
     TLogged(int nValue) : m_nValue(nValue) { Write("new "); }
-    TLogged(const TLogged& other) : m_nValue(other.m_nValue) { Write("copy "); }
+    TLogged(const TLogged& other) : m_nValue(other.m_nValue)
+    {
+        Step();
+        Write("copy ");
+    }
     TLogged(TLogged&& other) noexcept requires bMoves : m_nValue(std::exchange(other.m_nValue, -1)) { Write("move "); }
     ~TLogged() { Write("delete "); }
 
     TLogged& operator=(const TLogged& other)
     {
+        Step();
         g_journal.push_back(std::to_string(m_nValue) + " = copy " + std::to_string(other.m_nValue));
         m_nValue = other.m_nValue;
         return *this;
@@ -45,7 +60,11 @@ struct TLogged
         return *this;
     }
 
-    bool operator==(const TLogged& other) const { return m_nValue == other.m_nValue; }
+    bool operator==(const TLogged& other) const
+    {
+        Step();
+        return m_nValue == other.m_nValue;
+    }
 
     int m_nValue;
 

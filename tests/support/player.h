@@ -23,12 +23,14 @@
 // Comparisons are part of the journal too.
 inline bool operator<(const Logged& left, const Logged& right)
 {
+    Step();
     g_journal.push_back(std::to_string(left.m_nValue) + " < " + std::to_string(right.m_nValue));
     return left.m_nValue < right.m_nValue;
 }
 
 inline uint32 HashKey(const Logged& key)
 {
+    Step();
     return HashKey(key.m_nValue);
 }
 
@@ -98,7 +100,10 @@ public:
 
         std::vector<First> firsts;
         std::vector<Second> seconds;
-        for (int i = 0; i < (name == "fill" ? anNumbers[0] : 1); ++i)
+        const int nElements = name == "fill" ? anNumbers[0] : 1;
+        firsts.reserve(static_cast<size_t>(nElements));
+        seconds.reserve(static_cast<size_t>(nElements));
+        for (int i = 0; i < nElements; ++i)
         {
             firsts.emplace_back(name == "fill" ? anNumbers[1] + 5 * i : anNumbers[0]);
             seconds.emplace_back(name == "fill" ? m_nFresh++ : anNumbers[1]);
@@ -107,11 +112,16 @@ public:
         SCall call{(*m_containers)[n], (*m_containers)[1 - n], anNumbers[0], anNumbers[1], firsts, seconds};
         TakeJournal();
         std::string result = "unknown operation";
+        g_nSteps = 0;
         for (const SKnown& known : m_known)
             result = known.m_name == name ? known.m_play(call) : result;
+        m_nSteps = g_nSteps;
         const std::string journal = JoinedJournal();
         return operation + " -> " + result + ": " + journal + " | " + State();
     }
+
+    // The number of steps of the operation played last that may throw.
+    int Steps() const { return m_nSteps; }
 
     // Destroys both containers. No operation may follow.
     std::string Finish()
@@ -404,4 +414,5 @@ private:
     uint64 m_nDrawn = 0;
     uint64 m_nKeys = 32;
     int m_nFresh = 2000;
+    int m_nSteps = 0;
 };
