@@ -2,6 +2,11 @@
 #include "runtime/resource/dynamicresourceid.h"
 #include "vertex.h"
 
+// The build says which standard the compiler has to go beyond.
+#if defined(CONSUMER_STANDARD)
+static_assert(__cplusplus > CONSUMER_STANDARD);
+#endif
+
 int main()
 {
     ZMemAllocatorScope scope;
