@@ -42,6 +42,8 @@ public:
     ///
     /// Appends nothing if printf itself fails (for 2^31 characters, say).
     ///
+    /// The C library may allocate for a precision of thousands of digits.
+    ///
     /// Output that does not fit is printed twice, the second time into a temporary on the stack that is as large as the
     /// free space. If that is more than 256 KB, there is no temporary, and an argument in this string is printed wrong.
     const char* format(const char* pszFormat, ...) KX_PRINTF(2, 3);
@@ -111,14 +113,14 @@ public:
     void clear() { EndAt(buffer(), 0); }
 
     /// The characters, NUL-terminated. They and a view of them are valid while the string lives and is not changed.
-    const char* get() const { return const_cast<ZStackStringBase*>(this)->buffer(); }
+    [[nodiscard]] const char* get() const { return const_cast<ZStackStringBase*>(this)->buffer(); }
     operator std::string_view() const { return {get(), m_nSize}; }
 
     /// The number of characters without the terminator.
-    uint32 size() const { return m_nSize; }
+    [[nodiscard]] uint32 size() const { return m_nSize; }
 
     /// Whether the invariants hold. For tests and debugging.
-    bool Validate() const { return m_nSize < capacity() && get()[m_nSize] == '\0'; }
+    [[nodiscard]] bool Validate() const { return m_nSize < capacity() && get()[m_nSize] == '\0'; }
 
 protected:
     ZStackStringBase() = default;

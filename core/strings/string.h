@@ -143,7 +143,7 @@ public:
     ///
     /// The rules are those of the constructor from a std::string_view; a negative length counts as one that is too
     /// large. Null yields the empty string.
-    static ZString AllocateFromCString(const char* pszText, int64 nLength);
+    [[nodiscard]] static ZString AllocateFromCString(const char* pszText, int64 nLength);
 
     /// Returns a copy of the format in which {0} to {7} are replaced by the arguments.
     ///
@@ -157,22 +157,22 @@ public:
     ///
     /// The first form needs core/dynamic/variant.h for the references. The second needs core/dynamic/format.h: it
     /// passes empty references for the missing arguments, and also accepts C strings and types that have a ToString().
-    static ZString Format(const ZString& format, const ZVariantRef& arg0, const ZVariantRef& arg1,
-                          const ZVariantRef& arg2, const ZVariantRef& arg3, const ZVariantRef& arg4,
-                          const ZVariantRef& arg5, const ZVariantRef& arg6, const ZVariantRef& arg7);
+    [[nodiscard]] static ZString Format(const ZString& format, const ZVariantRef& arg0, const ZVariantRef& arg1,
+                                        const ZVariantRef& arg2, const ZVariantRef& arg3, const ZVariantRef& arg4,
+                                        const ZVariantRef& arg5, const ZVariantRef& arg6, const ZVariantRef& arg7);
     template <class... TArgs>
-    static ZString Format(const ZString& format, const TArgs&... args) requires(sizeof...(TArgs) < 8)
+    [[nodiscard]] static ZString Format(const ZString& format, const TArgs&... args) requires(sizeof...(TArgs) < 8)
     {
         return kx::detail::TDependent<kx::detail::IncludeCoreDynamicFormatH, TArgs...>::Type::Format(format, args...);
     }
 
     /// The characters, NUL-terminated. They and a view of them are valid while the string lives and is not assigned to.
-    const char* ToCString() const { return m_pChars; }
+    [[nodiscard]] const char* ToCString() const { return m_pChars; }
     operator std::string_view() const { return {m_pChars, m_nLength & ~kBorrowed}; }
 
     /// The number of characters without the terminator, and whether it is 0.
-    int Length() const { return static_cast<int>(m_nLength & ~kBorrowed); }
-    bool IsEmpty() const { return (m_nLength & ~kBorrowed) == 0; }
+    [[nodiscard]] int Length() const { return static_cast<int>(m_nLength & ~kBorrowed); }
+    [[nodiscard]] bool IsEmpty() const { return (m_nLength & ~kBorrowed) == 0; }
 
     /// Compares the characters, never addresses or ownership. The order is that of the bytes as unsigned numbers.
     bool operator==(const ZString& other) const { return std::string_view(*this) == std::string_view(other); }
@@ -184,23 +184,24 @@ public:
     }
 
     /// Returns the first position of c from nStart on, or -1 if there is none. A negative nStart counts as 0.
-    int IndexOf(char c, int64 nStart = 0) const;
+    [[nodiscard]] int IndexOf(char c, int64 nStart = 0) const;
 
     /// Returns the last position of c, or of any character of the set, or -1 if there is none.
     ///
     /// Searches backwards from nStart, which is included. An nStart past the end is the last character; a negative one
-    /// finds nothing.
-    int LastIndexOf(char c, int64 nStart = INT64_MAX) const;
-    int LastIndexOfAny(const ZString& set, int64 nStart = INT64_MAX) const;
+    /// finds nothing. LastIndexOfAny compares each character with all of the set, so its time is the product of the
+    /// two lengths.
+    [[nodiscard]] int LastIndexOf(char c, int64 nStart = INT64_MAX) const;
+    [[nodiscard]] int LastIndexOfAny(const ZString& set, int64 nStart = INT64_MAX) const;
 
     /// Returns the part of [nStart, nStart + nLength) that is inside the string; empty if nLength is less than 1.
     ///
     /// One allocation; none for an empty result, and none for the last characters of a literal, because the result then
     /// refers to the literal.
-    ZString Substring(int64 nStart, int64 nLength) const;
+    [[nodiscard]] ZString Substring(int64 nStart, int64 nLength) const;
 
     /// Whether the invariants hold. For tests and debugging.
-    bool Validate() const { return m_pChars[Length()] == '\0' && (IsBorrowed() || !IsEmpty()); }
+    [[nodiscard]] bool Validate() const { return m_pChars[Length()] == '\0' && (IsBorrowed() || !IsEmpty()); }
 
 private:
     static constexpr uint32 kBorrowed = 0x80000000;
@@ -227,13 +228,13 @@ private:
 /// Returns the two strings joined: one allocation, none if both are empty.
 ///
 /// 2^31 characters or more trigger the debug break; if execution resumes, the result is empty.
-KX_API ZString operator+(const ZString& first, const ZString& second);
+[[nodiscard]] KX_API ZString operator+(const ZString& first, const ZString& second);
 
 /// Writes the string like a std::string_view, with the stream's width and fill.
 KX_API std::ostream& operator<<(std::ostream& stream, const ZString& text);
 
 /// The hash that the hash containers use: that of the characters, whoever owns them.
-inline uint32 HashKey(const ZString& text)
+[[nodiscard]] inline uint32 HashKey(const ZString& text)
 {
     return HashBytes(text.ToCString(), static_cast<uint64>(text.Length()));
 }

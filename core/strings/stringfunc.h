@@ -39,7 +39,7 @@ constexpr bool kIsInt =
 /// Uses no locale and no errno, and does not allocate. It is in the header because a call costs as much as reading a
 /// digit or two.
 template <class T>
-bool IntFromString(const char* pszText, T* pResult, char** ppEnd = nullptr) requires kx::detail::kIsInt<T>
+[[nodiscard]] bool IntFromString(const char* pszText, T* pResult, char** ppEnd = nullptr) requires kx::detail::kIsInt<T>
 {
     pszText = kx::detail::NotNull(pszText);
     const char* pFirst = pszText;

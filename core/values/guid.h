@@ -62,7 +62,7 @@ public:
     }
 
     /// Returns the text, with its digits in lower case. One allocation.
-    KX_API ZString ToString() const;
+    [[nodiscard]] KX_API ZString ToString() const;
 
     /// Writes the same text with its terminator. No allocation.
     KX_API void WriteTo(char (&acText)[kTextSize]) const;

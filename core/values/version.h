@@ -70,5 +70,5 @@ namespace version
 /// empty string and null.
 ///
 /// Uses no locale and does not allocate.
-KX_API bool FromString(const char* pszText, Version* pResult);
+[[nodiscard]] KX_API bool FromString(const char* pszText, Version* pResult);
 } // namespace version

@@ -1,10 +1,16 @@
 // What is not known to be a literal, and what has no place for its terminator.
 #include "core/strings/string.h"
 #include "core/strings/stack_string.h"
+#include "core/strings/stringfunc.h"
 #include "tests/refusals/refuse.h"
+
+#pragma GCC diagnostic error "-Wunused-result"
 
 void Use(char c)
 {
+    int nNumber = 0;
+    KX_REFUSE(DROPPED_PIECE, "ignoring return value", ZString("a.b").Substring(0, 1));
+    KX_REFUSE(DROPPED_SUCCESS, "ignoring return value", IntFromString("7", &nNumber));
     [[maybe_unused]] static constexpr char kWord[] = {'w', 'o', 'r', 'd'};
     [[maybe_unused]] const char acFilled[] = {c, '\0'};
     KX_REFUSE(FILLED_ARRAY, "acFilled.* constant expression", ZString refused = acFilled);
