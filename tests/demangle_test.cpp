@@ -6,6 +6,7 @@
 #include <array>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sstream>
 
 namespace
@@ -35,6 +36,34 @@ std::string Repeat(int nCount, const std::string& text)
         result += text;
     return result;
 }
+
+// The stack that the call is documented to take, and 6 KB for the thread itself.
+#if defined(__OPTIMIZE__)
+constexpr size_t kStack = 116 * 1024;
+#else
+constexpr size_t kStack = 196 * 1024;
+#endif
+
+// Runs into the guard page of the thread if the call takes more.
+void DemangleOnASmallStack(std::string symbol)
+{
+#if !defined(KX_TEST_SANITIZED)
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, kStack);
+    const auto run = [](void* pSymbol) -> void*
+    {
+        static ZStackString<100000> s_text;
+        demangle(s_text, *static_cast<std::string*>(pSymbol), true);
+        return nullptr;
+    };
+    pthread_t thread{};
+    ASSERT_EQ(0, pthread_create(&thread, &attributes, run, &symbol));
+    pthread_join(thread, nullptr);
+#else
+    static_cast<void>(symbol);
+#endif
+}
 } // namespace
 
 // The tables have at least one symbol for each code, the symbols of the verification cases, which check the verbose
@@ -58,7 +87,7 @@ TEST(Demangle, ReadsEveryCodeAndAppendsAsItIsWhatItCannotRead)
         }
 }
 
-TEST(Demangle, BoundsTheDepthAndTheText)
+TEST(Demangle, BoundsTheDepthTheStackAndTheText)
 {
     // The levels of a pointer to a pointer, of nested templates, scopes, functions, arrays and symbols.
     const struct
@@ -73,13 +102,16 @@ TEST(Demangle, BoundsTheDepthAndTheText)
         {"?x@@3", "P6AX", "H", "@Z", "A", 126},
         {"?x@@3", "PAY01", "H", "", "A", 63},
         {"?x@@3", "V?$T@$1?x@@3", "H", "A@@", "A", 63},
+        {"?x@@3", "PQ?$T@", "H", "@@H", "A", 126},
     };
     for (const auto& row : kNested)
     {
+        const auto nested = [&](int nCount)
+        { return row.m_begin + Repeat(nCount, row.m_open) + row.m_middle + Repeat(nCount, row.m_close) + row.m_end; };
+        DemangleOnASmallStack(nested(row.m_nMax));
         const auto read = [&](int nCount)
         {
-            const std::string symbol =
-                row.m_begin + Repeat(nCount, row.m_open) + row.m_middle + Repeat(nCount, row.m_close) + row.m_end;
+            const std::string symbol = nested(nCount);
             EXPECT_TRUE(IsDemangledSoundly(symbol, 100)) << nCount << " of " << row.m_open;
             return IsRead(Demangled(symbol, true));
         };

@@ -625,10 +625,10 @@ private:
 
     // ---- Template arguments.
 
-    // The parameters of functions in template arguments have a type table of their own.
+    // The parameters of functions in template arguments are entered in the type table until the arguments end.
     KX_NOINLINE void TemplateArguments()
     {
-        const kx::detail::ZBackReferences types = m_types;
+        const uint32 nTypes = m_types.Size();
         const uint32 nStash = StashMark();
         Put("<");
         for (bool bFirst = true; !ConsumeEnd('@');)
@@ -642,7 +642,7 @@ private:
         }
         Put(">");
         ReleaseStash(nStash);
-        m_types = types;
+        m_types.Shrink(nTypes);
     }
 
     void TemplateArgument()

@@ -226,6 +226,9 @@ public:
             m_texts[m_nSize++] = text;
     }
 
+    uint32 Size() const { return m_nSize; }
+    void Shrink(uint32 nSize) { m_nSize = nSize; }
+
     // Returns the empty string if there is none.
     Text operator[](char cDigit) const
     {
