@@ -239,8 +239,10 @@ private:
         while (nShift > 0 && nBlock >> nShift == 0)
             nShift -= 4;
         for (; nShift >= 0; nShift -= 4)
-            Put(Text("0123456789ABCDEF").substr(nBlock >> nShift & 15, 1));
+            PutNibble(nBlock >> nShift);
     }
+
+    void PutNibble(uint64 nDigits) { Put(Text("0123456789ABCDEF").substr(nDigits & 15, 1)); }
 
     // After "?$".
     KX_NOINLINE SName Template()
@@ -352,7 +354,7 @@ private:
                 Fail();
             nBytes -= nWidth;
             if (nBytes != 0 || nCharacter != 0) // omits the terminator
-                PutCharacter(nCharacter);
+                PutCharacter(nCharacter, nWidth);
         }
         Put(nBytes == 0 ? "\"" : "\"...");
         return {Stash(nBegin), SName::kSymbol};
@@ -376,7 +378,9 @@ private:
         return static_cast<uint8>((cHigh - 'A') << 4 | (cLow - 'A'));
     }
 
-    void PutCharacter(uint32 nCharacter)
+    // An escape has all digits of its character, so that it cannot be taken for another one with the characters that
+    // follow it.
+    void PutCharacter(uint32 nCharacter, uint32 nWidth)
     {
         constexpr Text kEscaped = "\"\\\n\t\r\v\f\a\b";
         constexpr Text kEscapes = "\"\\ntrvfab";
@@ -392,7 +396,8 @@ private:
         else
         {
             Put("\\x");
-            PutInteger(nCharacter, 16);
+            for (uint32 nShift = nWidth * 8; nShift != 0; nShift -= 4)
+                PutNibble(nCharacter >> (nShift - 4));
         }
     }
 

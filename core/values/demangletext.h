@@ -150,9 +150,9 @@ protected:
     }
 
     template <class T>
-    void PutInteger(T value, int nBase = 10)
+    void PutInteger(T value)
     {
-        const auto result = std::to_chars(m_acText + m_nEnd, m_acText + m_nStash, value, nBase);
+        const auto result = std::to_chars(m_acText + m_nEnd, m_acText + m_nStash, value);
         if (result.ec != std::errc())
             return Fail();
         m_nEnd = static_cast<uint32>(result.ptr - m_acText);
