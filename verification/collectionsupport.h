@@ -2,16 +2,14 @@
 // a list of values.
 #pragma once
 
-#include "core/containers/array.h"
-#include "core/containers/blockarray.h"
 #include "core/containers/hashmap.h"
 #include "core/containers/hashset.h"
 #include "core/containers/map.h"
-#include "core/containers/maxarray.h"
 #include "core/containers/multihashmap.h"
 #include "core/containers/set.h"
 #include "verification/integraltesttype.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -44,26 +42,14 @@ void AddValue(TCollection& collection, T&& value)
 {
     if constexpr (requires { collection.Insert(value); })
         collection.Insert(value);
-    else
+    else if constexpr (requires { value.Key(); })
         collection.Insert(value.Key(), value.Value());
-}
-
-template <class T>
-void AddValue(TArray<T>& array, T&& value)
-{
-    array.Add(std::forward<T>(value));
-}
-
-template <class T>
-void AddValue(TBlockArray<T>& array, T&& value)
-{
-    array.Insert(array.End(), std::forward<T>(value));
-}
-
-template <class T, uint32 N>
-void AddValue(TMaxArray<T, N>& array, T&& value)
-{
-    array.Insert(array.End(), value);
+    else if constexpr (requires { collection.Reserve(0u, false); }) // TArray
+        collection.Add(std::forward<T>(value));
+    else if constexpr (requires { collection.Add(value); }) // TMaxArray, which copies
+        collection.Insert(collection.End(), value);
+    else
+        collection.Insert(collection.End(), std::forward<T>(value));
 }
 
 // Adds one of many values, at the end if the collection has such an operation.
@@ -82,11 +68,11 @@ void AppendValue(TCollection& collection, T&& value)
     do                                                                                                                 \
     {                                                                                                                  \
         /* NOLINTNEXTLINE(bugprone-reserved-identifier): the name that the report shows */                             \
-        const std::vector<decltype(detail::Plain(*col.Begin()))> local__range __VA_ARGS__;                             \
-        EXPECT_PRED_FORMAT2(detail::RangeEquals, local__range, col);                                                   \
+        const std::vector<decltype(kx::tests::Plain(*col.Begin()))> local__range __VA_ARGS__;                          \
+        EXPECT_PRED_FORMAT2(kx::tests::RangeEquals, local__range, col);                                                \
     } while (false)
 
-namespace detail
+namespace kx::tests
 {
 // The value of an element, as a list of values spells it.
 inline int Plain(const E& element)
@@ -95,7 +81,7 @@ inline int Plain(const E& element)
 }
 
 template <class TPair>
-std::pair<int, int> Plain(const TPair& pair)
+TKeyValuePair<int, int> Plain(const TPair& pair)
 {
     return {Plain(pair.Key()), Plain(pair.Value())};
 }
@@ -105,8 +91,6 @@ void PrintElement(std::ostream& stream, const TElement& element)
 {
     if constexpr (requires { element.Key(); })
         stream << "(" << element.Key() << ", " << element.Value() << ")";
-    else if constexpr (requires { element.first; })
-        stream << "(" << element.first << ", " << element.second << ")";
     else
         stream << element;
 }
@@ -128,11 +112,9 @@ template <class TValue, class TCollection>
 testing::AssertionResult RangeEquals(const char* pszRange, const char* pszCollection, const std::vector<TValue>& range,
                                      const TCollection& collection)
 {
-    bool bEqual = range.size() == collection.Size();
-    auto value = range.begin();
-    for (auto i = collection.Begin(); bEqual && i != collection.End(); ++i, ++value)
-        bEqual = value != range.end() && *value == Plain(*i);
-    if (bEqual && value == range.end())
+    const auto isEqual = [](const TValue& value, const auto& element) { return value == Plain(element); };
+    if (range.size() == collection.Size()
+        && std::equal(range.begin(), range.end(), collection.Begin(), collection.End(), isEqual))
         return testing::AssertionSuccess();
 
     std::ostringstream message;
@@ -140,4 +122,4 @@ testing::AssertionResult RangeEquals(const char* pszRange, const char* pszCollec
     PrintRange(message << "\n  " << pszCollection << "\n    Which is: ", collection);
     return testing::AssertionFailure() << message.str();
 }
-} // namespace detail
+} // namespace kx::tests
