@@ -1,7 +1,4 @@
 // The hash containers.
-#include "core/containers/hashmap.h"
-#include "core/containers/hashset.h"
-#include "core/containers/multihashmap.h"
 #include "fuzz/operations.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8* pData, std::size_t nSize)

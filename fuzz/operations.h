@@ -1,6 +1,7 @@
 // Operations on two containers, chosen by bytes, beside standard containers of the same content.
 #pragma once
 
+#include "tests/support/containers.h"
 #include "tests/support/journal.h"
 
 #include <algorithm>

@@ -1,6 +1,4 @@
 // The ordered containers.
-#include "core/containers/map.h"
-#include "core/containers/set.h"
 #include "fuzz/operations.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8* pData, std::size_t nSize)

@@ -1,9 +1,4 @@
 // The five sequences.
-#include "core/containers/array.h"
-#include "core/containers/blockarray.h"
-#include "core/containers/list.h"
-#include "core/containers/maxarray.h"
-#include "core/containers/slist.h"
 #include "fuzz/operations.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8* pData, std::size_t nSize)

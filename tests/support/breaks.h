@@ -7,9 +7,9 @@
 // Present in a coverage build alone.
 extern "C" void __gcov_dump() __attribute__((weak)); // NOLINT(bugprone-reserved-identifier)
 
-namespace detail
+namespace kx::tests
 {
-// What a process that ends at a break has covered, counts too.
+// Saves the coverage counters of a process that ends at a break.
 inline void SaveCoverageAtBreak()
 {
     if (&__gcov_dump == nullptr)
@@ -22,18 +22,18 @@ inline void SaveCoverageAtBreak()
                     std::raise(SIGTRAP);
                 });
 }
-} // namespace detail
+} // namespace kx::tests
 
 // The statement ends the process at a breakpoint instruction, and not by some other fault.
 #define EXPECT_BREAK(statement)                                                                                        \
     EXPECT_EXIT(                                                                                                       \
         {                                                                                                              \
-            detail::SaveCoverageAtBreak();                                                                             \
+            kx::tests::SaveCoverageAtBreak();                                                                          \
             statement;                                                                                                 \
         },                                                                                                             \
         testing::KilledBySignal(SIGTRAP), "")
 
-// Plays the debugger that resumes: while it lives, every debug break is counted and execution goes on behind it.
+// Acts as a debugger that resumes: while it lives, every debug break is counted and execution continues.
 class BreakCounter
 {
 public:
