@@ -13,7 +13,8 @@ endfunction()
 set(configure ${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR} -B ${work}/build -G Ninja -DCMAKE_BUILD_TYPE=Release
   -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_CXX_FLAGS=${FLAGS})
 if(ROAD STREQUAL "subdirectory")
-  run(${configure} -DKXCORE_SOURCE=${SOURCE})
+  # Without a build type, because this compiles the whole library again, and optimising it would only take longer.
+  run(${configure} -DKXCORE_SOURCE=${SOURCE} -DCMAKE_BUILD_TYPE=)
 else()
   run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
   if(ROAD STREQUAL "pkgconfig")
