@@ -8,7 +8,7 @@
 namespace
 {
 template <class T>
-struct OwnArray : TArray<T>
+struct TOwnArray : TArray<T>
 {
     using TArray<T>::TArray;
 
@@ -20,7 +20,7 @@ struct OwnArray : TArray<T>
 };
 
 template <class T>
-struct StdVector : std::vector<T>
+struct TStdVector : std::vector<T>
 {
     void Push(const T& value) { this->push_back(value); }
     void InsertAt(int64 nIndex, const T& value) { this->insert(this->begin() + nIndex, value); }
@@ -30,13 +30,13 @@ struct StdVector : std::vector<T>
 };
 
 template <class T>
-struct CheckedVector : StdVector<T>
+struct TCheckedVector : TStdVector<T>
 {
     const T& operator[](uint64 nIndex) const { return this->at(nIndex); }
 };
 
 template <class T>
-struct QuarterVector : StdVector<T>
+struct TQuarterVector : TStdVector<T>
 {
     void Push(const T& value)
     {
@@ -180,13 +180,13 @@ void RegisterAll(const std::string& element, const std::string& contestant)
 
 int main(int argc, char** argv)
 {
-    RegisterAll<OwnArray<int>>("int", "TArray");
-    RegisterAll<StdVector<int>>("int", "std::vector");
-    RegisterAll<OwnArray<Block64>>("64 bytes", "TArray");
-    RegisterAll<StdVector<Block64>>("64 bytes", "std::vector");
-    Register("push, int", "grown by a quarter", Push<QuarterVector<int>>);
-    Register("push, 64 bytes", "grown by a quarter", Push<QuarterVector<Block64>>);
-    Register("sum by index, int", "at()", Index<CheckedVector<int>>);
-    Register("sum by index, 64 bytes", "at()", Index<CheckedVector<Block64>>);
+    RegisterAll<TOwnArray<int>>("int", "TArray");
+    RegisterAll<TStdVector<int>>("int", "std::vector");
+    RegisterAll<TOwnArray<SBlock64>>("64 bytes", "TArray");
+    RegisterAll<TStdVector<SBlock64>>("64 bytes", "std::vector");
+    Register("push, int", "grown by a quarter", Push<TQuarterVector<int>>);
+    Register("push, 64 bytes", "grown by a quarter", Push<TQuarterVector<SBlock64>>);
+    Register("sum by index, int", "at()", Index<TCheckedVector<int>>);
+    Register("sum by index, 64 bytes", "at()", Index<TCheckedVector<SBlock64>>);
     return RunBenchmarks(argc, argv);
 }

@@ -12,9 +12,9 @@ namespace
 {
 using Symbols = std::vector<std::string>;
 
-struct Own
+struct SOwn
 {
-    explicit Own(bool bVerbose) : m_bVerbose(bVerbose) {}
+    explicit SOwn(bool bVerbose) : m_bVerbose(bVerbose) {}
 
     uint64 operator()(const std::string& symbol)
     {
@@ -29,16 +29,16 @@ struct Own
 
 // Gets its output buffer back on each call, which saves it an allocation. The result 0 means that it cannot read the
 // symbol.
-struct Llvm
+struct SLlvm
 {
-    explicit Llvm(bool bVerbose)
+    explicit SLlvm(bool bVerbose)
     {
         if (!bVerbose)
             m_flags = static_cast<llvm::MSDemangleFlags>(llvm::MSDF_NoAccessSpecifier | llvm::MSDF_NoCallingConvention);
     }
-    Llvm(const Llvm&) = delete;
-    Llvm& operator=(const Llvm&) = delete;
-    ~Llvm() { std::free(m_pBuffer); }
+    SLlvm(const SLlvm&) = delete;
+    SLlvm& operator=(const SLlvm&) = delete;
+    ~SLlvm() { std::free(m_pBuffer); }
 
     uint64 operator()(const std::string& symbol)
     {
@@ -58,7 +58,7 @@ Symbols ReadSymbols(const char* pszFile)
 {
     Symbols symbols;
     std::ifstream file(std::string(KX_TEST_DATA) + pszFile);
-    Llvm peer(true);
+    SLlvm peer(true);
     for (std::string line; std::getline(file, line);)
     {
         std::string symbol = line.substr(0, line.find('\t'));
@@ -95,8 +95,8 @@ void RegisterList(const std::string& row, const char* pszFile)
             benchmark::RegisterBenchmark((name + "/" + pszContestant).c_str(), function, symbols, bVerbose)
                 ->Arg(static_cast<int64>(symbols.size()));
         };
-        add("demangle", Demangle<Own>);
-        add("llvm::microsoftDemangle", Demangle<Llvm>);
+        add("demangle", Demangle<SOwn>);
+        add("llvm::microsoftDemangle", Demangle<SLlvm>);
     }
 }
 } // namespace

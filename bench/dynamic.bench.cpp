@@ -29,7 +29,7 @@ std::string Key(int64 i)
 
 constexpr const char* kText = "a text of thirty-one characters";
 
-struct Ours
+struct SOurs
 {
     using Value = ZDynamicObject;
     using Keys = std::vector<ZString>;
@@ -72,7 +72,7 @@ struct Ours
 };
 
 template <class TJson>
-struct Nlohmann
+struct TNlohmann
 {
     using Value = TJson;
     using Keys = std::vector<std::string>;
@@ -118,7 +118,7 @@ struct Nlohmann
     static int GetKeys(const Value& value) { return value["root"]["position"]["layer"].template get<int>(); }
 };
 
-struct Rapid
+struct SRapid
 {
     // A value together with its document, whose allocator it needs.
     struct Value
@@ -202,7 +202,7 @@ struct Rapid
     }
 };
 
-struct Boost
+struct SBoost
 {
     using Value = boost::json::value;
     using Keys = std::vector<std::string>;
@@ -440,10 +440,10 @@ void RegisterContestant(const char* pszName)
 
 int main(int argc, char** argv)
 {
-    RegisterContestant<Ours>("ZDynamicObject");
-    RegisterContestant<Nlohmann<nlohmann::json>>("nlohmann::json");
-    RegisterContestant<Nlohmann<nlohmann::ordered_json>>("ordered_json");
-    RegisterContestant<Rapid>("RapidJSON");
-    RegisterContestant<Boost>("boost::json");
+    RegisterContestant<SOurs>("ZDynamicObject");
+    RegisterContestant<TNlohmann<nlohmann::json>>("nlohmann::json");
+    RegisterContestant<TNlohmann<nlohmann::ordered_json>>("ordered_json");
+    RegisterContestant<SRapid>("RapidJSON");
+    RegisterContestant<SBoost>("boost::json");
     return RunBenchmarks(argc, argv);
 }

@@ -43,7 +43,7 @@ int ValueOf(const TElement& element)
 }
 
 template <class TContainer>
-struct Own : TContainer
+struct TOwn : TContainer
 {
     void Put(int nKey)
     {
@@ -69,7 +69,7 @@ struct Own : TContainer
 };
 
 template <class TContainer>
-struct Other : TContainer
+struct TOther : TContainer
 {
     void Put(int nKey)
     {
@@ -89,7 +89,7 @@ struct Other : TContainer
 };
 
 // The same design written by hand, without removal.
-class ByHand
+class ZByHand
 {
 public:
     void Put(int nKey)
@@ -112,7 +112,7 @@ public:
         return 0;
     }
 
-    friend int64 Sum(const ByHand& table)
+    friend int64 Sum(const ZByHand& table)
     {
         const SNode* pNodes = table.m_nodes.data();
         int64 nSum = 0;
@@ -316,17 +316,17 @@ void RegisterAll(const std::string& type, const std::string& contestant)
 
 int main(int argc, char** argv)
 {
-    RegisterAll<Own<THashMap<int, int>>>(", map", "ours");
-    RegisterFind<ByHand>(", map", "by hand");
-    RegisterAll<Other<std::unordered_map<int, int>>>(", map", "std");
-    RegisterAll<Other<boost::unordered_map<int, int>>>(", map", "boost node");
-    RegisterAll<Other<boost::unordered_flat_map<int, int>>>(", map", "boost flat");
-    RegisterAll<Other<absl::node_hash_map<int, int>>>(", map", "absl node");
-    RegisterAll<Other<absl::flat_hash_map<int, int>>>(", map", "absl flat");
-    RegisterAll<Own<THashSet<int>>>(", set", "ours");
-    RegisterAll<Other<std::unordered_set<int>>>(", set", "std");
-    RegisterMulti<Own<TMultiHashMap<int, int>>>("ours");
-    RegisterMulti<Other<std::unordered_multimap<int, int>>>("std");
-    RegisterMulti<Other<boost::unordered_multimap<int, int>>>("boost node");
+    RegisterAll<TOwn<THashMap<int, int>>>(", map", "ours");
+    RegisterFind<ZByHand>(", map", "by hand");
+    RegisterAll<TOther<std::unordered_map<int, int>>>(", map", "std");
+    RegisterAll<TOther<boost::unordered_map<int, int>>>(", map", "boost node");
+    RegisterAll<TOther<boost::unordered_flat_map<int, int>>>(", map", "boost flat");
+    RegisterAll<TOther<absl::node_hash_map<int, int>>>(", map", "absl node");
+    RegisterAll<TOther<absl::flat_hash_map<int, int>>>(", map", "absl flat");
+    RegisterAll<TOwn<THashSet<int>>>(", set", "ours");
+    RegisterAll<TOther<std::unordered_set<int>>>(", set", "std");
+    RegisterMulti<TOwn<TMultiHashMap<int, int>>>("ours");
+    RegisterMulti<TOther<std::unordered_multimap<int, int>>>("std");
+    RegisterMulti<TOther<boost::unordered_multimap<int, int>>>("boost node");
     return RunBenchmarks(argc, argv);
 }

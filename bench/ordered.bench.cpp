@@ -18,10 +18,10 @@ namespace
 {
 // A key whose order is a function of its class. TSet compares a new key twice on its way. The row shows whether the
 // compiler drops the second comparisons of a class too.
-struct Id
+struct SId
 {
-    Id(int nValue) : m_nValue(nValue) {}
-    bool operator<(const Id& other) const { return m_nValue < other.m_nValue; }
+    SId(int nValue) : m_nValue(nValue) {}
+    bool operator<(const SId& other) const { return m_nValue < other.m_nValue; }
 
     int m_nValue;
 };
@@ -41,7 +41,7 @@ int KeyOf(const TPair& pair)
 }
 
 template <class TBase>
-struct Own : TBase
+struct TOwn : TBase
 {
     int64 Count() const { return this->Size(); }
     void RemoveAll() { this->Clear(); }
@@ -59,7 +59,7 @@ struct Own : TBase
 };
 
 template <class TBase>
-struct Peer : TBase
+struct TPeer : TBase
 {
     int64 Count() const { return static_cast<int64>(this->size()); }
     void RemoveAll() { this->clear(); }
@@ -94,9 +94,9 @@ std::vector<int> Keys(int64 n, bool bSorted)
 }
 
 template <class TContainer>
-struct Batch
+struct TBatch
 {
-    Batch(int64 n, bool bSorted)
+    TBatch(int64 n, bool bSorted)
         : m_n(static_cast<size_t>(n)), m_keys(Keys(n, bSorted)), m_containers(m_keys.size() / m_n)
     {
     }
@@ -127,7 +127,7 @@ struct Batch
 template <class TContainer, bool bSorted>
 void Insert(benchmark::State& state)
 {
-    Batch<TContainer> batch(state.range(0), bSorted);
+    TBatch<TContainer> batch(state.range(0), bSorted);
     for (auto _ : state)
     {
         batch.Fill();
@@ -141,7 +141,7 @@ void Insert(benchmark::State& state)
 template <class TContainer>
 void Clear(benchmark::State& state)
 {
-    Batch<TContainer> batch(state.range(0), false);
+    TBatch<TContainer> batch(state.range(0), false);
     for (auto _ : state)
     {
         state.PauseTiming();
@@ -155,7 +155,7 @@ void Clear(benchmark::State& state)
 template <class TContainer>
 void Erase(benchmark::State& state)
 {
-    Batch<TContainer> batch(state.range(0), false);
+    TBatch<TContainer> batch(state.range(0), false);
     std::vector<int> order = batch.m_keys;
     std::rotate(order.begin(), order.begin() + static_cast<std::ptrdiff_t>(batch.m_n), order.end());
     if (batch.m_containers.size() == 1)
@@ -175,7 +175,7 @@ void Erase(benchmark::State& state)
 template <class TContainer>
 void Copy(benchmark::State& state)
 {
-    Batch<TContainer> batch(state.range(0), false);
+    TBatch<TContainer> batch(state.range(0), false);
     batch.Fill();
     std::vector<TContainer> copies;
     copies.reserve(batch.m_containers.size());
@@ -194,7 +194,7 @@ template <class TContainer>
 void Iterate(benchmark::State& state)
 {
     const int64 n = state.range(0);
-    Batch<TContainer> batch(n, false);
+    TBatch<TContainer> batch(n, false);
     batch.Fill();
     for (auto _ : state)
     {
@@ -215,7 +215,7 @@ void Find(benchmark::State& state)
 {
     constexpr size_t kLookups = 1024;
     const int64 n = state.range(0);
-    Batch<TContainer> batch(n, false);
+    TBatch<TContainer> batch(n, false);
     batch.Fill();
     const TContainer& container = batch.m_containers.front();
     std::mt19937 random(2);
@@ -249,19 +249,19 @@ void RegisterAll(const std::string& kind, const std::string& contestant)
 
 int main(int argc, char** argv)
 {
-    RegisterAll<Own<TSet<int>>>("set", "own");
-    RegisterAll<Peer<std::set<int>>>("set", "std");
-    RegisterAll<Peer<boost::container::set<int>>>("set", "boost::container");
-    RegisterAll<Peer<absl::btree_set<int>>>("set", "absl::btree");
-    RegisterAll<Own<TMultiSet<int>>>("multiset", "own");
-    RegisterAll<Peer<std::multiset<int>>>("multiset", "std");
-    RegisterAll<Own<TMap<int, int>>>("map", "own");
-    RegisterAll<Peer<std::map<int, int>>>("map", "std");
-    RegisterAll<Peer<boost::container::map<int, int>>>("map", "boost::container");
-    RegisterAll<Peer<absl::btree_map<int, int>>>("map", "absl::btree");
-    RegisterAll<Own<TMultiMap<int, int>>>("multimap", "own");
-    RegisterAll<Peer<std::multimap<int, int>>>("multimap", "std");
-    Register("set of a class, insert random", "own", Insert<Own<TSet<Id>>, false>);
-    Register("set of a class, insert random", "std", Insert<Peer<std::set<Id>>, false>);
+    RegisterAll<TOwn<TSet<int>>>("set", "own");
+    RegisterAll<TPeer<std::set<int>>>("set", "std");
+    RegisterAll<TPeer<boost::container::set<int>>>("set", "boost::container");
+    RegisterAll<TPeer<absl::btree_set<int>>>("set", "absl::btree");
+    RegisterAll<TOwn<TMultiSet<int>>>("multiset", "own");
+    RegisterAll<TPeer<std::multiset<int>>>("multiset", "std");
+    RegisterAll<TOwn<TMap<int, int>>>("map", "own");
+    RegisterAll<TPeer<std::map<int, int>>>("map", "std");
+    RegisterAll<TPeer<boost::container::map<int, int>>>("map", "boost::container");
+    RegisterAll<TPeer<absl::btree_map<int, int>>>("map", "absl::btree");
+    RegisterAll<TOwn<TMultiMap<int, int>>>("multimap", "own");
+    RegisterAll<TPeer<std::multimap<int, int>>>("multimap", "std");
+    Register("set of a class, insert random", "own", Insert<TOwn<TSet<SId>>, false>);
+    Register("set of a class, insert random", "std", Insert<TPeer<std::set<SId>>, false>);
     return RunBenchmarks(argc, argv);
 }

@@ -20,7 +20,7 @@ constexpr uint32 kMost = 100001;
 
 // The operations that the rows call, by the names of each contestant.
 template <class TBase>
-struct Own : TBase
+struct TOurs : TBase
 {
     using Value = typename TBase::value_type;
 
@@ -38,7 +38,7 @@ struct Own : TBase
 };
 
 template <class TBase>
-struct Peer : TBase
+struct TPeer : TBase
 {
     using Value = typename TBase::value_type;
 
@@ -51,7 +51,7 @@ struct Peer : TBase
 
 // Inserts before a position, by the same walk from the head.
 template <class TBase>
-struct ForwardPeer : Peer<TBase>
+struct TForwardPeer : TPeer<TBase>
 {
     using Value = typename TBase::value_type;
 
@@ -66,18 +66,18 @@ struct ForwardPeer : Peer<TBase>
     auto EraseAt(typename TBase::iterator pos) { return this->erase_after(Before(pos)); }
 };
 
-enum class Where
+enum class EWhere
 {
     kBack,
     kFront
 };
 
-template <Where where, class TSequence>
+template <EWhere where, class TSequence>
 void Fill(TSequence& sequence, int64 n)
 {
     for (int64 i = 0; i < n; ++i)
     {
-        if constexpr (where == Where::kBack)
+        if constexpr (where == EWhere::kBack)
             sequence.PushBack(static_cast<int>(i));
         else
             sequence.PushFront(static_cast<int>(i));
@@ -85,7 +85,7 @@ void Fill(TSequence& sequence, int64 n)
 }
 
 // On the heap, because a TMaxArray holds its elements in the object.
-template <class TSequence, Where where>
+template <class TSequence, EWhere where>
 std::unique_ptr<TSequence> Filled(int64 n)
 {
     auto pSequence = std::make_unique<TSequence>();
@@ -94,18 +94,18 @@ std::unique_ptr<TSequence> Filled(int64 n)
 }
 
 // Fills a new container with n elements and destroys it.
-template <class TSequence, Where where>
+template <class TSequence, EWhere where>
 void Push(benchmark::State& state)
 {
     const int64 n = state.range(0);
     for (auto _ : state)
     {
         const auto pSequence = Filled<TSequence, where>(n);
-        Consume(state, *pSequence->begin(), where == Where::kBack ? 0 : n - 1);
+        Consume(state, *pSequence->begin(), where == EWhere::kBack ? 0 : n - 1);
     }
 }
 
-template <class TSequence, Where where>
+template <class TSequence, EWhere where>
 void ClearAndRefill(benchmark::State& state)
 {
     const int64 n = state.range(0);
@@ -114,11 +114,11 @@ void ClearAndRefill(benchmark::State& state)
     {
         pSequence->RemoveAll();
         Fill<where>(*pSequence, n);
-        Consume(state, *pSequence->begin(), where == Where::kBack ? 0 : n - 1);
+        Consume(state, *pSequence->begin(), where == EWhere::kBack ? 0 : n - 1);
     }
 }
 
-template <class TSequence, Where where>
+template <class TSequence, EWhere where>
 void Iterate(benchmark::State& state)
 {
     const int64 n = state.range(0);
@@ -132,7 +132,7 @@ void Iterate(benchmark::State& state)
     }
 }
 
-template <class TSequence, Where where>
+template <class TSequence, EWhere where>
 void Copy(benchmark::State& state)
 {
     const int64 n = state.range(0);
@@ -144,7 +144,7 @@ void Copy(benchmark::State& state)
     }
 }
 
-template <class TSequence, Where where>
+template <class TSequence, EWhere where>
 void Move(benchmark::State& state)
 {
     const auto pSequence = Filled<TSequence, where>(state.range(0));
@@ -159,7 +159,7 @@ void Move(benchmark::State& state)
 }
 
 // Inserts an element at a position that is known beforehand, and removes it.
-template <class TSequence, Where where>
+template <class TSequence, EWhere where>
 void InsertAndErase(benchmark::State& state)
 {
     const int64 n = state.range(0);
@@ -173,7 +173,7 @@ void InsertAndErase(benchmark::State& state)
     }
 }
 
-template <class TSequence, Where where>
+template <class TSequence, EWhere where>
 void RegisterAll(const std::string& row, const std::string& contestant)
 {
     Register("refill and clear, " + row, contestant, ClearAndRefill<TSequence, where>);
@@ -183,7 +183,7 @@ void RegisterAll(const std::string& row, const std::string& contestant)
     Register("move there and back, " + row, contestant, Move<TSequence, where>);
 }
 
-template <class TOwn, class TStandard, class TBoost, Where where>
+template <class TOwn, class TStandard, class TBoost, EWhere where>
 void RegisterPush(const std::string& row)
 {
     Register(row, "own", Push<TOwn, where>);
@@ -195,43 +195,43 @@ template <class T>
 void RegisterElement(const std::string& element)
 {
     namespace container = boost::container;
-    using OwnBlocks = Own<TBlockArray<T>>;
-    using StdBlocks = Peer<std::deque<T>>;
-    using BoostBlocks = Peer<container::deque<T>>;
-    using OwnList = Own<TList<T>>;
-    using StdList = Peer<std::list<T>>;
-    using BoostList = Peer<container::list<T>>;
-    using OwnSList = Own<TSList<T>>;
-    using StdSList = ForwardPeer<std::forward_list<T>>;
-    using BoostSList = ForwardPeer<container::slist<T>>;
-    using OwnMax = Own<TMaxArray<T, kMost>>;
-    using BoostMax = Peer<container::static_vector<T, kMost>>;
+    using OwnBlocks = TOurs<TBlockArray<T>>;
+    using StdBlocks = TPeer<std::deque<T>>;
+    using BoostBlocks = TPeer<container::deque<T>>;
+    using OwnList = TOurs<TList<T>>;
+    using StdList = TPeer<std::list<T>>;
+    using BoostList = TPeer<container::list<T>>;
+    using OwnSList = TOurs<TSList<T>>;
+    using StdSList = TForwardPeer<std::forward_list<T>>;
+    using BoostSList = TForwardPeer<container::slist<T>>;
+    using OwnMax = TOurs<TMaxArray<T, kMost>>;
+    using BoostMax = TPeer<container::static_vector<T, kMost>>;
 
-    RegisterAll<OwnMax, Where::kBack>("TMaxArray of " + element, "own");
-    RegisterAll<BoostMax, Where::kBack>("TMaxArray of " + element, "Boost");
+    RegisterAll<OwnMax, EWhere::kBack>("TMaxArray of " + element, "own");
+    RegisterAll<BoostMax, EWhere::kBack>("TMaxArray of " + element, "Boost");
 
-    RegisterPush<OwnBlocks, StdBlocks, BoostBlocks, Where::kBack>("push back, TBlockArray of " + element);
-    RegisterPush<OwnBlocks, StdBlocks, BoostBlocks, Where::kFront>("push front, TBlockArray of " + element);
-    RegisterAll<OwnBlocks, Where::kBack>("TBlockArray of " + element, "own");
-    RegisterAll<StdBlocks, Where::kBack>("TBlockArray of " + element, "standard");
-    RegisterAll<BoostBlocks, Where::kBack>("TBlockArray of " + element, "Boost");
+    RegisterPush<OwnBlocks, StdBlocks, BoostBlocks, EWhere::kBack>("push back, TBlockArray of " + element);
+    RegisterPush<OwnBlocks, StdBlocks, BoostBlocks, EWhere::kFront>("push front, TBlockArray of " + element);
+    RegisterAll<OwnBlocks, EWhere::kBack>("TBlockArray of " + element, "own");
+    RegisterAll<StdBlocks, EWhere::kBack>("TBlockArray of " + element, "standard");
+    RegisterAll<BoostBlocks, EWhere::kBack>("TBlockArray of " + element, "Boost");
 
-    RegisterPush<OwnList, StdList, BoostList, Where::kBack>("push back, TList of " + element);
-    RegisterPush<OwnList, StdList, BoostList, Where::kFront>("push front, TList of " + element);
-    RegisterAll<OwnList, Where::kBack>("TList of " + element, "own");
-    RegisterAll<StdList, Where::kBack>("TList of " + element, "standard");
-    RegisterAll<BoostList, Where::kBack>("TList of " + element, "Boost");
+    RegisterPush<OwnList, StdList, BoostList, EWhere::kBack>("push back, TList of " + element);
+    RegisterPush<OwnList, StdList, BoostList, EWhere::kFront>("push front, TList of " + element);
+    RegisterAll<OwnList, EWhere::kBack>("TList of " + element, "own");
+    RegisterAll<StdList, EWhere::kBack>("TList of " + element, "standard");
+    RegisterAll<BoostList, EWhere::kBack>("TList of " + element, "Boost");
 
-    RegisterPush<OwnSList, StdSList, BoostSList, Where::kFront>("push front, TSList of " + element);
-    RegisterAll<OwnSList, Where::kFront>("TSList of " + element, "own");
-    RegisterAll<StdSList, Where::kFront>("TSList of " + element, "standard");
-    RegisterAll<BoostSList, Where::kFront>("TSList of " + element, "Boost");
+    RegisterPush<OwnSList, StdSList, BoostSList, EWhere::kFront>("push front, TSList of " + element);
+    RegisterAll<OwnSList, EWhere::kFront>("TSList of " + element, "own");
+    RegisterAll<StdSList, EWhere::kFront>("TSList of " + element, "standard");
+    RegisterAll<BoostSList, EWhere::kFront>("TSList of " + element, "Boost");
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
     RegisterElement<int>("int");
-    RegisterElement<Block64>("64 bytes");
+    RegisterElement<SBlock64>("64 bytes");
     return RunBenchmarks(argc, argv);
 }

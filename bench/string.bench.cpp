@@ -148,7 +148,7 @@ void RegisterText(const char* pszContestant)
 
 constexpr size_t kBuffer = 4096;
 
-struct StackText
+struct SStackText
 {
     void Clear() { m_text.clear(); }
     void Append(const char* pszText) { m_text.append(pszText); }
@@ -161,9 +161,9 @@ struct StackText
     ZStackString<kBuffer> m_text;
 };
 
-struct StdText
+struct SStdText
 {
-    StdText() { m_text.reserve(kBuffer); }
+    SStdText() { m_text.reserve(kBuffer); }
     void Clear() { m_text.clear(); }
     void Append(const char* pszText) { m_text.append(pszText); }
     void AppendChar(char c) { m_text.push_back(c); }
@@ -202,7 +202,7 @@ struct StdText
     std::string m_encoded;
 };
 
-struct FmtText
+struct SFmtText
 {
     void Clear() { m_text.clear(); }
     void Append(const char* pszText) { m_text.append(std::string_view(pszText)); }
@@ -216,7 +216,7 @@ struct FmtText
     fmt::basic_memory_buffer<char, kBuffer> m_text;
 };
 
-struct PrintfText
+struct SPrintfText
 {
     void Clear() { m_nSize = 0; }
     void Append(const char* pszText) { Added(std::snprintf(m_acText + m_nSize, kBuffer - m_nSize, "%s", pszText)); }
@@ -369,7 +369,7 @@ void ReadInts(benchmark::State& state)
                });
 }
 
-struct OwnFloat
+struct SOwnFloat
 {
     ZStackString<64> m_text;
     size_t operator()(float value)
@@ -380,7 +380,7 @@ struct OwnFloat
     }
 };
 
-struct PrintfFloat
+struct SPrintfFloat
 {
     char m_acText[64];
     size_t operator()(float value)
@@ -389,7 +389,7 @@ struct PrintfFloat
     }
 };
 
-struct ToCharsFloat
+struct SToCharsFloat
 {
     char m_acText[64];
     size_t operator()(float value)
@@ -399,7 +399,7 @@ struct ToCharsFloat
     }
 };
 
-struct FmtFloat
+struct SFmtFloat
 {
     char m_acText[64];
     size_t operator()(float value) { return static_cast<size_t>(fmt::format_to(m_acText, "{:.6f}", value) - m_acText); }
@@ -428,16 +428,16 @@ int main(int argc, char** argv)
     RegisterText<ZString>("ZString");
     RegisterText<std::string>("std::string");
     RegisterText<std::string_view>("std::string_view");
-    RegisterBuffer<StackText>("ZStackString");
-    RegisterBuffer<StdText>("std::string");
-    RegisterBuffer<FmtText>("fmt");
-    RegisterBuffer<PrintfText>("snprintf");
+    RegisterBuffer<SStackText>("ZStackString");
+    RegisterBuffer<SStdText>("std::string");
+    RegisterBuffer<SFmtText>("fmt");
+    RegisterBuffer<SPrintfText>("snprintf");
     RegisterAt("IntFromString, int64", "IntFromString", ReadInts<int64, OwnRead>, {1, 5, 10, 18});
     RegisterAt("IntFromString, int64", "std::from_chars", ReadInts<int64, FromChars>, {1, 5, 10, 18});
     RegisterAt("IntFromString, int64", "strtol", ReadInts<int64, StrToL>, {1, 5, 10, 18});
-    RegisterAt("six decimals", "appendFloat", WriteFloats<OwnFloat>, {0, 3, 9});
-    RegisterAt("six decimals", "snprintf", WriteFloats<PrintfFloat>, {0, 3, 9});
-    RegisterAt("six decimals", "std::to_chars", WriteFloats<ToCharsFloat>, {0, 3, 9});
-    RegisterAt("six decimals", "fmt", WriteFloats<FmtFloat>, {0, 3, 9});
+    RegisterAt("six decimals", "appendFloat", WriteFloats<SOwnFloat>, {0, 3, 9});
+    RegisterAt("six decimals", "snprintf", WriteFloats<SPrintfFloat>, {0, 3, 9});
+    RegisterAt("six decimals", "std::to_chars", WriteFloats<SToCharsFloat>, {0, 3, 9});
+    RegisterAt("six decimals", "fmt", WriteFloats<SFmtFloat>, {0, 3, 9});
     return RunBenchmarks(argc, argv);
 }

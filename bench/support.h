@@ -9,9 +9,9 @@
 #include <string>
 
 // The elements are a plain int and this struct, which fills a cache line.
-struct Block64
+struct SBlock64
 {
-    Block64(int nValue = 0) : m_anValues{nValue} {}
+    SBlock64(int nValue = 0) : m_anValues{nValue} {}
     operator int() const { return static_cast<int>(m_anValues[0]); }
 
     int64 m_anValues[8];

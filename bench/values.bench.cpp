@@ -43,7 +43,7 @@ uint8 LastByte(const TGuid& guid)
     return aBytes[15];
 }
 
-struct OwnGuid
+struct SOwnGuid
 {
     using Guid = ZGuid;
     using Text = ZString;
@@ -52,7 +52,7 @@ struct OwnGuid
     static ZString Print(const ZGuid& guid) { return guid.ToString(); }
 };
 
-struct BoostGuid
+struct SBoostGuid
 {
     using Guid = boost::uuids::uuid;
     using Text = std::string;
@@ -62,7 +62,7 @@ struct BoostGuid
 };
 
 // Has no string of its own: prints into a buffer and makes no copy of it.
-struct LibUuid
+struct SLibUuid
 {
     using Guid = uuid_t;
     using Text = std::string;
@@ -212,10 +212,10 @@ constexpr size_t kFileSize = 10'000'000;
 constexpr size_t kBuffer = 65536;
 
 // A file whose lines have n characters on average.
-class LineFile
+class ZLineFile
 {
 public:
-    explicit LineFile(int64 n) : m_path(std::filesystem::temp_directory_path() / ("lines." + std::to_string(getpid())))
+    explicit ZLineFile(int64 n) : m_path(std::filesystem::temp_directory_path() / ("lines." + std::to_string(getpid())))
     {
         std::mt19937 random(1);
         std::string text;
@@ -228,9 +228,9 @@ public:
         m_nLineBytes = static_cast<int64>(text.size()) - m_nLines;
         std::ofstream(m_path) << text;
     }
-    ~LineFile() { std::filesystem::remove(m_path); }
-    LineFile(const LineFile&) = delete;
-    LineFile& operator=(const LineFile&) = delete;
+    ~ZLineFile() { std::filesystem::remove(m_path); }
+    ZLineFile(const ZLineFile&) = delete;
+    ZLineFile& operator=(const ZLineFile&) = delete;
 
     const char* Path() const { return m_path.c_str(); }
     // The count that a contestant should reach: the characters of all lines plus the lines.
@@ -245,7 +245,7 @@ private:
 template <class TContestant>
 void ReadLines(benchmark::State& state)
 {
-    const LineFile file(state.range(0));
+    const ZLineFile file(state.range(0));
     std::vector<char> buffer(kBuffer);
     for (auto _ : state)
     {
@@ -257,27 +257,27 @@ void ReadLines(benchmark::State& state)
     }
 }
 
-class OpenFile
+class ZOpenFile
 {
 public:
-    OpenFile(const char* pszPath, std::vector<char>& buffer) : m_pFile(std::fopen(pszPath, "r"))
+    ZOpenFile(const char* pszPath, std::vector<char>& buffer) : m_pFile(std::fopen(pszPath, "r"))
     {
         std::setvbuf(m_pFile, buffer.data(), _IOFBF, buffer.size());
     }
-    ~OpenFile() { std::fclose(m_pFile); }
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
+    ~ZOpenFile() { std::fclose(m_pFile); }
+    ZOpenFile(const ZOpenFile&) = delete;
+    ZOpenFile& operator=(const ZOpenFile&) = delete;
 
 protected:
     std::FILE* m_pFile;
 };
 
 // Reads from the descriptor and does not use the file's own buffer.
-class OwnLines : OpenFile
+class ZOwnLines : ZOpenFile
 {
 public:
-    OwnLines(const char* pszPath, std::vector<char>& buffer)
-        : OpenFile(pszPath, buffer),
+    ZOwnLines(const char* pszPath, std::vector<char>& buffer)
+        : ZOpenFile(pszPath, buffer),
           m_reader([](uint64 nFile, char* pTarget, uint32 nSize)
                    { return static_cast<int>(read(static_cast<int>(nFile), pTarget, nSize)); },
                    static_cast<uint64>(fileno(m_pFile)), buffer.data(), static_cast<uint32>(buffer.size()))
@@ -294,11 +294,11 @@ private:
     ZLineReader m_reader;
 };
 
-class GetLine3 : OpenFile
+class ZGetLine3 : ZOpenFile
 {
 public:
-    using OpenFile::OpenFile;
-    ~GetLine3() { std::free(m_pLine); }
+    using ZOpenFile::ZOpenFile;
+    ~ZGetLine3() { std::free(m_pLine); }
     int64 Next()
     {
         const ssize_t nLength = getline(&m_pLine, &m_nSize, m_pFile);
@@ -310,10 +310,10 @@ private:
     size_t m_nSize = 0;
 };
 
-class FGets : OpenFile
+class ZFGets : ZOpenFile
 {
 public:
-    using OpenFile::OpenFile;
+    using ZOpenFile::ZOpenFile;
     int64 Next()
     {
         if (std::fgets(m_acLine, sizeof(m_acLine), m_pFile) == nullptr)
@@ -325,10 +325,10 @@ private:
     char m_acLine[kBuffer];
 };
 
-class StdGetLine
+class ZStdGetLine
 {
 public:
-    StdGetLine(const char* pszPath, std::vector<char>& buffer)
+    ZStdGetLine(const char* pszPath, std::vector<char>& buffer)
     {
         m_file.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
         m_file.open(pszPath);
@@ -343,15 +343,15 @@ private:
 
 int main(int argc, char** argv)
 {
-    RegisterGuid<OwnGuid>("ZGuid");
-    RegisterGuid<BoostGuid>("boost::uuid");
-    RegisterGuid<LibUuid>("libuuid");
+    RegisterGuid<SOwnGuid>("ZGuid");
+    RegisterGuid<SBoostGuid>("boost::uuid");
+    RegisterGuid<SLibUuid>("libuuid");
     RegisterAt("version", "version::FromString", ReadVersion<OwnVersion>, {2, 3, 4});
     RegisterAt("version", "sscanf", ReadVersion<ScanVersion>, {2, 3, 4});
     RegisterAt("version", "std::from_chars", ReadVersion<FromCharsVersion>, {2, 3, 4});
-    RegisterAt("lines, 10 MB", "ZLineReader", ReadLines<OwnLines>, {10, 40, 300});
-    RegisterAt("lines, 10 MB", "getline(3)", ReadLines<GetLine3>, {10, 40, 300});
-    RegisterAt("lines, 10 MB", "fgets", ReadLines<FGets>, {10, 40, 300});
-    RegisterAt("lines, 10 MB", "std::getline", ReadLines<StdGetLine>, {10, 40, 300});
+    RegisterAt("lines, 10 MB", "ZLineReader", ReadLines<ZOwnLines>, {10, 40, 300});
+    RegisterAt("lines, 10 MB", "getline(3)", ReadLines<ZGetLine3>, {10, 40, 300});
+    RegisterAt("lines, 10 MB", "fgets", ReadLines<ZFGets>, {10, 40, 300});
+    RegisterAt("lines, 10 MB", "std::getline", ReadLines<ZStdGetLine>, {10, 40, 300});
     return RunBenchmarks(argc, argv);
 }
