@@ -32,7 +32,7 @@ struct SName
 
 using Kinds = testing::Types<TArray<Logged>, TArray<LoggedCopy>, TMaxArray<Logged, 10>, TBlockArray<Logged>,
                              TList<Logged>, TSList<Logged>, TRedBlackTree<Logged>, TMultiSet<Logged>, TSet<Logged>,
-                             TMultiMap<Logged, Logged>, TMap<Logged, DefaultLogged>, TOpen<THashMap<Logged, Logged>>,
+                             TMultiMap<Logged, Logged>, TMap<Logged, SDefaultLogged>, TOpen<THashMap<Logged, Logged>>,
                              TOpen<TMultiHashMap<Logged, Logged>>, TOpen<THashSet<Logged>>>;
 
 std::vector<std::string> ReadLines(const std::string& file)

@@ -14,7 +14,7 @@ namespace
 ZMemoryManager& s_manager = *GetMemoryManager();
 
 // Owns the block at m_pOwned and knows of no other one.
-struct PageAllocator : IPageAllocator
+struct ZPageAllocator : IPageAllocator
 {
     IAllocator* FindAllocator(void* pMemory) override { return pMemory == m_pOwned ? &m_owner : nullptr; }
 
@@ -26,11 +26,10 @@ struct PageAllocator : IPageAllocator
 TEST(MemoryManager, EveryIdentityTakesAnAllocatorAndThenAnother)
 {
     ZMallocAllocator first, second;
-    IAllocator* const apAllocators[] = {&first, &second, nullptr};
     for (uint32 nIdentity = 0; nIdentity < ZMemoryManager::kIdentities; ++nIdentity)
     {
         EXPECT_EQ(nullptr, s_manager.GetAllocator(nIdentity));
-        for (IAllocator* pAllocator : apAllocators)
+        for (IAllocator* pAllocator : std::initializer_list<IAllocator*>{&first, &second, nullptr})
         {
             s_manager.InstallAllocator(nIdentity, pAllocator);
             EXPECT_EQ(pAllocator, s_manager.GetAllocator(nIdentity));
@@ -77,7 +76,7 @@ TEST_F(JournalTest, BlocksGoBackToTheirOwner)
     s_manager.Free(s_manager.Allocate(100, 256));
     s_manager.Free(nullptr);
 
-    PageAllocator pages;
+    ZPageAllocator pages;
     s_manager.InstallPageAllocator(&pages);
     s_manager.Free(pages.m_pOwned);
     pages.m_pOwned = nullptr;
@@ -93,12 +92,12 @@ TEST_F(JournalTest, BlocksGoBackToTheirOwner)
 
 TEST_F(JournalTest, NewExpressionReleasesWhenTheConstructorThrows)
 {
-    struct Thrower
+    struct SThrower
     {
-        Thrower() { throw 1; }
+        SThrower() { throw 1; }
     };
-    EXPECT_THROW(new (*GetNormalAllocator()) Thrower, int);
-    EXPECT_THROW(new (*GetNormalAllocator()) Thrower[2], int);
+    EXPECT_THROW(new (*GetNormalAllocator()) SThrower, int);
+    EXPECT_THROW(new (*GetNormalAllocator()) SThrower[2], int);
     EXPECT_EQ((Journal{"alloc 1/16", "free 1", "alloc 2/16", "free 2"}), TakeJournal());
 }
 
@@ -128,8 +127,7 @@ TEST(MallocAllocator, HonoursEveryAlignment)
 TEST(MemAllocatorScope, NestsAndLeavesTheProgramsOwnAllocatorInPlace)
 {
     ZMallocAllocator own;
-    IAllocator* const apOwn[] = {nullptr, &own};
-    for (IAllocator* pOwn : apOwn)
+    for (IAllocator* pOwn : std::initializer_list<IAllocator*>{nullptr, &own})
     {
         s_manager.InstallAllocator(ALLOCATOR_NORMAL, pOwn);
         {

@@ -35,9 +35,9 @@ inline uint32 HashKey(const Logged& key)
 }
 
 // A value that TMap::operator[] can make.
-struct DefaultLogged : Logged
+struct SDefaultLogged : Logged
 {
-    DefaultLogged() : Logged(0) {}
+    SDefaultLogged() : Logged(0) {}
     using Logged::Logged;
 };
 
@@ -67,7 +67,7 @@ class TPlayer
     static constexpr bool kIsHashed = !kIsSequence && !kIsOrdered;
     static constexpr bool kHasIndex = kIsOrdered && requires(TContainer & c, const Logged& key) { c[key]; };
     using First = std::conditional_t<kIsSequence, Value, Logged>;
-    using Second = std::conditional_t<kHasIndex, DefaultLogged, First>;
+    using Second = std::conditional_t<kHasIndex, SDefaultLogged, First>;
 
 public:
     TPlayer()
