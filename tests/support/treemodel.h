@@ -40,6 +40,9 @@ public:
             OperateByPath(*pModel, path, key, below);
     }
 
+    const ZDynamicObject& Tree() const { return m_tree; }
+    const nlohmann::ordered_json& Document() const { return m_model; }
+
     // Whether the tree and a copy of it match the model, however they are read.
     bool Agrees() const
     {

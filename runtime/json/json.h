@@ -1,0 +1,144 @@
+// JSON in and out of dynamic objects.
+//
+//   ZDynamicObject settings;
+//   json::SError error;
+//   if (!json::Read(text, settings, &error))
+//       Report(error.ToString());
+//   settings.TrySetPath("window.width", 1920);
+//   ZString result;
+//   json::Write(settings, result, nullptr, {.m_nIndent = 2});
+//
+// - What is read is JSON as RFC 8259 has it, in UTF-8; a byte order mark at the start is skipped. Strings are stored as
+//   UTF-8, and "\u0000" is a character like any other.
+// - Numbers become float64, rounded to the nearest. A number beyond the range of float64 is an error.
+// - Properties keep the order of the text. If a key is repeated, the last value wins, at the place of the first, as
+// with
+//   ZDynamicObject::Set.
+// - Neither reading nor writing recurses, so text and tree may be nested to any depth.
+// - Nothing is written to the result unless the whole operation succeeds. A callback or stream has received what was
+//   written before the error.
+//
+// The functions may be called by any number of threads at the same time. The trees follow the rules of variants
+// (core/dynamic/variant.h).
+#pragma once
+
+#include "core/dynamic/dynamicobject.h"
+
+#include <iosfwd>
+#include <string_view>
+#include <type_traits>
+
+/// Marks the public interface of the module runtime.json.
+#if defined(KX_JSON_EXPORTS)
+#define KX_JSON_API KX_EXPORT
+#else
+#define KX_JSON_API KX_IMPORT
+#endif
+
+namespace json
+{
+/// What is wrong, and where.
+struct SError
+{
+    /// "line 2, column 12: A value is expected here."
+    KX_JSON_API ZString ToString() const;
+
+    const char* m_pszMessage = ""; ///< One sentence; it lives as long as the program.
+    uint64 m_nOffset = 0; ///< Reading: of the byte from the start of the text. Like the next two, 0 on writing.
+    uint64 m_nLine = 0;   ///< Counted from 1.
+    uint64 m_nColumn = 0; ///< Counted from 1, in characters.
+};
+
+struct SReadOptions
+{
+    bool m_bComments = false;        ///< Accepts // and /* */ where white space may be.
+    bool m_bTrailingCommas = false;  ///< Accepts a comma after the last element or property.
+    bool m_bUniqueKeys = false;      ///< Refuses a key that is repeated in its object.
+    bool m_bExactIntegers = false;   ///< Refuses an integer that a float64 cannot hold, instead of rounding it.
+    uint32 m_nMaxDepth = UINT32_MAX; ///< How many arrays and objects may be inside each other.
+};
+
+struct SWriteOptions
+{
+    /// Turns a value of a type that JSON has not into a string, number, bool or null; false if it cannot. Convert is
+    /// one.
+    using Converter = bool (*)(const ZVariant& value, ZDynamicObject& result);
+
+    uint32 m_nIndent = 0;             ///< The spaces of each level; 0 writes everything in one line.
+    bool m_bNullForNaN = false;       ///< Writes NaN and the infinities as null, instead of refusing them.
+    bool m_bReplaceBadText = false;   ///< Writes U+FFFD for each byte that is not UTF-8, instead of refusing it.
+    Converter m_pfnConvert = nullptr; ///< If null, such a value is refused.
+};
+
+/// A converter for values of the types T, which TDynamicValue stores as something that JSON has: &Convert<Version>.
+template <DynamicValue... T>
+bool Convert(const ZVariant& value, ZDynamicObject& result)
+{
+    const auto isStored = [&]<class TOne>(const TOne*)
+    {
+        const bool bThis = ZObjectRef::CanConvert(value.Type(), GetTypeID<TOne>());
+        if (bThis)
+            result = ZDynamicObject(*static_cast<const TOne*>(value.Data()));
+        return bThis;
+    };
+    return (isStored(static_cast<const T*>(nullptr)) || ...);
+}
+
+/// Reads one JSON value. On an error returns false, fills in *pError if there is one, and leaves result untouched.
+///
+/// The text must be shorter than 4 GB. While it is read, that takes about six times its size in memory at most.
+KX_JSON_API bool Read(std::string_view text, ZDynamicObject& result, SError* pError = nullptr,
+                      const SReadOptions& options = {});
+
+/// Writes the tree. On an error returns false, fills in *pError if there is one, and leaves result untouched.
+///
+/// A number is the shortest text that reads back as the same value, and an integer has no fraction. Refused are, unless
+/// an option says otherwise: NaN and infinities, strings and keys that are no UTF-8, values of types that JSON has not.
+KX_JSON_API bool Write(const ZDynamicObject& tree, ZString& result, SError* pError = nullptr,
+                       const SWriteOptions& options = {});
+
+/// Writes the tree to a stream, in pieces.
+KX_JSON_API bool Write(const ZDynamicObject& tree, std::ostream& stream, SError* pError = nullptr,
+                       const SWriteOptions& options = {});
+} // namespace json
+
+namespace kx::detail
+{
+template <class TSignature>
+class TCallback;
+
+/// Refers to the caller's function while a call lasts.
+template <class TResult, class... TArgs>
+class TCallback<TResult(TArgs...)>
+{
+public:
+    template <class TFunction>
+    TCallback(TFunction& function) requires(!std::is_same_v<std::remove_const_t<TFunction>, TCallback>)
+        : m_pFunction(const_cast<void*>(static_cast<const void*>(detail::PointerTo(function)))),
+          m_pfnCall([](void* pFunction, TArgs... args) -> TResult
+                    { return (*static_cast<TFunction*>(pFunction))(args...); })
+    {
+    }
+
+    TResult operator()(TArgs... args) const { return m_pfnCall(m_pFunction, args...); }
+
+private:
+    void* m_pFunction;
+    TResult (*m_pfnCall)(void* pFunction, TArgs... args);
+};
+
+KX_JSON_API bool WriteJson(const ZDynamicObject& tree, TCallback<bool(std::string_view)> onPiece, json::SError* pError,
+                           const json::SWriteOptions& options);
+} // namespace kx::detail
+
+namespace json
+{
+/// Writes the tree to bool onPiece(std::string_view), in pieces of a few kilobytes. If the function returns false,
+/// writing ends and the result is false.
+template <class TFunction>
+bool Write(const ZDynamicObject& tree, TFunction&& onPiece, SError* pError = nullptr,
+           const SWriteOptions& options = {}) requires std::is_invocable_r_v<bool, TFunction&, std::string_view>
+{
+    return kx::detail::WriteJson(tree, kx::detail::TCallback<bool(std::string_view)>(onPiece), pError, options);
+}
+} // namespace json

@@ -1,0 +1,254 @@
+// JSON in and out of dynamic objects.
+#include "runtime/json/json.h"
+
+#include "tests/support/breaks.h"
+#include "tests/support/modeltest.h"
+#include "tests/support/treemodel.h"
+#include "tests/support/usertypes.h"
+
+#include <fstream>
+#include <limits>
+#include <sstream>
+#include <string>
+#include <sys/resource.h>
+
+// Stored as text, which JSON has.
+template <>
+struct TDynamicValue<SVertex>
+{
+    static ZVariant Store(const SVertex& vertex)
+    {
+        return ZVariant(ZString::Format("{0} {1} {2}", vertex.m_fX, vertex.m_fY, vertex.m_fZ));
+    }
+};
+
+namespace
+{
+const ZMemAllocatorScope s_scope;
+
+std::string Written(const ZDynamicObject& tree, const json::SWriteOptions& options = {})
+{
+    ZString text = "untouched";
+    json::SError error;
+    const bool bWritten = json::Write(tree, text, &error, options);
+    return bWritten || !(text == "untouched") ? text.ToCString() : std::string("! ") + error.m_pszMessage;
+}
+
+std::string Decoded(std::string_view text)
+{
+    std::string decoded;
+    for (size_t i = 0; i < text.size(); ++i)
+    {
+        decoded +=
+            text[i] != '%' ? text[i] : static_cast<char>(std::stoi(std::string(text.substr(i + 1, 2)), nullptr, 16));
+        i += text[i] == '%' ? 2 : 0;
+    }
+    return decoded;
+}
+
+json::SReadOptions OptionsOf(const std::string& letters)
+{
+    const auto has = [&](char c) { return letters.find(c) != std::string::npos; };
+    json::SReadOptions options{has('c'), has('t'), has('u'), has('e')};
+    if (letters[0] <= '9' && letters[0] >= '0')
+        options.m_nMaxDepth = static_cast<uint32>(letters[0] - '0');
+    return options;
+}
+
+TEST(Json, ReadsAndRefusesByTheTable)
+{
+    std::ifstream file(KX_TEST_DATA "json.tsv");
+    std::string line;
+    int nRows = 0;
+    while (std::getline(file, line))
+    {
+        if (line.starts_with('#'))
+            continue;
+        const size_t nText = line.find('\t') + 1;
+        const size_t nResult = line.find('\t', nText) + 1;
+        const std::string text = Decoded(line.substr(nText, nResult - nText - 1));
+        const std::string expected = Decoded(line.substr(nResult));
+        SCOPED_TRACE(line);
+        ZDynamicObject tree("untouched");
+        json::SError error;
+        const bool bRead = json::Read(text, tree, &error, OptionsOf(line.substr(0, nText)));
+        EXPECT_EQ(bRead, !expected.starts_with('!')) << error.ToString();
+        ++nRows;
+        if (bRead)
+        {
+            EXPECT_EQ(Written(tree), expected);
+            continue;
+        }
+        EXPECT_EQ(tree, "untouched");
+        std::istringstream words(expected.substr(1));
+        uint64 nOffset = 0;
+        uint64 nLine = 0;
+        uint64 nColumn = 0;
+        words >> nOffset >> nLine >> nColumn >> std::ws;
+        std::string part;
+        std::getline(words, part);
+        EXPECT_EQ(error.m_nOffset, nOffset) << error.ToString();
+        EXPECT_EQ(error.m_nLine, nLine);
+        EXPECT_EQ(error.m_nColumn, nColumn);
+        EXPECT_NE(std::string(error.m_pszMessage).find(part), std::string::npos) << error.ToString();
+    }
+    EXPECT_GT(nRows, 60);
+}
+
+// Every text that differs from a sample in one byte, beside another parser.
+TEST(Json, AgreesWithAnotherParserOnNeighbours)
+{
+    const std::string sample = R"({"k":[-10.5e+3,true,null,"a\u00e4\\\ud83d\ude00)"
+                               "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"
+                               R"("],"":{}} )";
+    for (size_t i = 0; i < sample.size(); ++i)
+    {
+        for (size_t n = 0; n < 768; ++n)
+        {
+            if (n % 256 == 0)
+                continue; // the other parser takes NUL for the end
+            // Replaced, inserted, or cut after it.
+            const char c = static_cast<char>(n);
+            const std::string text =
+                n < 512 ? sample.substr(0, i) + c + sample.substr(i + n / 256) : sample.substr(0, i) + c;
+            const nlohmann::ordered_json model = nlohmann::ordered_json::parse(text, nullptr, false);
+            ZDynamicObject tree;
+            ASSERT_EQ(json::Read(text, tree), !model.is_discarded()) << text;
+            ZDynamicObject again;
+            ASSERT_TRUE(model.is_discarded() || (json::Read(model.dump(), again) && again == tree)) << text;
+        }
+    }
+}
+
+TEST(Json, ReadsBackWhatItWrites)
+{
+    ForEachSeed(100000,
+                [](const auto& below)
+                {
+                    ModelledTree modelled;
+                    for (uint64 i = below(12); i > 0; --i)
+                        modelled.Step(below);
+                    const ZDynamicObject& tree = modelled.Tree();
+                    const uint32 nIndent = static_cast<uint32>(below(5));
+                    const std::string text = Written(tree, {.m_nIndent = nIndent});
+                    ASSERT_EQ(text, modelled.Document().dump(nIndent == 0 ? -1 : static_cast<int>(nIndent)));
+                    ZDynamicObject read;
+                    ASSERT_TRUE(json::Read(text, read) && read.Validate() && read == tree) << text;
+                });
+}
+
+TEST(Json, NumbersAndStringsSurvive)
+{
+    ForEachSeed(20000,
+                [](const auto& below)
+                {
+                    const uint64 nBits = below(UINT64_MAX);
+                    float64 fNumber = 0;
+                    std::memcpy(&fNumber, &nBits, sizeof(fNumber));
+                    if (below(2) == 0)
+                        fNumber = static_cast<float64>(static_cast<int64>(nBits)) / 64;
+                    std::string chars;
+                    for (uint64 n = below(200); n > 0; --n)
+                        chars += static_cast<char>(below(10) == 0 ? below(128) : 'a' + below(26));
+                    const ZDynamicObject tree = ZDynamicObject::Array().PushBack(fNumber).PushBack(ZString(chars));
+                    ZDynamicObject read;
+                    const std::string text = Written(tree, {.m_bNullForNaN = true});
+                    ASSERT_TRUE(json::Read(text, read)) << text;
+                    ASSERT_TRUE(read == tree || !std::isfinite(fNumber)) << text;
+                    ASSERT_EQ(nlohmann::json::parse(text)[1].get<std::string>(), chars);
+                });
+}
+
+TEST(Json, HasNoLimitOfDepth)
+{
+    constexpr size_t kDepth = 1000000;
+    std::string text;
+    for (size_t i = 0; i < kDepth; ++i)
+        text += i % 2 == 0 ? "[" : "{\"key\":";
+    text += "1";
+    for (size_t i = kDepth; i-- > 0;)
+        text += i % 2 == 0 ? "]" : "}";
+    ZDynamicObject tree;
+    ASSERT_TRUE(json::Read(text, tree));
+    const ZDynamicObject copy = tree;
+    EXPECT_EQ(copy, tree);
+    EXPECT_EQ(Written(copy), text);
+    text.pop_back();
+    json::SError error;
+    EXPECT_FALSE(json::Read(text, tree, &error));
+    EXPECT_EQ(error.m_nOffset, text.size());
+}
+
+TEST(Json, WritesOrRefusesWhatItHasNoFormFor)
+{
+    const float64 fNaN = std::numeric_limits<float64>::quiet_NaN();
+    const float32 fInfinite = std::numeric_limits<float32>::infinity();
+    EXPECT_EQ(Written(fNaN), "! A number is infinite or NaN.");
+    EXPECT_EQ(Written(ZDynamicObject(ZVariant(fInfinite)), {.m_bNullForNaN = true}), "null");
+    const ZDynamicObject bad(ZString(std::string_view("a\xC3\x28\xFF")));
+    EXPECT_EQ(Written(bad), "! A string is not UTF-8.");
+    EXPECT_EQ(Written(bad, {.m_bReplaceBadText = true}), "\"a\xEF\xBF\xBD(\xEF\xBF\xBD\"");
+    EXPECT_EQ(Written(ZDynamicObject(ZVariant(INT64_MIN))), "-9223372036854775808");
+    EXPECT_EQ(Written(ZDynamicObject(ZVariant(UINT64_MAX))), "18446744073709551615");
+    EXPECT_EQ(Written(ZDynamicObject(ZVariant(0.1F))), "0.1");
+    const ZDynamicObject vertex = ZDynamicObject::Array().PushBack(ZVariant(SVertex{1, 2, 3}));
+    EXPECT_EQ(Written(vertex), "! A value has a type that JSON has not.");
+    EXPECT_EQ(Written(vertex, {.m_pfnConvert = &json::Convert<ZString, SVertex>}), "[\"1 2 3\"]");
+}
+
+TEST(Json, WritesInPieces)
+{
+    ZDynamicObject tree = ZDynamicObject::Array();
+    tree.PushBack(ZString(std::string(40000, '"')));
+    for (int i = 0; i < 1000; ++i)
+        tree.PushBack(ZDynamicObject::Object().Set("key", i))
+            .PushBack(ZString(std::string(static_cast<size_t>(i), '"')));
+    for (const uint32 nIndent : {0U, 3U, 30000U})
+    {
+        const ZDynamicObject part = nIndent < 4 ? tree : ZDynamicObject::Array().PushBack(1);
+        std::string text;
+        size_t nLongest = 0;
+        const auto append = [&](std::string_view piece)
+        {
+            text += piece;
+            nLongest = std::max(nLongest, piece.size());
+            return true;
+        };
+        ASSERT_TRUE(json::Write(part, append, nullptr, {.m_nIndent = nIndent}));
+        EXPECT_LE(nLongest, 16384U);
+        std::ostringstream stream;
+        ASSERT_TRUE(json::Write(part, stream, nullptr, {.m_nIndent = nIndent}));
+        EXPECT_TRUE(stream.str() == text && text == Written(part, {.m_nIndent = nIndent}));
+        ZDynamicObject read;
+        EXPECT_TRUE(json::Read(text, read) && read == part);
+    }
+    int nPieces = 0;
+    json::SError error;
+    EXPECT_FALSE(json::Write(
+        tree, [&](std::string_view) { return ++nPieces < 3; }, &error));
+    EXPECT_EQ(nPieces, 3);
+    EXPECT_EQ(error.ToString(), "The output was not taken.");
+    std::ostringstream full;
+    full.setstate(std::ios::badbit);
+    EXPECT_FALSE(json::Write(tree, full));
+}
+
+#if !defined(KX_TEST_SANITIZED)
+TEST(Json, RefusesWhatMemoryDoesNotSufficeFor)
+{
+    const auto read = []
+    {
+        const std::string text(100000000, ' ');
+        const rlimit limit{150000000, 150000000};
+        setrlimit(RLIMIT_AS, &limit);
+        ZDynamicObject tree("untouched");
+        json::SError error;
+        const bool bRead = json::Read(text, tree, &error);
+        std::_Exit(!bRead && tree == "untouched" && error.ToString() == "line 1, column 1: There is not enough memory."
+                       ? 0
+                       : 1);
+    };
+    EXPECT_EXIT(read(), testing::ExitedWithCode(0), "");
+}
+#endif
+} // namespace
