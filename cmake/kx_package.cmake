@@ -1,4 +1,4 @@
-# Installs everything except the two libraries: the headers, the package files for find_package(kxcore), the one for
+# Installs everything except the libraries: the headers, the package files for find_package(kxcore), the one for
 # pkg-config, and the debugger views. The headers keep their folders, so that includes read the same as in this project.
 include(CMakePackageConfigHelpers)
 
@@ -17,7 +17,8 @@ endforeach()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/kxcore)
-install(EXPORT kxcore FILE kxcoreConfig.cmake NAMESPACE kx:: DESTINATION ${package})
+install(EXPORT kxcore FILE kxcoreTargets.cmake NAMESPACE kx:: DESTINATION ${package})
+install(FILES ${CMAKE_CURRENT_LIST_DIR}/kxcoreConfig.cmake DESTINATION ${package})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/kxcoreConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/kxcoreConfigVersion.cmake DESTINATION ${package})
 

@@ -125,7 +125,7 @@ TEST(Json, ReadsBackWhatItWrites)
     ForEachSeed(100000,
                 [](const auto& below)
                 {
-                    ModelledTree modelled;
+                    ZModelledTree modelled;
                     for (uint64 i = below(12); i > 0; --i)
                         modelled.Step(below);
                     const ZDynamicObject& tree = modelled.Tree();
@@ -238,7 +238,8 @@ TEST(Json, RefusesWhatMemoryDoesNotSufficeFor)
 {
     const auto read = []
     {
-        const std::string text(100000000, ' ');
+        std::string text;
+        text.resize(100000000, ' ');
         const rlimit limit{150000000, 150000000};
         setrlimit(RLIMIT_AS, &limit);
         ZDynamicObject tree("untouched");

@@ -1,4 +1,5 @@
 // A program of a user of the library. Ends with 0 if what it links works, else with the number of what does not.
+#include "runtime/json/json.h"
 #include "runtime/resource/dynamicresourceid.h"
 #include "vertex.h"
 
@@ -26,5 +27,11 @@ int main()
     if (corner.Type() != GetTypeID<SVertex>() || corner.As<SVertex>() != SVertex{1, 2})
         return 4;
     const ZDynamicObject shape = ZDynamicObject::Object().Set("corner", corner);
-    return shape["corner"] == ZVariant(SVertex{1, 2}) ? 0 : 5;
+    if (!(shape["corner"] == ZVariant(SVertex{1, 2})))
+        return 5;
+
+    ZDynamicObject ship;
+    ZString text;
+    const bool bBack = json::Read("{\"crew\": 12}", ship) && json::Write(ship, text);
+    return bBack && text == "{\"crew\":12}" ? 0 : 6;
 }
