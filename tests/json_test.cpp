@@ -233,6 +233,44 @@ TEST(Json, WritesInPieces)
     EXPECT_FALSE(json::Write(tree, full));
 }
 
+TEST(Json, ReadsLineAfterLine)
+{
+    // Lines around the size of a block, blank ones, and a last one without an end.
+    std::string text;
+    TArray<ZDynamicObject> expected;
+    for (const size_t nSize : {1, 65000, 530, 0, 65534, 200000, 3})
+    {
+        expected.Add(ZString(std::string(nSize, 'x')));
+        text += Written(expected.End()[-1]) + "\n" + (nSize == 0 ? " \r\n\n" : "");
+    }
+    text.pop_back();
+    TArray<ZDynamicObject> values;
+    json::SProgress last;
+    const auto keep = [&](ZDynamicObject& value, const json::SProgress& progress)
+    {
+        values.Add(std::move(value));
+        last = progress;
+        return progress.m_nValues != 4;
+    };
+    json::SError error;
+    EXPECT_FALSE(json::ReadLines(text, keep, &error));
+    EXPECT_EQ(error.m_nOffset + 1, last.m_nBytes);
+    EXPECT_EQ(error.m_nLine, 4U);
+    // What was not taken is not lost; this source gives it byte by byte.
+    std::string_view rest = std::string_view(text).substr(last.m_nBytes);
+    const auto byte = [&](char* pBuffer, uint64)
+    {
+        const uint64 nSize = rest.copy(pBuffer, 1);
+        rest.remove_prefix(nSize);
+        return nSize;
+    };
+    EXPECT_TRUE(json::ReadLines(byte, keep, &error)) << error.ToString();
+    EXPECT_TRUE(values == expected);
+    EXPECT_FALSE(json::ReadLines("1\n\n [2,\n", keep, &error));
+    EXPECT_EQ(error.ToString(), "line 3, column 5: A value is expected here.");
+    EXPECT_EQ(error.m_nOffset, 7U);
+}
+
 #if !defined(KX_TEST_SANITIZED)
 TEST(Json, RefusesWhatMemoryDoesNotSufficeFor)
 {

@@ -58,6 +58,13 @@ struct SReadOptions
     uint32 m_nMaxDepth = UINT32_MAX; ///< How many arrays and objects may be inside each other.
 };
 
+/// How far ReadLines has come.
+struct SProgress
+{
+    uint64 m_nValues = 0; ///< With the one that the function is called for.
+    uint64 m_nBytes = 0;  ///< Of the whole text, up to the end of the line of that value. Reading can go on from there.
+};
+
 struct SWriteOptions
 {
     /// Turns a value of a type that JSON has not into a string, number, bool or null; false if it cannot. Convert is
@@ -127,18 +134,48 @@ private:
     TResult (*m_pfnCall)(void* pFunction, TArgs... args);
 };
 
+KX_JSON_API bool ReadJsonLines(TCallback<uint64(char*, uint64)> source,
+                               TCallback<bool(ZDynamicObject&, const json::SProgress&)> onValue, json::SError* pError,
+                               const json::SReadOptions& options);
 KX_JSON_API bool WriteJson(const ZDynamicObject& tree, TCallback<bool(std::string_view)> onPiece, json::SError* pError,
                            const json::SWriteOptions& options);
 } // namespace kx::detail
 
 namespace json
 {
+/// Reads a text that has one JSON value in each line, and calls bool onValue(ZDynamicObject&, const SProgress&) for
+/// each of them. The value is the function's to keep. Blank lines are skipped. One line at a time is in memory, so the
+/// whole may be larger than memory.
+///
+/// The text comes from uint64 source(char* pBuffer, uint64 nSize), which fills in the next bytes and returns their
+/// number, 0 at the end. If onValue returns false, reading ends and the result is false. A wrong line ends it, too; the
+/// values of the lines before it have been handed over. The error is placed in the whole text.
+template <class TSource, class TFunction>
+bool ReadLines(TSource&& source, TFunction&& onValue, SError* pError = nullptr,
+               const SReadOptions& options = {}) requires std::is_invocable_r_v<uint64, TSource&, char*, uint64>
+{
+    return kx::detail::ReadJsonLines(source, onValue, pError, options);
+}
+
+/// Reads a text that is in memory, or mapped to it.
+template <class TFunction>
+bool ReadLines(std::string_view text, TFunction&& onValue, SError* pError = nullptr, const SReadOptions& options = {})
+{
+    const auto source = [&](char* pBuffer, uint64 nSize)
+    {
+        const uint64 nCopied = text.copy(pBuffer, nSize);
+        text.remove_prefix(nCopied);
+        return nCopied;
+    };
+    return ReadLines(source, onValue, pError, options);
+}
+
 /// Writes the tree to bool onPiece(std::string_view), in pieces of a few kilobytes. If the function returns false,
 /// writing ends and the result is false.
 template <class TFunction>
 bool Write(const ZDynamicObject& tree, TFunction&& onPiece, SError* pError = nullptr,
            const SWriteOptions& options = {}) requires std::is_invocable_r_v<bool, TFunction&, std::string_view>
 {
-    return kx::detail::WriteJson(tree, kx::detail::TCallback<bool(std::string_view)>(onPiece), pError, options);
+    return kx::detail::WriteJson(tree, onPiece, pError, options);
 }
 } // namespace json
