@@ -233,6 +233,61 @@ TEST(Json, WritesInPieces)
     EXPECT_FALSE(json::Write(tree, full));
 }
 
+// The examples of RFC 6901 and RFC 7396.
+TEST(Json, FindsAndMerges)
+{
+    const auto read = [](std::string_view text)
+    {
+        ZDynamicObject tree;
+        EXPECT_TRUE(json::Read(text, tree)) << text;
+        return tree;
+    };
+    const ZDynamicObject tree =
+        read(R"({"foo":["bar","baz"],"":0,"a/b":1,"c%d":2,"i\\j":5,"k\"l":6," ":7,"m~n":8,"x.y":{"z":9}})");
+    const std::pair<const char*, const char*> aFound[] = {{"/foo", "[\"bar\",\"baz\"]"},
+                                                          {"/foo/1", "\"baz\""},
+                                                          {"/", "0"},
+                                                          {"/a~1b", "1"},
+                                                          {"/c%d", "2"},
+                                                          {"/i\\j", "5"},
+                                                          {"/k\"l", "6"},
+                                                          {"/ ", "7"},
+                                                          {"/m~0n", "8"},
+                                                          {"/x.y/z", "9"}};
+    for (const auto& [pszPointer, pszFound] : aFound)
+    {
+        const ZDynamicObject* pFound = json::Find(tree, pszPointer);
+        EXPECT_EQ(pFound != nullptr ? Written(*pFound) : "nothing", pszFound) << pszPointer;
+    }
+    EXPECT_EQ(json::Find(tree, ""), &tree);
+    for (const char* pszPointer : {"foo", "/foo/2", "/foo/-", "/foo/01", "/foo/", "/foo/18446744073709551616", "/m~2n",
+                                   "/m~", "/bar", "/ /0", "/foo/0/0"})
+        EXPECT_EQ(json::Find(tree, pszPointer), nullptr) << pszPointer;
+
+    const char* const aaMerges[][3] = {
+        {R"({"a":"b"})", R"({"a":"c"})", R"({"a":"c"})"},
+        {R"({"a":"b","b":"c"})", R"({"a":null})", R"({"b":"c"})"},
+        {R"({"a":["b"]})", R"({"a":"c"})", R"({"a":"c"})"},
+        {R"({"a":{"b":"c"}})", R"({"a":{"b":"d","c":null},"e":{"f":{}}})", R"({"a":{"b":"d"},"e":{"f":{}}})"},
+        {R"(["a","b"])", R"(["c","d"])", R"(["c","d"])"},
+        {R"({"a":"foo"})", "null", "null"},
+        {R"({"e":null})", R"({"a":1})", R"({"e":null,"a":1})"},
+        {R"([1,2])", R"({"a":"b","c":null})", R"({"a":"b"})"},
+        {"{}", R"({"a":{"bb":{"ccc":null}}})", R"({"a":{"bb":{}}})"}};
+    for (const auto& [pszTarget, pszPatch, pszResult] : aaMerges)
+    {
+        ZDynamicObject target = read(pszTarget);
+        json::MergePatch(target, read(pszPatch));
+        EXPECT_EQ(Written(target), pszResult);
+    }
+    ZDynamicObject own = read(R"({"a":{"b":{"a":null,"d":1}}})");
+    json::MergePatch(own, own["a"]["b"]);
+    EXPECT_EQ(Written(own), R"({"d":1})");
+    std::ostringstream stream;
+    stream << read("[1]");
+    EXPECT_EQ(stream.str(), "[\n  1\n]");
+}
+
 TEST(Json, ReadsLineAfterLine)
 {
     // Lines around the size of a block, blank ones, and a last one without an end.

@@ -24,6 +24,7 @@
 
 #include "core/dynamic/dynamicobject.h"
 
+#include <concepts>
 #include <iosfwd>
 #include <string_view>
 #include <type_traits>
@@ -107,7 +108,29 @@ KX_JSON_API bool Write(const ZDynamicObject& tree, ZString& result, SError* pErr
 /// Writes the tree to a stream, in pieces.
 KX_JSON_API bool Write(const ZDynamicObject& tree, std::ostream& stream, SError* pError = nullptr,
                        const SWriteOptions& options = {});
+/// The part of a tree that a JSON Pointer (RFC 6901) leads to, null if it leads nowhere or is none.
+///
+/// "" is the tree itself, "/hold/0" the first element of the property "hold". In a step "~1" is "/" and "~0" is "~", so
+/// every key can be reached, also one with a dot.
+KX_JSON_API const ZDynamicObject* Find(const ZDynamicObject& tree, std::string_view pointer);
+inline ZDynamicObject* Find(ZDynamicObject& tree, std::string_view pointer)
+{
+    return const_cast<ZDynamicObject*>(Find(std::as_const(tree), pointer));
+}
+
+/// Applies a merge patch (RFC 7396): properties of the patch replace those of the target, null removes one, and objects
+/// are merged property by property. Any other patch replaces the target.
+KX_JSON_API void MergePatch(ZDynamicObject& target, const ZDynamicObject& patch);
 } // namespace json
+
+/// Writes the tree as JSON for people to read: NaN is null, and U+FFFD replaces what is not UTF-8. A template, so that
+/// it does not write whatever a tree can be made of.
+template <std::same_as<ZDynamicObject> T>
+std::ostream& operator<<(std::ostream& stream, const T& tree)
+{
+    json::Write(tree, stream, nullptr, {.m_nIndent = 2, .m_bNullForNaN = true, .m_bReplaceBadText = true});
+    return stream;
+}
 
 namespace kx::detail
 {
