@@ -24,7 +24,10 @@ struct TDynamicValue<SVertex>
 
 namespace
 {
-const ZMemAllocatorScope s_scope;
+class Json : public testing::Test
+{
+    const ZMemAllocatorScope m_scope;
+};
 
 std::string Written(const ZDynamicObject& tree, const json::SWriteOptions& options = {})
 {
@@ -55,7 +58,7 @@ json::SReadOptions OptionsOf(const std::string& letters)
     return options;
 }
 
-TEST(Json, ReadsAndRefusesByTheTable)
+TEST_F(Json, ReadsAndRefusesByTheTable)
 {
     std::ifstream file(KX_TEST_DATA "json.tsv");
     std::string line;
@@ -96,7 +99,7 @@ TEST(Json, ReadsAndRefusesByTheTable)
 }
 
 // Every text that differs from a sample in one byte, beside another parser.
-TEST(Json, AgreesWithAnotherParserOnNeighbours)
+TEST_F(Json, AgreesWithAnotherParserOnNeighbours)
 {
     const std::string sample = R"({"k":[-10.5e+3,true,null,"a\u00e4\\\ud83d\ude00)"
                                "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"
@@ -120,7 +123,7 @@ TEST(Json, AgreesWithAnotherParserOnNeighbours)
     }
 }
 
-TEST(Json, ReadsBackWhatItWrites)
+TEST_F(Json, ReadsBackWhatItWrites)
 {
     ForEachSeed(100000,
                 [](const auto& below)
@@ -137,7 +140,7 @@ TEST(Json, ReadsBackWhatItWrites)
                 });
 }
 
-TEST(Json, NumbersAndStringsSurvive)
+TEST_F(Json, NumbersAndStringsSurvive)
 {
     ForEachSeed(20000,
                 [](const auto& below)
@@ -159,7 +162,7 @@ TEST(Json, NumbersAndStringsSurvive)
                 });
 }
 
-TEST(Json, HasNoLimitOfDepth)
+TEST_F(Json, HasNoLimitOfDepth)
 {
     constexpr size_t kDepth = 1000000;
     std::string text;
@@ -179,7 +182,7 @@ TEST(Json, HasNoLimitOfDepth)
     EXPECT_EQ(error.m_nOffset, text.size());
 }
 
-TEST(Json, WritesOrRefusesWhatItHasNoFormFor)
+TEST_F(Json, WritesOrRefusesWhatItHasNoFormFor)
 {
     const float64 fNaN = std::numeric_limits<float64>::quiet_NaN();
     const float32 fInfinite = std::numeric_limits<float32>::infinity();
@@ -196,7 +199,7 @@ TEST(Json, WritesOrRefusesWhatItHasNoFormFor)
     EXPECT_EQ(Written(vertex, {.m_pfnConvert = &json::Convert<ZString, SVertex>}), "[\"1 2 3\"]");
 }
 
-TEST(Json, WritesInPieces)
+TEST_F(Json, WritesInPieces)
 {
     ZDynamicObject tree = ZDynamicObject::Array();
     tree.PushBack(ZString(std::string(40000, '"')));
@@ -234,7 +237,7 @@ TEST(Json, WritesInPieces)
 }
 
 // The examples of RFC 6901 and RFC 7396.
-TEST(Json, FindsAndMerges)
+TEST_F(Json, FindsAndMerges)
 {
     const auto read = [](std::string_view text)
     {
@@ -288,7 +291,7 @@ TEST(Json, FindsAndMerges)
     EXPECT_EQ(stream.str(), "[\n  1\n]");
 }
 
-TEST(Json, ReadsLineAfterLine)
+TEST_F(Json, ReadsLineAfterLine)
 {
     // Lines around the size of a block, blank ones, and a last one without an end.
     std::string text;
@@ -327,7 +330,7 @@ TEST(Json, ReadsLineAfterLine)
 }
 
 #if !defined(KX_TEST_SANITIZED)
-TEST(Json, RefusesWhatMemoryDoesNotSufficeFor)
+TEST_F(Json, RefusesWhatMemoryDoesNotSufficeFor)
 {
     const auto read = []
     {
