@@ -3,8 +3,8 @@
 #include "core/dynamic/tree.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
-#include <cstring>
 
 namespace
 {
@@ -49,12 +49,9 @@ void MakeRoom(TArray<T>& array)
 // they are moved without a look at each.
 void MoveToEnd(TArray<SDynamicObjectKeyValuePair>& properties, SDynamicObjectKeyValuePair* pProperty)
 {
-    std::byte aProperty[sizeof(SDynamicObjectKeyValuePair)];
-    SDynamicObjectKeyValuePair* const pLast = properties.End() - 1;
-    std::memcpy(aProperty, static_cast<void*>(pProperty), sizeof(aProperty));
-    std::memmove(static_cast<void*>(pProperty), pProperty + 1,
-                 kx::detail::AddressOf(pLast) - kx::detail::AddressOf(pProperty));
-    std::memcpy(static_cast<void*>(pLast), aProperty, sizeof(aProperty));
+    using Bytes = std::array<std::byte, sizeof(SDynamicObjectKeyValuePair)>;
+    Bytes* const pBytes = reinterpret_cast<Bytes*>(pProperty);
+    std::rotate(pBytes, pBytes + 1, reinterpret_cast<Bytes*>(properties.End()));
 }
 } // namespace
 

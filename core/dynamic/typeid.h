@@ -24,7 +24,6 @@
 
 #include <string_view>
 #include <type_traits>
-#include <typeinfo>
 
 // What a module says of a type. Constant data, but for the three fields that the merge works with.
 struct STypeIDData
@@ -96,16 +95,18 @@ struct TTypeSlot
                   "core/dynamic/typeregistry.h there");
 };
 
-// The slot of a type. A specialisation and not a template's own static, because GCC 12 leaves such a one out of the
-// section; hidden, because across modules the slots must not become one.
+// The slot of a type. KxTypeName only lends its symbol to KX_TYPE_NAME. A specialisation and not a template's own
+// static, because GCC 12 leaves such a one out of the section; hidden, because across modules the slots must not become
+// one.
 #define KX_TYPE_SLOT(kind, ...)                                                                                        \
+    KX_LOCAL inline void KxTypeName(std::add_pointer_t<__VA_ARGS__>) {}                                                \
     template <>                                                                                                        \
     struct KX_LOCAL TTypeSlot<__VA_ARGS__>                                                                             \
     {                                                                                                                  \
         static_assert(!kx::detail::IsInUnnamedNamespace<__VA_ARGS__>(),                                                \
                       "a type in an unnamed namespace cannot have an identity: types of the same name in other "       \
                       "sources would be taken for it. Put it into a named namespace");                                 \
-        static const char* Name() { return typeid(std::add_pointer_t<__VA_ARGS__>).name(); }                           \
+        KX_TYPE_NAME(Name, KxTypeName, std::add_pointer_t<__VA_ARGS__>)                                                \
         inline static STypeIDData ms_data = {static_cast<uint32>(kx::detail::ETypeKind::kind) << 16, nullptr, nullptr, \
                                              &Name, nullptr};                                                          \
         KX_GATHERED_WORD(kxtype, STypeIDData*, ms_pSlot, Slot, &ms_data);                                              \

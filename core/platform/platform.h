@@ -145,6 +145,38 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 #define KX_AT_UNLOAD __attribute__((destructor(101)))
 #endif
 
+// KX_TYPE_NAME(function, symbol, type), in a class: a static function that returns what typeid(type).name() returns.
+// Also where there is no RTTI: the name is the end of the symbol of a function void symbol(type) that the assembler is
+// asked for, after the length and the name of that function. So modules with and without RTTI agree.
+#if defined(__GXX_RTTI) || defined(__cpp_rtti) || defined(_CPPRTTI)
+#include <typeinfo>
+#define KX_TYPE_NAME(function, symbol, ...)                                                                            \
+    static const char* function()                                                                                      \
+    {                                                                                                                  \
+        return typeid(__VA_ARGS__).name();                                                                             \
+    }
+#elif defined(__ELF__)
+#define KX_TYPE_NAME(function, symbol, ...)                                                                            \
+    static const char ms_ac##symbol[];                                                                                 \
+    static const char* function()                                                                                      \
+    {                                                                                                                  \
+        static_assert(sizeof(#symbol) == 11, "the symbol begins with _Z10 and the name");                              \
+        asm(".ifndef %c0\n\t"                                                                                          \
+            ".pushsection .rodata.%c0,\"aG\",%%progbits,%c0,comdat\n\t"                                                \
+            ".weak %c0\n\t"                                                                                            \
+            ".hidden %c0\n\t"                                                                                          \
+            ".type %c0, %%object\n"                                                                                    \
+            "%c0:\n\t"                                                                                                 \
+            ".string \"%c1\"\n\t"                                                                                      \
+            ".size %c0, .-%c0\n\t"                                                                                     \
+            ".popsection\n\t"                                                                                          \
+            ".endif"                                                                                                   \
+            :                                                                                                          \
+            : "i"(&ms_ac##symbol), "i"(static_cast<void (*)(__VA_ARGS__)>(&symbol)));                                  \
+        return ms_ac##symbol + sizeof("_Z10" #symbol) - 1;                                                             \
+    }
+#endif
+
 namespace kx::detail
 {
 // Stops at the processor's breakpoint instruction unless bCondition holds. Without a debugger the process ends
