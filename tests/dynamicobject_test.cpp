@@ -33,7 +33,7 @@ TEST(DynamicObjectSize, AnyDepth)
     const auto deep = [](int nInnermost)
     {
         ZDynamicObject tree(nInnermost);
-        for (int i = 0; i < 500000; ++i)
+        for (int i = 0; i < 200000; ++i)
             tree = i % 3 == 1 ? ZDynamicObject::Array().PushBack(std::move(tree))
                               : ZDynamicObject::Object().Set("child", std::move(tree));
         return tree;
@@ -47,7 +47,7 @@ TEST(DynamicObjectSize, AnyDepth)
     // Variants that hold dynamic objects as such, one in the other.
     ZDynamicObject boxes;
     ZDynamicObject* pInnermost = &boxes;
-    for (int i = 0; i < 500000; ++i, pInnermost = pInnermost->As<ZDynamicObject>())
+    for (int i = 0; i < 200000; ++i, pInnermost = pInnermost->As<ZDynamicObject>())
         pInnermost->Set(GetTypeID<ZDynamicObject>(), std::array{ZDynamicObject()}.data());
     *pInnermost = ZDynamicObject(1);
     const ZDynamicObject copy = boxes;

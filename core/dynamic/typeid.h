@@ -11,7 +11,7 @@
 //
 // Each module that names T has a slot of its own, one word, which at first points at the module's record of T. When the
 // module starts, before any of its other initialisers, its slots are overwritten with the identities: a record tells by
-// its text which one it means. From then on a type test is one load of a slot and one comparison, and values may cross
+// its name which one it means. From then on a type test is one load of a slot and one comparison, and values may cross
 // from module to module.
 //
 // The standard types that variants know have their slots declared here. A type of your own takes one line beside its
@@ -19,13 +19,13 @@
 #pragma once
 
 #include "core/dynamic/forward.h"
-#include "core/platform/platform.h"
+#include "core/platform/gather.h"
 #include "core/strings/string.h"
 
 #include <string_view>
 #include <type_traits>
 
-// What a module says of a type. Constant data, but for the three fields that the merge works with.
+/// What a module says of a type. Constant data, but for the three fields that the merge works with.
 struct STypeIDData
 {
     uint32 m_nKind;             // in the high 16 bits: the number of a built-in type, else 0; the low 16 are zero
@@ -39,9 +39,9 @@ static_assert(sizeof(STypeIDData) == 40 && offsetof(STypeIDData, m_pTypeID) == 1
                   && offsetof(STypeIDData, m_pfnName) == 24,
               "modules that were built apart share this layout");
 
-// Merges the slots of a module, [ppFirst, ppLast): each gets the identity of the type that its record names, a new one
-// where no module has named the type before. Null words are skipped, and a slot that is merged already stays. Done for
-// every module when it starts; nobody else need call it. Identities live to the end of the process.
+/// Merges the slots of a module, [ppFirst, ppLast). Each gets the identity of the type that its record names, a new one
+/// if no module has named the type before. Null words are skipped, and a slot that is merged already stays as it is.
+/// Every module does this when it starts; nobody else need call it. Identities live to the end of the process.
 KX_API void SharedInitTypeIDs(STypeIDData** ppFirst, STypeIDData** ppLast);
 
 namespace kx::detail
@@ -82,7 +82,7 @@ KX_API void FillTypeRecords(STypeEntry** ppFirst, STypeEntry** ppLast);
 KX_API void WithdrawTypeRecords(STypeEntry** ppFirst, STypeEntry** ppLast);
 } // namespace kx::detail
 
-// A module's slot of T and the record behind it. Specialised by KX_TYPE_SLOT.
+// A module's slot of T and the record it points at first. Specialised by KX_TYPE_SLOT.
 template <class T>
 struct TTypeSlot
 {
@@ -125,9 +125,8 @@ KX_TYPE_SLOT(Float64, float64);
 KX_TYPE_SLOT(Boolean, bool);
 KX_TYPE_SLOT(Text, ZString);
 
-// The identity of T: reads this module's slot, each time: it is written by another module, so the compiler must not
-// take what it sees in here for the value. Not to be called before the module has started, which is before its first
-// initialiser.
+/// Returns the identity of T. Reads this module's slot on every call, because another module writes it. Not to be
+/// called before the module has started, which is before its first initialiser.
 //
 // A library starts before the program that it is linked to. KX_LOCAL here, and on what calls this, keeps a library
 // whose inline functions are visible to others from being given those of the program, whose slots are not merged by

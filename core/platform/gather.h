@@ -1,0 +1,100 @@
+// What type identity needs of the object format: words of a module in one range, code that runs when a module is
+// unloaded, and the names of types.
+#pragma once
+
+#include "core/platform/platform.h"
+
+// Words that any source of a module may contribute to, and that the linker gathers into one range: a section whose name
+// is a C identifier gets two boundary symbols. KX_GATHERED_WORD(section, type, name, function, pValue), in a class,
+// declares such a word and the function that returns its address; all users of the word go through the function.
+// KX_GATHERED_ALWAYS before it has the word gathered even if nothing uses it. Each word is at a multiple of 16, so
+// there are null words between them, and a walk skips these. KX_GATHERED(type, section) declares the range, whose ends
+// are KX_GATHER_BEGIN(section) and KX_GATHER_END(section): the module's own, and both null in a module that has no such
+// word.
+//
+// KX_AT_UNLOAD has a function called when its module is unloaded, after the destructors of the module's objects, and
+// also when the process ends, after the handlers of std::atexit.
+//
+// Each word is volatile, since the module that writes it is another one. For each, the linker keeps one of the copies
+// that the sources have, and keeps it even if it drops what no code refers to. GCC 12 puts all variables of a section
+// into one group, so that two sources with different ones clash, and cannot ask for the second; there a function that
+// is compiled wherever the word is used, and never called, has the assembler define it. An empty instruction refers to
+// that function.
+#if defined(__ELF__)
+#if defined(__clang__)
+// NOLINTBEGIN(bugprone-macro-parentheses): a type and a name cannot be in parentheses.
+#define KX_GATHERED_WORD(section_name, type, name, function, pValue)                                                   \
+    KX_GATHERED_VARIABLE(section_name) inline static type name = pValue;                                               \
+    static type volatile* function()                                                                                   \
+    {                                                                                                                  \
+        return &name;                                                                                                  \
+    }                                                                                                                  \
+    static_assert(true)
+// NOLINTEND(bugprone-macro-parentheses)
+#define KX_GATHERED_VARIABLE(section_name) __attribute__((section(#section_name), aligned(16), retain))
+#else
+#define KX_GATHERED_WORD(section_name, type, name, function, pValue)                                                   \
+    static void function##Definition()                                                                                 \
+    {                                                                                                                  \
+        asm(".ifndef %c0\n\t"                                                                                          \
+            ".pushsection " #section_name ",\"awGR\",%%progbits,%c0,comdat\n\t"                                        \
+            ".weak %c0\n\t"                                                                                            \
+            ".hidden %c0\n\t"                                                                                          \
+            ".type %c0, %%object\n\t"                                                                                  \
+            ".size %c0, 8\n\t"                                                                                         \
+            ".balign 16\n"                                                                                             \
+            "%c0:\n\t"                                                                                                 \
+            ".quad %c1\n\t"                                                                                            \
+            ".balign 16\n\t"                                                                                           \
+            ".popsection\n\t"                                                                                          \
+            ".endif"                                                                                                   \
+            :                                                                                                          \
+            : "i"(&name), "i"(pValue));                                                                                \
+    }                                                                                                                  \
+    static type volatile* function()                                                                                   \
+    {                                                                                                                  \
+        asm inline("" : : "i"(&function##Definition));                                                                 \
+        return &name;                                                                                                  \
+    }                                                                                                                  \
+    static type name
+#endif
+#define KX_GATHERED_ALWAYS __attribute__((used))
+#define KX_GATHERED(type, section_name)                                                                                \
+    extern "C" KX_LOCAL __attribute__((weak)) type __start_##section_name[];                                           \
+    extern "C" KX_LOCAL __attribute__((weak)) type __stop_##section_name[]
+#define KX_GATHER_BEGIN(section_name) __start_##section_name
+#define KX_GATHER_END(section_name) __stop_##section_name
+#define KX_AT_UNLOAD __attribute__((destructor(101)))
+#endif
+
+// KX_TYPE_NAME(function, symbol, type), in a class: a static function that returns what typeid(type).name() returns.
+// Also where there is no RTTI: the name is the end of the symbol of a function void symbol(type) that the assembler is
+// asked for, after the length and the name of that function. So modules with and without RTTI agree.
+#if defined(__GXX_RTTI) || defined(__cpp_rtti) || defined(_CPPRTTI)
+#include <typeinfo>
+#define KX_TYPE_NAME(function, symbol, ...)                                                                            \
+    static const char* function()                                                                                      \
+    {                                                                                                                  \
+        return typeid(__VA_ARGS__).name();                                                                             \
+    }
+#elif defined(__ELF__)
+#define KX_TYPE_NAME(function, symbol, ...)                                                                            \
+    static const char ms_ac##symbol[];                                                                                 \
+    static const char* function()                                                                                      \
+    {                                                                                                                  \
+        static_assert(sizeof(#symbol) == 11, "the symbol begins with _Z10 and the name");                              \
+        asm(".ifndef %c0\n\t"                                                                                          \
+            ".pushsection .rodata.%c0,\"aG\",%%progbits,%c0,comdat\n\t"                                                \
+            ".weak %c0\n\t"                                                                                            \
+            ".hidden %c0\n\t"                                                                                          \
+            ".type %c0, %%object\n"                                                                                    \
+            "%c0:\n\t"                                                                                                 \
+            ".string \"%c1\"\n\t"                                                                                      \
+            ".size %c0, .-%c0\n\t"                                                                                     \
+            ".popsection\n\t"                                                                                          \
+            ".endif"                                                                                                   \
+            :                                                                                                          \
+            : "i"(&ms_ac##symbol), "i"(static_cast<void (*)(__VA_ARGS__)>(&symbol)));                                  \
+        return ms_ac##symbol + sizeof("_Z10" #symbol) - 1;                                                             \
+    }
+#endif
