@@ -85,7 +85,7 @@ TEST_F(OrderedTest, BreaksOnAViolatedPrecondition)
     TSet<Lawless> lawless{{&nCalls}};
     EXPECT_BREAK(empty.Erase(empty.End()));
     EXPECT_BREAK(static_cast<void>(std::as_const(map)[3]));
-    EXPECT_BREAK(lawless.Find({&nCalls}));
+    EXPECT_BREAK(static_cast<void>(lawless.Find({&nCalls})));
     EXPECT_BREAK(static_cast<void>(map.GetEnumerator().Current()));
 
     BreakCounter breaks;

@@ -118,36 +118,36 @@ public:
 
     /// Return the number of elements, the capacity in elements, and whether there are no elements.
     /// Beyond 2^32 - 1 elements, the two numbers are truncated to their low 32 bits; everything else keeps working.
-    uint32 Size() const { return static_cast<uint32>(Distance(m_pBegin, m_pEnd)); }
-    uint32 Capacity() const { return static_cast<uint32>(Distance(m_pBegin, m_pCapacityEnd)); }
-    bool IsEmpty() const { return m_pBegin == m_pEnd; }
+    [[nodiscard]] uint32 Size() const { return static_cast<uint32>(Distance(m_pBegin, m_pEnd)); }
+    [[nodiscard]] uint32 Capacity() const { return static_cast<uint32>(Distance(m_pBegin, m_pCapacityEnd)); }
+    [[nodiscard]] bool IsEmpty() const { return m_pBegin == m_pEnd; }
 
     /// Returns element nIndex; triggers the debug break past the end.
     /// The index is 64 bits wide, so that negative or wrapped indices fail the check instead of being truncated.
-    T& operator[](uint64 nIndex)
+    [[nodiscard]] T& operator[](uint64 nIndex) KX_LIFETIMEBOUND
     {
         kx::detail::BreakUnless(nIndex < Distance(m_pBegin, m_pEnd));
         return m_pBegin[nIndex];
     }
-    const T& operator[](uint64 nIndex) const
+    [[nodiscard]] const T& operator[](uint64 nIndex) const KX_LIFETIMEBOUND
     {
         kx::detail::BreakUnless(nIndex < Distance(m_pBegin, m_pEnd));
         return m_pBegin[nIndex];
     }
 
     /// Return pointers to the first element and past the last one; null if there is no buffer.
-    T* Begin() { return m_pBegin; }
-    T* End() { return m_pEnd; }
-    const T* Begin() const { return m_pBegin; }
-    const T* End() const { return m_pEnd; }
-    T* begin() { return m_pBegin; }
-    T* end() { return m_pEnd; }
-    const T* begin() const { return m_pBegin; }
-    const T* end() const { return m_pEnd; }
+    [[nodiscard]] T* Begin() KX_LIFETIMEBOUND { return m_pBegin; }
+    [[nodiscard]] T* End() KX_LIFETIMEBOUND { return m_pEnd; }
+    [[nodiscard]] const T* Begin() const KX_LIFETIMEBOUND { return m_pBegin; }
+    [[nodiscard]] const T* End() const KX_LIFETIMEBOUND { return m_pEnd; }
+    [[nodiscard]] T* begin() KX_LIFETIMEBOUND { return m_pBegin; }
+    [[nodiscard]] T* end() KX_LIFETIMEBOUND { return m_pEnd; }
+    [[nodiscard]] const T* begin() const KX_LIFETIMEBOUND { return m_pBegin; }
+    [[nodiscard]] const T* end() const KX_LIFETIMEBOUND { return m_pEnd; }
 
     /// Returns an enumerator that starts before the first element.
-    TArrayEnumerator<T> GetEnumerator() { return {m_pBegin, m_pEnd}; }
-    TArrayEnumerator<const T> GetEnumerator() const { return {m_pBegin, m_pEnd}; }
+    [[nodiscard]] TArrayEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND { return {m_pBegin, m_pEnd}; }
+    [[nodiscard]] TArrayEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND { return {m_pBegin, m_pEnd}; }
 
     /// Appends a copy of the value, or moves it in; returns the new element.
     /// Amortised constant time. A full array grows, and the new element is constructed before the old ones are touched,
@@ -247,7 +247,7 @@ public:
     }
 
     /// Returns whether sizes and elements are equal, in order, by the element's own ==.
-    bool operator==(const TArray& other) const requires std::equality_comparable<T>
+    [[nodiscard]] bool operator==(const TArray& other) const requires std::equality_comparable<T>
     {
         return Distance(m_pBegin, m_pEnd) == Distance(other.m_pBegin, other.m_pEnd)
                && kx::detail::EqualRange(m_pBegin, m_pEnd, other.m_pBegin,
@@ -255,7 +255,7 @@ public:
     }
 
     /// Returns whether the invariants hold. For tests and debugging.
-    bool Validate() const
+    [[nodiscard]] bool Validate() const
     {
         return m_pBegin <= m_pEnd && m_pEnd <= m_pCapacityEnd && (m_pBegin != nullptr || m_pCapacityEnd == nullptr);
     }

@@ -21,7 +21,7 @@ public:
 
     /// Returns the current element.
     /// Triggers the debug break past the last element. Must not be called before MoveNext().
-    T& Current() const
+    [[nodiscard]] T& Current() const
     {
         kx::detail::BreakUnless(m_pCurrent != m_pEnd);
         return *m_pCurrent;

@@ -56,8 +56,8 @@ public:
     {
     }
 
-    T& operator*() const { return *m_pElement; }
-    T* operator->() const { return m_pElement; }
+    [[nodiscard]] T& operator*() const { return *m_pElement; }
+    [[nodiscard]] T* operator->() const { return m_pElement; }
 
     /// Advances to the next element; triggers the debug break at the end.
     TBlockArrayIterator& operator++()
@@ -75,7 +75,8 @@ public:
     }
 
     template <class TOther>
-    bool operator==(const TBlockArrayIterator<TOther>& other) const requires std::same_as<const T, const TOther>
+    [[nodiscard]] bool
+    operator==(const TBlockArrayIterator<TOther>& other) const requires std::same_as<const T, const TOther>
     {
         return m_pElement == other.operator->();
     }
@@ -116,7 +117,7 @@ public:
     }
 
     /// Returns the current element; triggers the debug break if there is none.
-    T& Current() const
+    [[nodiscard]] T& Current() const
     {
         kx::detail::BreakUnless(m_pElement != nullptr);
         return *m_pElement;
@@ -199,37 +200,43 @@ public:
     }
 
     /// Return the number of elements, and whether there are none.
-    uint32 Size() const { return m_nSize; }
-    bool IsEmpty() const { return m_nSize == 0; }
+    [[nodiscard]] uint32 Size() const { return m_nSize; }
+    [[nodiscard]] bool IsEmpty() const { return m_nSize == 0; }
 
     /// Returns element nIndex, in constant time; triggers the debug break past the end.
     /// The index is 64 bits wide, so that negative indices fail the check instead of being truncated.
-    T& operator[](uint64 nIndex)
+    [[nodiscard]] T& operator[](uint64 nIndex) KX_LIFETIMEBOUND
     {
         kx::detail::BreakUnless(nIndex < m_nSize);
         return *SlotAddress(m_nFirst + static_cast<uint32>(nIndex));
     }
-    const T& operator[](uint64 nIndex) const { return const_cast<TBlockArray&>(*this)[nIndex]; }
+    [[nodiscard]] const T& operator[](uint64 nIndex) const KX_LIFETIMEBOUND
+    {
+        return const_cast<TBlockArray&>(*this)[nIndex];
+    }
 
     /// Return the first and the last element; trigger the debug break on an empty array.
-    T& First() { return (*this)[0]; }
-    const T& First() const { return (*this)[0]; }
-    T& Last() { return (*this)[uint64{m_nSize} - 1]; }
-    const T& Last() const { return (*this)[uint64{m_nSize} - 1]; }
+    [[nodiscard]] T& First() KX_LIFETIMEBOUND { return (*this)[0]; }
+    [[nodiscard]] const T& First() const KX_LIFETIMEBOUND { return (*this)[0]; }
+    [[nodiscard]] T& Last() KX_LIFETIMEBOUND { return (*this)[uint64{m_nSize} - 1]; }
+    [[nodiscard]] const T& Last() const KX_LIFETIMEBOUND { return (*this)[uint64{m_nSize} - 1]; }
 
     /// Return iterators to the first element and past the last one.
-    iterator Begin() { return PositionOf(0); }
-    iterator End() { return {nullptr, this, m_nSize}; }
-    const_iterator Begin() const { return const_cast<TBlockArray*>(this)->Begin(); }
-    const_iterator End() const { return const_cast<TBlockArray*>(this)->End(); }
-    iterator begin() { return Begin(); }
-    iterator end() { return End(); }
-    const_iterator begin() const { return Begin(); }
-    const_iterator end() const { return End(); }
+    [[nodiscard]] iterator Begin() KX_LIFETIMEBOUND { return PositionOf(0); }
+    [[nodiscard]] iterator End() KX_LIFETIMEBOUND { return {nullptr, this, m_nSize}; }
+    [[nodiscard]] const_iterator Begin() const KX_LIFETIMEBOUND { return const_cast<TBlockArray*>(this)->Begin(); }
+    [[nodiscard]] const_iterator End() const KX_LIFETIMEBOUND { return const_cast<TBlockArray*>(this)->End(); }
+    [[nodiscard]] iterator begin() KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] iterator end() KX_LIFETIMEBOUND { return End(); }
+    [[nodiscard]] const_iterator begin() const KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] const_iterator end() const KX_LIFETIMEBOUND { return End(); }
 
     /// Returns an enumerator that starts before the first element.
-    TBlockArrayEnumerator<T> GetEnumerator() { return TBlockArrayEnumerator<T>(this); }
-    TBlockArrayEnumerator<const T> GetEnumerator() const { return TBlockArrayEnumerator<const T>(this); }
+    [[nodiscard]] TBlockArrayEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND { return TBlockArrayEnumerator<T>(this); }
+    [[nodiscard]] TBlockArrayEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND
+    {
+        return TBlockArrayEnumerator<const T>(this);
+    }
 
     /// Inserts before pos and returns an iterator to the new element.
     /// Only the index of pos counts. At either end, insertion takes amortised constant time and touches no other
@@ -279,7 +286,7 @@ public:
     }
 
     /// Returns whether the invariants hold. For tests and debugging.
-    bool Validate() const
+    [[nodiscard]] bool Validate() const
     {
         if ((m_nBlocks == 0) != (m_ppBlocks == nullptr) || m_nSize > Slots() || (m_nSize == 0 && m_nFirst != 0)
             || (m_nSize != 0 && m_nFirst >= Slots()))

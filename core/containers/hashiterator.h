@@ -77,8 +77,8 @@ public:
         return {m_pCurrent, m_pTable, m_nBucket};
     }
 
-    TElement& operator*() const { return *m_pCurrent; }
-    TElement* operator->() const { return m_pCurrent; }
+    [[nodiscard]] TElement& operator*() const { return *m_pCurrent; }
+    [[nodiscard]] TElement* operator->() const { return m_pCurrent; }
 
     THashIterator& operator++()
     {
@@ -95,7 +95,7 @@ public:
 
     /// Compares the element alone, because the bucket of an end position varies.
     /// It is the bucket count after the last step, and kHashNone in End().
-    friend bool operator==(const THashIterator& first, const THashIterator& second)
+    [[nodiscard]] friend bool operator==(const THashIterator& first, const THashIterator& second)
     {
         return first.m_pCurrent == second.m_pCurrent;
     }
@@ -123,7 +123,7 @@ public:
     }
 
     /// Returns the current element; triggers the debug break if there is none.
-    TElement& Current() const
+    [[nodiscard]] TElement& Current() const
     {
         detail::BreakUnless(m_pCurrent != m_pEnd);
         return *m_pCurrent;

@@ -111,35 +111,38 @@ public:
     }
 
     /// Return the number of elements, and whether there are none.
-    uint32 Size() const { return m_nSize; }
-    bool IsEmpty() const { return m_nSize == 0; }
+    [[nodiscard]] uint32 Size() const { return m_nSize; }
+    [[nodiscard]] bool IsEmpty() const { return m_nSize == 0; }
 
     /// Return iterators to the first element and past the last one.
     /// Begin() searches for the first bucket in use, so it is linear in the buckets. A full iteration is linear in
     /// buckets and elements.
-    iterator Begin() { return First<iterator>(); }
-    const_iterator Begin() const { return First<const_iterator>(); }
-    iterator End() { return {nullptr, Table(), kHashNone}; }
-    const_iterator End() const { return {nullptr, Table(), kHashNone}; }
-    iterator begin() { return Begin(); }
-    const_iterator begin() const { return Begin(); }
-    iterator end() { return End(); }
-    const_iterator end() const { return End(); }
+    [[nodiscard]] iterator Begin() KX_LIFETIMEBOUND { return First<iterator>(); }
+    [[nodiscard]] const_iterator Begin() const KX_LIFETIMEBOUND { return First<const_iterator>(); }
+    [[nodiscard]] iterator End() KX_LIFETIMEBOUND { return {nullptr, Table(), kHashNone}; }
+    [[nodiscard]] const_iterator End() const KX_LIFETIMEBOUND { return {nullptr, Table(), kHashNone}; }
+    [[nodiscard]] iterator begin() KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] const_iterator begin() const KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] iterator end() KX_LIFETIMEBOUND { return End(); }
+    [[nodiscard]] const_iterator end() const KX_LIFETIMEBOUND { return End(); }
 
     /// Returns an enumerator that starts before the first element. What invalidates iterators invalidates it too.
-    THashEnumerator<TFields, TElement> GetEnumerator() { return THashEnumerator<TFields, TElement>(Table()); }
-    THashEnumerator<TFields, const TElement> GetEnumerator() const
+    [[nodiscard]] THashEnumerator<TFields, TElement> GetEnumerator() KX_LIFETIMEBOUND
+    {
+        return THashEnumerator<TFields, TElement>(Table());
+    }
+    [[nodiscard]] THashEnumerator<TFields, const TElement> GetEnumerator() const KX_LIFETIMEBOUND
     {
         return THashEnumerator<TFields, const TElement>(Table());
     }
 
     /// Returns an iterator to the element with the key, or End() if there is none. Constant on average.
     /// Of several, it is the first in iteration order, and the others follow it.
-    iterator Find(const TKey& key) { return FindAs<iterator>(key); }
-    const_iterator Find(const TKey& key) const { return FindAs<const_iterator>(key); }
+    [[nodiscard]] iterator Find(const TKey& key) KX_LIFETIMEBOUND { return FindAs<iterator>(key); }
+    [[nodiscard]] const_iterator Find(const TKey& key) const KX_LIFETIMEBOUND { return FindAs<const_iterator>(key); }
 
     /// Returns whether there is an element with the key. Constant on average.
-    bool Contains(const TKey& key) const { return Find(key) != End(); }
+    [[nodiscard]] bool Contains(const TKey& key) const { return Find(key) != End(); }
 
     /// Removes the element at pos and returns an iterator to the element that followed.
     /// Destroys the value before the key. The next insertion reuses the node. Triggers the debug break for End() and
@@ -210,7 +213,7 @@ public:
     }
 
     /// Returns whether the invariants hold. For tests and debugging; linear.
-    bool Validate() const
+    [[nodiscard]] bool Validate() const
     {
         if ((m_pBuckets == nullptr) != (m_nBucketCount == 0) || (m_pNodes == nullptr) != (m_nBucketCount == 0)
             || (m_nBucketCount != 0 && m_nBucketCount < kFewestBuckets) || m_nSize > m_nBucketCount)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/platform/platform.h"
+
 #include <concepts>
 
 /// The element of the containers that map keys to values: the key, then the value.
@@ -16,15 +18,15 @@ public:
     ~TKeyValuePair() = default;
 
     /// Return the key, which is read-only, and the value.
-    const K& Key() const { return m_key; }
-    V& Value() { return m_value; }
-    const V& Value() const { return m_value; }
+    [[nodiscard]] const K& Key() const KX_LIFETIMEBOUND { return m_key; }
+    [[nodiscard]] V& Value() KX_LIFETIMEBOUND { return m_value; }
+    [[nodiscard]] const V& Value() const KX_LIFETIMEBOUND { return m_value; }
 
     /// Compares the keys alone.
-    bool operator<(const TKeyValuePair& other) const { return m_key < other.m_key; }
+    [[nodiscard]] bool operator<(const TKeyValuePair& other) const { return m_key < other.m_key; }
 
     /// Returns whether keys and values are equal, each by its own ==.
-    bool
+    [[nodiscard]] bool
     operator==(const TKeyValuePair& other) const requires std::equality_comparable<K> && std::equality_comparable<V>
     {
         return m_key == other.m_key && m_value == other.m_value;

@@ -130,22 +130,28 @@ public:
     }
 
     /// Return the number of elements, and whether there are none.
-    uint32 Size() const { return m_nSize; }
-    bool IsEmpty() const { return m_nSize == 0; }
+    [[nodiscard]] uint32 Size() const { return m_nSize; }
+    [[nodiscard]] bool IsEmpty() const { return m_nSize == 0; }
 
     /// Return iterators to the first element and past the last one.
-    iterator Begin() { return PositionOf(m_sentinel.m_pNext); }
-    iterator End() { return PositionOf(&m_sentinel); }
-    const_iterator Begin() const { return const_cast<TList*>(this)->Begin(); }
-    const_iterator End() const { return const_cast<TList*>(this)->End(); }
-    iterator begin() { return Begin(); }
-    iterator end() { return End(); }
-    const_iterator begin() const { return Begin(); }
-    const_iterator end() const { return End(); }
+    [[nodiscard]] iterator Begin() KX_LIFETIMEBOUND { return PositionOf(m_sentinel.m_pNext); }
+    [[nodiscard]] iterator End() KX_LIFETIMEBOUND { return PositionOf(&m_sentinel); }
+    [[nodiscard]] const_iterator Begin() const KX_LIFETIMEBOUND { return const_cast<TList*>(this)->Begin(); }
+    [[nodiscard]] const_iterator End() const KX_LIFETIMEBOUND { return const_cast<TList*>(this)->End(); }
+    [[nodiscard]] iterator begin() KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] iterator end() KX_LIFETIMEBOUND { return End(); }
+    [[nodiscard]] const_iterator begin() const KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] const_iterator end() const KX_LIFETIMEBOUND { return End(); }
 
     /// Returns an enumerator that starts before the first element.
-    TListEnumerator<T> GetEnumerator() { return {End().operator->(), End().operator->()}; }
-    TListEnumerator<const T> GetEnumerator() const { return {End().operator->(), End().operator->()}; }
+    [[nodiscard]] TListEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND
+    {
+        return {End().operator->(), End().operator->()};
+    }
+    [[nodiscard]] TListEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND
+    {
+        return {End().operator->(), End().operator->()};
+    }
 
     /// Appends a copy and returns an iterator to it. Note that TSList::Insert(value) prepends.
     iterator Insert(const T& value) { return Insert(End(), value); }
@@ -182,7 +188,7 @@ public:
     }
 
     /// Returns whether the invariants hold: both directions of the ring and the count agree. For tests and debugging.
-    bool Validate() const
+    [[nodiscard]] bool Validate() const
     {
         uint32 nNodes = 0;
         for (const SListLinks* pNode = m_sentinel.m_pNext; pNode != &m_sentinel; pNode = pNode->m_pNext, ++nNodes)

@@ -27,7 +27,7 @@ public:
 
     /// Returns the current value.
     /// Triggers the debug break past the last value, and before the first MoveNext().
-    V& Current() const
+    [[nodiscard]] V& Current() const
     {
         kx::detail::BreakUnless(m_pCurrent != m_pEnd);
         return *m_pCurrent;
@@ -65,7 +65,7 @@ public:
     /// Returns the value of the key; inserts V() as its value if the key is missing.
     /// So reading through this operator changes the map. Logarithmic. A new key costs one allocation and two copies of
     /// key and value, one of them for a temporary pair.
-    V& operator[](const K& key) requires std::default_initializable<V>
+    V& operator[](const K& key) KX_LIFETIMEBOUND requires std::default_initializable<V>
     {
         typename TMap::SSearchPath path;
         if (auto* pNode = this->template FindNode<true>(key, path))
@@ -75,7 +75,7 @@ public:
 
     /// Returns the value of the key, in logarithmic time.
     /// A missing key triggers the debug break; if execution resumes, the result is a null reference.
-    const V& operator[](const K& key) const
+    const V& operator[](const K& key) const KX_LIFETIMEBOUND
     {
         const auto pos = this->Find(key);
         if (pos == this->End()) [[unlikely]]
@@ -90,7 +90,7 @@ public:
 
     /// Returns the value of the key, or defaultValue if the key is missing. Logarithmic.
     /// For a missing key, the result refers to defaultValue itself, which may be a temporary of the caller.
-    const V& GetValue(const K& key, const V& defaultValue) const
+    [[nodiscard]] const V& GetValue(const K& key, const V& defaultValue KX_LIFETIMEBOUND) const KX_LIFETIMEBOUND
     {
         const auto pos = this->Find(key);
         return pos != this->End() ? pos->Value() : defaultValue;
@@ -115,8 +115,11 @@ public:
     }
 
     /// Returns an enumerator that starts before the first value.
-    TTreeValueEnumerator<K, V> GetValueEnumerator() { return TTreeValueEnumerator<K, V>(this->Header()); }
-    TTreeValueEnumerator<K, const V> GetValueEnumerator() const
+    [[nodiscard]] TTreeValueEnumerator<K, V> GetValueEnumerator() KX_LIFETIMEBOUND
+    {
+        return TTreeValueEnumerator<K, V>(this->Header());
+    }
+    [[nodiscard]] TTreeValueEnumerator<K, const V> GetValueEnumerator() const KX_LIFETIMEBOUND
     {
         return TTreeValueEnumerator<K, const V>(this->Header());
     }
@@ -127,8 +130,14 @@ public:
 
     /// Return whether both maps have the same keys with the same values, and whether they do not.
     /// Keys are compared by <, values by ==. Linear; the shapes of the trees do not matter.
-    bool operator==(const TMap& other) const requires std::equality_comparable<V> { return !Differs(other); }
-    bool operator!=(const TMap& other) const requires std::equality_comparable<V> { return Differs(other); }
+    [[nodiscard]] bool operator==(const TMap& other) const requires std::equality_comparable<V>
+    {
+        return !Differs(other);
+    }
+    [[nodiscard]] bool operator!=(const TMap& other) const requires std::equality_comparable<V>
+    {
+        return Differs(other);
+    }
 
 private:
     static V MakeValue() noexcept requires std::default_initializable<V> { return V(); }

@@ -89,35 +89,35 @@ public:
     }
 
     /// Return the number of elements, and whether there are none.
-    uint32 Size() const { return m_nSize; }
-    bool IsEmpty() const { return m_nSize == 0; }
+    [[nodiscard]] uint32 Size() const { return m_nSize; }
+    [[nodiscard]] bool IsEmpty() const { return m_nSize == 0; }
 
     /// Returns element nIndex; triggers the debug break past the end.
     /// The index is 64 bits wide, so that negative indices fail the check instead of being truncated.
-    T& operator[](uint64 nIndex)
+    [[nodiscard]] T& operator[](uint64 nIndex) KX_LIFETIMEBOUND
     {
         kx::detail::BreakUnless(nIndex < m_nSize);
         return Begin()[nIndex];
     }
-    const T& operator[](uint64 nIndex) const
+    [[nodiscard]] const T& operator[](uint64 nIndex) const KX_LIFETIMEBOUND
     {
         kx::detail::BreakUnless(nIndex < m_nSize);
         return Begin()[nIndex];
     }
 
     /// Return pointers to the first element and past the last one.
-    T* Begin() { return m_aElements; }
-    T* End() { return m_aElements + m_nSize; }
-    const T* Begin() const { return m_aElements; }
-    const T* End() const { return m_aElements + m_nSize; }
-    T* begin() { return Begin(); }
-    T* end() { return End(); }
-    const T* begin() const { return Begin(); }
-    const T* end() const { return End(); }
+    [[nodiscard]] T* Begin() KX_LIFETIMEBOUND { return m_aElements; }
+    [[nodiscard]] T* End() KX_LIFETIMEBOUND { return m_aElements + m_nSize; }
+    [[nodiscard]] const T* Begin() const KX_LIFETIMEBOUND { return m_aElements; }
+    [[nodiscard]] const T* End() const KX_LIFETIMEBOUND { return m_aElements + m_nSize; }
+    [[nodiscard]] T* begin() KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] T* end() KX_LIFETIMEBOUND { return End(); }
+    [[nodiscard]] const T* begin() const KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] const T* end() const KX_LIFETIMEBOUND { return End(); }
 
     /// Returns an enumerator that starts before the first element.
-    TArrayEnumerator<T> GetEnumerator() { return {Begin(), End()}; }
-    TArrayEnumerator<const T> GetEnumerator() const { return {Begin(), End()}; }
+    [[nodiscard]] TArrayEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND { return {Begin(), End()}; }
+    [[nodiscard]] TArrayEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND { return {Begin(), End()}; }
 
     /// Appends a copy and returns it; triggers the debug break if the array is full.
     T& Add(const T& value)
@@ -181,7 +181,7 @@ public:
     }
 
     /// Returns whether the invariants hold. For tests and debugging.
-    bool Validate() const { return m_nSize <= N; }
+    [[nodiscard]] bool Validate() const { return m_nSize <= N; }
 
 private:
     void TakeElements(TMaxArray& other)

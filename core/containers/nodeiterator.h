@@ -57,8 +57,8 @@ public:
     {
     }
 
-    T& operator*() const { return *m_pElement; }
-    T* operator->() const { return m_pElement; }
+    [[nodiscard]] T& operator*() const { return *m_pElement; }
+    [[nodiscard]] T* operator->() const { return m_pElement; }
 
     TNodeIterator& operator++()
     {
@@ -74,7 +74,8 @@ public:
     }
 
     template <class TOther>
-    bool operator==(const TNodeIterator<TOther, TLinks>& other) const requires std::same_as<const T, const TOther>
+    [[nodiscard]] bool
+    operator==(const TNodeIterator<TOther, TLinks>& other) const requires std::same_as<const T, const TOther>
     {
         return m_pElement == other.operator->();
     }
@@ -101,7 +102,7 @@ public:
 
     /// Returns the current element.
     /// Triggers the debug break past the last element. Must not be called before MoveNext().
-    T& Current() const
+    [[nodiscard]] T& Current() const
     {
         detail::BreakUnless(m_pCurrent != m_pEnd);
         return *m_pCurrent;

@@ -203,37 +203,49 @@ protected:
 
 public:
     /// Return the number of elements, and whether there are none.
-    uint32 Size() const { return static_cast<uint32>(m_nSize); }
-    bool IsEmpty() const { return m_nSize == 0; }
+    [[nodiscard]] uint32 Size() const { return static_cast<uint32>(m_nSize); }
+    [[nodiscard]] bool IsEmpty() const { return m_nSize == 0; }
 
     /// Return iterators to the first element and past the last one.
     /// Begin() is a descent, logarithmic in the size; End() takes constant time.
-    iterator Begin() { return ++End(); }
-    iterator End() { return PositionOf(Header()); }
-    const_iterator Begin() const { return ++End(); }
-    const_iterator End() const { return PositionOf(Header()); }
-    iterator begin() { return Begin(); }
-    iterator end() { return End(); }
-    const_iterator begin() const { return Begin(); }
-    const_iterator end() const { return End(); }
+    [[nodiscard]] iterator Begin() KX_LIFETIMEBOUND { return ++End(); }
+    [[nodiscard]] iterator End() KX_LIFETIMEBOUND { return PositionOf(Header()); }
+    [[nodiscard]] const_iterator Begin() const KX_LIFETIMEBOUND { return ++End(); }
+    [[nodiscard]] const_iterator End() const KX_LIFETIMEBOUND { return PositionOf(Header()); }
+    [[nodiscard]] iterator begin() KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] iterator end() KX_LIFETIMEBOUND { return End(); }
+    [[nodiscard]] const_iterator begin() const KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] const_iterator end() const KX_LIFETIMEBOUND { return End(); }
 
     /// Returns an enumerator that starts before the first element.
-    TTreeEnumerator<T> GetEnumerator() { return {End().operator->(), End().operator->()}; }
-    TTreeEnumerator<const T> GetEnumerator() const { return {End().operator->(), End().operator->()}; }
+    [[nodiscard]] TTreeEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND
+    {
+        return {End().operator->(), End().operator->()};
+    }
+    [[nodiscard]] TTreeEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND
+    {
+        return {End().operator->(), End().operator->()};
+    }
 
     /// Returns an iterator to an element with the key, or End() if there is none. Logarithmic.
     /// Of several, it finds the highest in the tree, which need not be the first in order. Triggers the debug break
     /// if operator< contradicts itself.
-    iterator Find(const key_type& key) { return PositionOf(FindOrHeader(key)); }
-    const_iterator Find(const key_type& key) const { return PositionOf(FindOrHeader(key)); }
+    [[nodiscard]] iterator Find(const key_type& key) KX_LIFETIMEBOUND { return PositionOf(FindOrHeader(key)); }
+    [[nodiscard]] const_iterator Find(const key_type& key) const KX_LIFETIMEBOUND
+    {
+        return PositionOf(FindOrHeader(key));
+    }
 
     /// Returns whether there is an element with the key, searching as Find does.
-    bool Contains(const key_type& key) const { return FindOrHeader(key) != Header(); }
+    [[nodiscard]] bool Contains(const key_type& key) const { return FindOrHeader(key) != Header(); }
 
     /// Returns an iterator to the first element in order that is not less than the key, or End() if there is none.
     /// Logarithmic. Elements with the same key follow each other from there, newest first.
-    iterator LowerBound(const key_type& key) { return PositionOf(FindLowerBound(key)); }
-    const_iterator LowerBound(const key_type& key) const { return PositionOf(FindLowerBound(key)); }
+    [[nodiscard]] iterator LowerBound(const key_type& key) KX_LIFETIMEBOUND { return PositionOf(FindLowerBound(key)); }
+    [[nodiscard]] const_iterator LowerBound(const key_type& key) const KX_LIFETIMEBOUND
+    {
+        return PositionOf(FindLowerBound(key));
+    }
 
     /// Removes the element at pos and returns an iterator to the element that followed.
     /// Destroys the element, then releases its node. Triggers the debug break at End(). Logarithmic, and constant on
@@ -269,7 +281,7 @@ public:
     }
 
     /// Returns whether the invariants hold. For tests and debugging.
-    bool Validate() const noexcept
+    [[nodiscard]] bool Validate() const noexcept
     {
         if (!detail::ValidateNodes(Header(), m_nSize))
             return false;

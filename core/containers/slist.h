@@ -113,22 +113,25 @@ public:
     }
 
     /// Return the number of elements, and whether there are none.
-    uint32 Size() const { return m_nSize; }
-    bool IsEmpty() const { return m_nSize == 0; }
+    [[nodiscard]] uint32 Size() const { return m_nSize; }
+    [[nodiscard]] bool IsEmpty() const { return m_nSize == 0; }
 
     /// Return iterators to the first element and past the last one.
-    iterator Begin() { return PositionOf(m_head.m_pNext); }
-    iterator End() { return PositionOf(nullptr); }
-    const_iterator Begin() const { return PositionOf(m_head.m_pNext); }
-    const_iterator End() const { return PositionOf(nullptr); }
-    iterator begin() { return Begin(); }
-    iterator end() { return End(); }
-    const_iterator begin() const { return Begin(); }
-    const_iterator end() const { return End(); }
+    [[nodiscard]] iterator Begin() KX_LIFETIMEBOUND { return PositionOf(m_head.m_pNext); }
+    [[nodiscard]] iterator End() KX_LIFETIMEBOUND { return PositionOf(nullptr); }
+    [[nodiscard]] const_iterator Begin() const KX_LIFETIMEBOUND { return PositionOf(m_head.m_pNext); }
+    [[nodiscard]] const_iterator End() const KX_LIFETIMEBOUND { return PositionOf(nullptr); }
+    [[nodiscard]] iterator begin() KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] iterator end() KX_LIFETIMEBOUND { return End(); }
+    [[nodiscard]] const_iterator begin() const KX_LIFETIMEBOUND { return Begin(); }
+    [[nodiscard]] const_iterator end() const KX_LIFETIMEBOUND { return End(); }
 
     /// Returns an enumerator that starts before the first element, at the link in the list object.
-    TSListEnumerator<T> GetEnumerator() { return {kx::detail::ElementOf<T>(&m_head), End().operator->()}; }
-    TSListEnumerator<const T> GetEnumerator() const
+    [[nodiscard]] TSListEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND
+    {
+        return {kx::detail::ElementOf<T>(&m_head), End().operator->()};
+    }
+    [[nodiscard]] TSListEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND
     {
         return {kx::detail::ElementOf<const T>(const_cast<SSListLink*>(&m_head)), End().operator->()};
     }
@@ -172,7 +175,7 @@ public:
     }
 
     /// Returns whether the chain has Size() nodes. For tests and debugging.
-    bool Validate() const
+    [[nodiscard]] bool Validate() const
     {
         uint32 nNodes = 0;
         for (const SSListLink* pNode = m_head.m_pNext; pNode != nullptr; pNode = pNode->m_pNext, ++nNodes)

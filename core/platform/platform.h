@@ -82,6 +82,17 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 #define KX_INIT_FIRST __attribute__((init_priority(101)))
 #endif
 
+// KX_LIFETIMEBOUND after a parameter, or after the parameters of a member function, says that the result refers to the
+// argument, or to the object. A compiler that knows it warns if these are temporaries and the result outlives them.
+#if defined(__has_cpp_attribute)
+#if __has_cpp_attribute(clang::lifetimebound)
+#define KX_LIFETIMEBOUND [[clang::lifetimebound]]
+#endif
+#endif
+#if !defined(KX_LIFETIMEBOUND)
+#define KX_LIFETIMEBOUND
+#endif
+
 namespace kx::detail
 {
 /// Triggers the debug break, the processor's breakpoint instruction, unless the condition is true. In every build.

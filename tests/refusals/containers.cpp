@@ -37,4 +37,5 @@ void Use()
     KX_REFUSE(HASH_SET_OF_POINTERS, "make the key a ZString or a std::string_view", THashSet<const char*> refused{""});
     KX_REFUSE(SEEDED_SET_OF_POINTERS, "hashes strings, integers and enumerations",
               THashSet<char*, TSeededHashSetPolicy<char*>> refused{nullptr});
+    KX_REFUSE(DROPPED_RESULT, "ignoring return value", TList<int>().IsEmpty());
 }
