@@ -12,7 +12,7 @@ using Links = kx::detail::SRedBlackTreeLinks;
 
 Links* NodeAt(auto pos)
 {
-    return kx::detail::NodeOf<Links>(pos.operator->());
+    return kx::detail::NodeOf<Links>(pos.Address());
 }
 
 // Writes over the field that is so many bytes into the object.
@@ -79,7 +79,7 @@ TEST_F(BrokenTest, ValidateSeesABrokenTree)
     EXPECT_TRUE(sees(leaf.m_nColor, kx::detail::kBlack) && sees(leaf.m_nColor, 2u)) << "black height, no colour";
     EXPECT_TRUE(sees(leaf.m_pParent, &root) && sees(leaf.m_pChild[1], &root)) << "a circle";
     EXPECT_TRUE(sees(root.m_pChild[0], root.m_pChild[1]) && sees(root.m_pChild[1], pNull));
-    EXPECT_TRUE(sees(*set.Find(4), 0) && sees(*set.End().operator->(), 7)) << "order, count";
+    EXPECT_TRUE(sees(*set.Find(4), 0) && sees(*set.End().Address(), 7)) << "order, count";
     for (Links* pChild : root.m_pChild)
         pChild->m_nColor = kx::detail::kRed;
     EXPECT_FALSE(set.Validate()) << "red under red";

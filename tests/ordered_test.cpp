@@ -60,7 +60,7 @@ TEST_F(OrderedTest, EnumeratesValues)
 TEST_F(OrderedTest, RemembersALongWay)
 {
     TSet<Logged> set;
-    const auto nodeAt = [](auto pos) { return kx::detail::NodeOf<Links>(pos.operator->()); };
+    const auto nodeAt = [](auto pos) { return kx::detail::NodeOf<Links>(pos.Address()); };
     Links* pLast = nodeAt(set.Insert(Logged(0)));
     for (int i = 1; i < 40; ++i)
     {
@@ -92,8 +92,7 @@ TEST_F(OrderedTest, BreaksOnAViolatedPrecondition)
     auto enumerator = std::as_const(map).GetValueEnumerator();
     EXPECT_TRUE(enumerator.MoveNext());
     EXPECT_FALSE(enumerator.MoveNext());
-    EXPECT_EQ(kx::detail::AddressOf(&enumerator.Current()),
-              kx::detail::AddressOf(map.End().operator->()) + sizeof(int));
+    EXPECT_EQ(kx::detail::AddressOf(&enumerator.Current()), kx::detail::AddressOf(map.End().Address()) + sizeof(int));
     EXPECT_EQ(1, breaks.Take());
     EXPECT_TRUE(enumerator.MoveNext()) << "the walk is a circle";
 #ifndef KX_TEST_SANITIZED

@@ -163,8 +163,8 @@ TEST_F(SequenceTest, BlockArrayBreaksOnWhatIsNotThere)
 TEST_F(SequenceTest, EndOfAListIsWhereAnElementWouldBe)
 {
     TList<int> list;
-    EXPECT_EQ(kx::detail::AddressOf(&list + 1), kx::detail::AddressOf(list.End().operator->()));
-    EXPECT_EQ(8u, kx::detail::AddressOf(TSList<int>().End().operator->())) << "in a null node";
+    EXPECT_EQ(kx::detail::AddressOf(&list + 1), kx::detail::AddressOf(list.End().Address()));
+    EXPECT_EQ(8u, kx::detail::AddressOf(TSList<int>().End().Address())) << "in a null node";
     TList<Wide> wideList{{1}, {2}};
     TSList<Wide> wideSList{{1}, {2}};
     EXPECT_EQ(0u, kx::detail::AddressOf(&*wideList.Begin()) % 16);

@@ -25,6 +25,7 @@
 // invalidate all of them.
 #pragma once
 
+#include "core/containers/iteratorchecks.h"
 #include "core/containers/lifetime.h"
 #include "core/memory/memorymanager.h"
 
@@ -56,8 +57,12 @@ public:
     {
     }
 
-    [[nodiscard]] T& operator*() const { return *m_pElement; }
-    [[nodiscard]] T* operator->() const { return m_pElement; }
+    [[nodiscard]] KX_CHECK_INLINE T& operator*() const { return *operator->(); }
+    [[nodiscard]] KX_CHECK_INLINE T* operator->() const
+    {
+        KX_BREAK_IF_AT_END(m_pElement == nullptr);
+        return m_pElement;
+    }
 
     /// Advances to the next element; triggers the debug break at the end.
     TBlockArrayIterator& operator++()
@@ -78,7 +83,7 @@ public:
     [[nodiscard]] bool
     operator==(const TBlockArrayIterator<TOther>& other) const requires std::same_as<const T, const TOther>
     {
-        return m_pElement == other.operator->();
+        return m_pElement == other.m_pElement;
     }
 
 private:

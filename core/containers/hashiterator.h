@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/containers/hashfields.h"
+#include "core/containers/iteratorchecks.h"
 
 #include <cstddef>
 #include <type_traits>
@@ -77,8 +78,12 @@ public:
         return {m_pCurrent, m_pTable, m_nBucket};
     }
 
-    [[nodiscard]] TElement& operator*() const { return *m_pCurrent; }
-    [[nodiscard]] TElement* operator->() const { return m_pCurrent; }
+    [[nodiscard]] KX_CHECK_INLINE TElement& operator*() const { return *operator->(); }
+    [[nodiscard]] KX_CHECK_INLINE TElement* operator->() const
+    {
+        KX_BREAK_IF_AT_END(m_pCurrent == nullptr);
+        return m_pCurrent;
+    }
 
     THashIterator& operator++()
     {

@@ -35,6 +35,9 @@ struct SListLinks
     SListLinks* m_pPrev;
 
     static SListLinks* Next(SListLinks* pNode) { return pNode->m_pNext; }
+
+    // In a ring, nothing distinguishes the sentinel from a node.
+    static bool IsEnd(const SListLinks*) { return false; }
 };
 } // namespace kx::detail
 
@@ -144,13 +147,10 @@ public:
     [[nodiscard]] const_iterator end() const KX_LIFETIMEBOUND { return End(); }
 
     /// Returns an enumerator that starts before the first element.
-    [[nodiscard]] TListEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND
-    {
-        return {End().operator->(), End().operator->()};
-    }
+    [[nodiscard]] TListEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND { return {End().Address(), End().Address()}; }
     [[nodiscard]] TListEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND
     {
-        return {End().operator->(), End().operator->()};
+        return {End().Address(), End().Address()};
     }
 
     /// Appends a copy and returns an iterator to it. Note that TSList::Insert(value) prepends.
@@ -205,7 +205,7 @@ private:
     static constexpr std::uintptr_t kElementOffset = kx::detail::kElementOffset<T, SListLinks>;
 
     static iterator PositionOf(SListLinks* pNode) { return iterator(kx::detail::ElementOf<T>(pNode)); }
-    static SListLinks* NodeOf(iterator pos) { return kx::detail::NodeOf<SListLinks>(pos.operator->()); }
+    static SListLinks* NodeOf(iterator pos) { return kx::detail::NodeOf<SListLinks>(pos.Address()); }
 
     static void Link(SListLinks* pFirst, SListLinks* pSecond)
     {

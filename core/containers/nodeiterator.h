@@ -13,6 +13,7 @@
 // must never be dereferenced. No element is there, so the address is computed as an integer.
 #pragma once
 
+#include "core/containers/iteratorchecks.h"
 #include "core/platform/platform.h"
 
 #include <concepts>
@@ -38,8 +39,8 @@ TLinks* NodeOf(T* pElement)
 }
 
 /// A forward iterator over a container of nodes; T is const for read-only access.
-/// TLinks::Next returns the node that follows. An iterator stays valid until its element is erased. Nothing is checked:
-/// neither reading at the end nor advancing past it.
+/// TLinks::Next returns the node that follows. An iterator stays valid until its element is erased. Nothing is checked,
+/// neither reading at the end nor advancing past it, unless iteratorchecks.h is told to.
 template <class T, class TLinks>
 class TNodeIterator
 {
@@ -53,12 +54,19 @@ public:
     /// Converts to the read-only form, never back.
     template <class TOther>
     TNodeIterator(const TNodeIterator<TOther, TLinks>& other) requires std::same_as<T, const TOther>
-        : m_pElement(other.operator->())
+        : m_pElement(other.Address())
     {
     }
 
-    [[nodiscard]] T& operator*() const { return *m_pElement; }
-    [[nodiscard]] T* operator->() const { return m_pElement; }
+    [[nodiscard]] KX_CHECK_INLINE T& operator*() const { return *operator->(); }
+    [[nodiscard]] KX_CHECK_INLINE T* operator->() const
+    {
+        KX_BREAK_IF_AT_END(TLinks::IsEnd(detail::NodeOf<TLinks>(m_pElement)));
+        return m_pElement;
+    }
+
+    /// Returns the address of the element; at the end, the address that one would have.
+    [[nodiscard]] T* Address() const { return m_pElement; }
 
     TNodeIterator& operator++()
     {
@@ -77,7 +85,7 @@ public:
     [[nodiscard]] bool
     operator==(const TNodeIterator<TOther, TLinks>& other) const requires std::same_as<const T, const TOther>
     {
-        return m_pElement == other.operator->();
+        return m_pElement == other.Address();
     }
 
 private:

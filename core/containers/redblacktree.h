@@ -54,6 +54,9 @@ struct SRedBlackTreeLinks
     SRedBlackTreeLinks* m_pParent;
     SRedBlackTreeLinks* m_pChild[2];
 
+    /// Returns whether this is a header: the parent of a root is the header, and that of a header is null.
+    static bool IsEnd(const SRedBlackTreeLinks* pNode) { return pNode->m_pParent == nullptr; }
+
     /// Returns the in-order successor.
     /// The header follows the last node, the first node follows the header, and the header of an empty tree follows
     /// itself.
@@ -218,13 +221,10 @@ public:
     [[nodiscard]] const_iterator end() const KX_LIFETIMEBOUND { return End(); }
 
     /// Returns an enumerator that starts before the first element.
-    [[nodiscard]] TTreeEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND
-    {
-        return {End().operator->(), End().operator->()};
-    }
+    [[nodiscard]] TTreeEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND { return {End().Address(), End().Address()}; }
     [[nodiscard]] TTreeEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND
     {
-        return {End().operator->(), End().operator->()};
+        return {End().Address(), End().Address()};
     }
 
     /// Returns an iterator to an element with the key, or End() if there is none. Logarithmic.
@@ -252,7 +252,7 @@ public:
     /// average.
     iterator Erase(const_iterator pos)
     {
-        Links* pNode = detail::NodeOf<Links>(pos.operator->());
+        Links* pNode = detail::NodeOf<Links>(pos.Address());
         detail::BreakUnless(pNode != Header());
         Links* pNext = Links::Next(pNode);
         RemoveElement(pNode);

@@ -31,6 +31,7 @@ struct SSListLink
     SSListLink* m_pNext;
 
     static SSListLink* Next(SSListLink* pNode) { return pNode->m_pNext; }
+    static bool IsEnd(const SSListLink* pNode) { return pNode == nullptr; }
 };
 } // namespace kx::detail
 
@@ -129,11 +130,11 @@ public:
     /// Returns an enumerator that starts before the first element, at the link in the list object.
     [[nodiscard]] TSListEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND
     {
-        return {kx::detail::ElementOf<T>(&m_head), End().operator->()};
+        return {kx::detail::ElementOf<T>(&m_head), End().Address()};
     }
     [[nodiscard]] TSListEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND
     {
-        return {kx::detail::ElementOf<const T>(const_cast<SSListLink*>(&m_head)), End().operator->()};
+        return {kx::detail::ElementOf<const T>(const_cast<SSListLink*>(&m_head)), End().Address()};
     }
 
     /// Prepends a copy, in constant time, and returns an iterator to it. Note that TList::Insert(value) appends.
@@ -190,7 +191,7 @@ private:
     using SSListLink = kx::detail::SSListLink;
 
     static iterator PositionOf(SSListLink* pNode) { return iterator(kx::detail::ElementOf<T>(pNode)); }
-    static SSListLink* NodeOf(iterator pos) { return kx::detail::NodeOf<SSListLink>(pos.operator->()); }
+    static SSListLink* NodeOf(iterator pos) { return kx::detail::NodeOf<SSListLink>(pos.Address()); }
 
     static SSListLink* NewNode(const T& value) { return new (*GetNormalAllocator()) SSListNode<T>(value); }
 

@@ -46,7 +46,8 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 
 // KX_NOINLINE keeps a rare path (growth, say) out of the caller's hot code. KX_RESTRICT promises that what is reached
 // through a pointer parameter is reached through no other one while the function runs. KX_CHECK_INLINE is for
-// BreakUnless alone: inlined at every optimisation level, and shown by a debugger as the line that calls it.
+// BreakUnless and what iterators check: inlined at every optimisation level, and shown by a debugger as the line that
+// calls it.
 // KX_PRINTF(nFormat, nFirst) lets the compiler hold the arguments of a function to its printf format; a member function
 // counts its object as the first one. KX_STACK_ALLOC(nBytes) is memory that the calling function gives back on return.
 // KX_KNOWN(value) says whether the compiler knows the value once everything is inlined; it may always say no.
