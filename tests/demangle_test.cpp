@@ -159,6 +159,9 @@ TEST(Demangle, TakesItsTextFromAnywhere)
     demangle(full, full.get(), true);
     EXPECT_STREQ("_ababcdefgh", full.get());
 
+    // With what compilers append.
+    EXPECT_EQ("void f(void) [.cold.1]", Demangled("?f@@YAXXZ.cold.1", false));
+
     // All bytes but "@" can be in a name.
     using namespace std::string_literals;
     EXPECT_EQ("int a\0\xFF b"s, Demangled("?a\0\xFF b@@3HA"s, true));

@@ -2,6 +2,7 @@
 #include "core/values/demanglecodes.h"
 #include "core/values/demangletext.h"
 
+#include <algorithm>
 #include <span>
 
 // The grammar, where "-" is a list, (x) an option and CODE a code of the tables:
@@ -22,12 +23,13 @@
 //   function    convention type parameters Z
 //   parameters  X | parameter- @ | parameter- Z      none, a list, a list with "..."
 //   parameter   type | digit                         an entry of the type table
-//   type        CODE
+//   type        CODE | ?< text @ scopes            "?<auto>@@" is a deduced return type
 //             | U scopes | V scopes | W4 scopes      classes, enums
 //             | P cv type | A cv type                pointers, references; Q, R, S, B with a cv of their own
 //             | P6 function | P8 scopes cv function
 //             | Y number number- type                arrays
-//   argument    type | $0 number | $1 symbol | ...
+//   argument    type | $ value | $M type value
+//   value       0 number | 1 symbol | ...          also objects, with their types and the values of their members
 //   cv          A | B | C | D                        nothing, const, volatile, both; Q to T for members
 //   number      digit | nibble- @                    with a leading "?" if it is negative
 
@@ -87,6 +89,20 @@ public:
             Unstash(name.m_text);
         else
             Encoding(name);
+    }
+
+    // What compilers and linkers append to a copy or a part of a function: ".cold", ".llvm.123".
+    void Suffix()
+    {
+        const Text suffix = Rest();
+        const auto isPart = [](char c)
+        { return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == '.' || c == '$'; };
+        if (suffix.size() < 2 || (suffix[0] != '.' && suffix[0] != '$') || !std::ranges::all_of(suffix, isPart))
+            return;
+        Expect(suffix);
+        Put(" [");
+        Put(suffix);
+        Put("]");
     }
 
 private:
@@ -232,7 +248,7 @@ private:
     {
         if (IsDigit(Peek()))
             return PutNumber();
-        const uint64 nBlock = ReadNumber().m_nMagnitude + 1;
+        const uint64 nBlock = (Consume('@') ? 0 : ReadNumber().m_nMagnitude) + 1;
         if (nBlock == 0)
             Fail();
         int nShift = 60;
@@ -290,13 +306,22 @@ private:
         return {c == 'K' ? LiteralOperator() : Known(kx::detail::kRareOperators[c])};
     }
 
-    // The function that initialises or destroys a variable. The variable has its name here, or its whole symbol.
+    // The function that initialises or destroys a variable. The variable has its name here, or its whole symbol. An old
+    // encoder wrote the symbol without its "?" and with one "@" at the end.
     SName Lifetime(Text before)
     {
         const uint32 nBegin = End();
         Put(before);
         if (!IsAt("?") || IsAt("?$"))
+        {
+            const uint32 nName = End();
             ScopedName();
+            if (IsDigit(Peek()))
+            {
+                Encoding({Stash(nName)});
+                Expect("@");
+            }
+        }
         else
         {
             Symbol();
@@ -332,50 +357,85 @@ private:
         return Stash(nBegin);
     }
 
-    // After "?_C": "@_", 0 for char or 1 for wchar_t, the size in bytes, a checksum, and the characters, up to 32 bytes
-    // of them. A longer literal ends with dots in the output.
+    // After "?_C": "@_", the kind, the size in bytes, a checksum, and the characters, up to 32 of them. A longer
+    // literal ends with dots in the output.
     SName StringLiteral()
     {
         const uint32 nBegin = End();
         Expect("@_");
-        const char cWidth = Next();
-        if (cWidth != '0' && cWidth != '1')
-            Fail();
-        const uint32 nWidth = cWidth == '1' ? 2 : 1;
-        uint64 nBytes = ReadNumber().m_nMagnitude;
+        const bool bWide = Consume('1');
+        if (!bWide)
+            Expect("0");
+        const uint64 nSize = ReadNumber().m_nMagnitude;
         ReadToAt();
-        Put(nWidth == 2 ? "L\"" : "\"");
         while (!ConsumeEnd('@'))
         {
-            uint32 nCharacter = LiteralByte();
-            if (nWidth == 2)
-                nCharacter = nCharacter << 8 | LiteralByte();
-            if (nBytes < nWidth)
-                Fail();
-            nBytes -= nWidth;
-            if (nBytes != 0 || nCharacter != 0) // omits the terminator
-                PutCharacter(nCharacter, nWidth);
+            const char c = LiteralByte();
+            Put(Text(&c, 1));
         }
-        Put(nBytes == 0 ? "\"" : "\"...");
+        const Text bytes = Stash(nBegin);
+        const uint32 nWidth = bWide ? 2 : WidthOf(bytes, nSize);
+        if (bytes.size() > nSize || bytes.size() % nWidth != 0)
+            return Fail(), SName();
+        Put(bWide ? "L\"" : nWidth == 1 ? "\"" : nWidth == 2 ? "u\"" : "U\"");
+        size_t nEnd = bytes.size();
+        if (nEnd == nSize && nEnd != 0 && UnitAt(bytes, nEnd - nWidth, nWidth) == 0)
+            nEnd -= nWidth; // the terminator
+        for (size_t i = 0; i < nEnd && !HasFailed(); i += nWidth)
+            PutCharacter(UnitAt(bytes, i, nWidth, bWide), nWidth);
+        Put(bytes.size() == nSize ? "\"" : "\"...");
         return {Stash(nBegin), SName::kSymbol};
     }
 
+    // wchar_t has its high byte first, the other types have it last.
+    static uint32 UnitAt(Text bytes, size_t nAt, uint32 nWidth, bool bHighFirst = false)
+    {
+        uint32 nUnit = 0;
+        for (uint32 i = 0; i < nWidth; ++i)
+            nUnit = nUnit << 8 | static_cast<uint8>(bytes[nAt + (bHighFirst ? i : nWidth - 1 - i)]);
+        return nUnit;
+    }
+
+    // The symbol does not tell char16_t and char32_t from char, so this is a guess from the bytes. char32_t has only
+    // valid code points. In text in char16_t, half of the characters are below 0x100, or bytes are beyond ASCII. Each
+    // ends with a terminator of its size.
+    static uint32 WidthOf(Text bytes, uint64 nSize)
+    {
+        for (const uint32 nWidth : {4u, 2u})
+        {
+            if (bytes.empty() || nSize % nWidth != 0 || bytes.size() % nWidth != 0)
+                continue;
+            const bool bComplete = bytes.size() == nSize;
+            const size_t nEnd = bytes.size() - (bComplete ? nWidth : 0);
+            size_t nSmall = 0;
+            for (size_t i = 0; i < nEnd; i += nWidth)
+                nSmall += UnitAt(bytes, i, nWidth) < (nWidth == 4 ? 0x110000u : 0x100u) ? nWidth : 0;
+            const auto isBeyondAscii = [](char c) { return static_cast<uint8>(c) >= 0x80; };
+            const bool bText = nWidth == 4
+                                   ? nSmall == nEnd
+                                   : nSmall * 2 >= nEnd || (bComplete && std::ranges::any_of(bytes, isBeyondAscii));
+            if (bText && (!bComplete || UnitAt(bytes, nEnd, nWidth) == 0))
+                return nWidth;
+        }
+        return 1;
+    }
+
     // A letter after "?" means itself with the top bit set.
-    uint8 LiteralByte()
+    char LiteralByte()
     {
         const char c = Next();
         if (c != '?')
-            return static_cast<uint8>(c);
+            return c;
         const char cCode = Next();
         if (IsDigit(cCode))
-            return static_cast<uint8>(kx::detail::kLiteralCharacters[cCode - '0']);
+            return kx::detail::kLiteralCharacters[cCode - '0'];
         if (cCode != '$')
-            return static_cast<uint8>(cCode | 0x80);
+            return static_cast<char>(cCode | 0x80);
         const char cHigh = Next();
         const char cLow = Next();
         if (!IsNibble(cHigh) || !IsNibble(cLow))
             Fail();
-        return static_cast<uint8>((cHigh - 'A') << 4 | (cLow - 'A'));
+        return static_cast<char>((cHigh - 'A') << 4 | (cLow - 'A'));
     }
 
     // An escape has all digits of its character, so that it cannot be taken for another one with the characters that
@@ -428,7 +488,8 @@ private:
         case 'Y':
             return Array(pDeclarator);
         case '?':
-            return QualifiedType(pDeclarator);
+            // A deduced type is a name, of which no other type begins like this.
+            return IsAt("<") || IsDigit(Peek()) ? Class({}, pDeclarator) : QualifiedType(pDeclarator);
         case '$':
             return DollarType(pDeclarator);
         case '_':
@@ -494,7 +555,9 @@ private:
         for (; bounds.m_nMagnitude > 0 && !HasFailed(); --bounds.m_nMagnitude)
         {
             Put("[");
-            PutNumber();
+            const uint64 nBound = ReadNumber().m_nMagnitude;
+            if (nBound != 0) // otherwise it is not known
+                PutInteger(nBound);
             Put("]");
         }
         const SDeclarator array{{}, 0, 0, Stash(nBegin), pDeclarator};
@@ -511,6 +574,9 @@ private:
 
     KX_NOINLINE void Pointer(Text mark, uint8 nCv, const SDeclarator* pDeclarator)
     {
+        // A pointer that is a target has const and volatile in its own code, but not __unaligned.
+        if (pDeclarator != nullptr)
+            nCv |= pDeclarator->m_targetCv & kUnaligned;
         SDeclarator pointer{mark, 0, nCv, {}, pDeclarator};
         if (Consume('6'))
             return Function(0, &pointer);
@@ -610,6 +676,7 @@ private:
 
     void PutDeclarators(const SDeclarator* pDeclarator, Text beforeClass)
     {
+        Text before = beforeClass;
         for (; pDeclarator != nullptr; pDeclarator = pDeclarator->m_pNext)
         {
             if (pDeclarator->m_mark.empty())
@@ -619,12 +686,13 @@ private:
             }
             if (!pDeclarator->m_text.empty())
             {
-                Put(beforeClass);
+                Put(before);
                 Unstash(pDeclarator->m_text);
                 Put("::");
             }
             Put(pDeclarator->m_mark);
             PutCv(pDeclarator->m_cv);
+            before = pDeclarator->m_cv != 0 ? Text(" ") : beforeClass;
         }
     }
 
@@ -654,12 +722,21 @@ private:
     {
         if (IsAt("$$") || !Consume('$'))
             return Type();
-        if (Consume('M')) // the type of the argument, which is not written
-        {
-            const uint32 nBegin = End();
-            Type();
-            Drop(nBegin);
-        }
+        if (Consume('M'))
+            SkipType();
+        Value();
+    }
+
+    // The output has the type of an object, and not that of a number or an address.
+    void SkipType()
+    {
+        const uint32 nBegin = End();
+        Type();
+        Drop(nBegin);
+    }
+
+    KX_NOINLINE void Value()
+    {
         const char c = Next();
         switch (c)
         {
@@ -667,6 +744,12 @@ private:
             return PutNumber();
         case '1':
             return Address();
+        case '2':
+            return Object();
+        case '3':
+            return Elements();
+        case '7':
+            return Alternative();
         case 'E': // a reference
             return Symbol();
         case 'F': // a pointer to a member, as the compiler stores it
@@ -676,11 +759,60 @@ private:
         case 'I':
         case 'J':
             Put("{");
+            if (!IsAt("?")) // a null pointer has no function
+                return PutOffsets({}, c - 'H' + 1, "}");
             Address();
             return PutOffsets(", ", c - 'H' + 1, "}");
         default:
             return Fail();
         }
+    }
+
+    // An object of a class: its type and the values of its bases and members.
+    KX_NOINLINE void Object()
+    {
+        const ZLevel level(*this);
+        Type();
+        Put("{");
+        for (Text before; !ConsumeEnd('@'); before = ", ")
+        {
+            Put(before);
+            if (!IsAt("2") && !IsAt("3") && !IsAt("7"))
+                SkipType();
+            Value();
+        }
+        Put("}");
+    }
+
+    KX_NOINLINE void Elements()
+    {
+        const ZLevel level(*this);
+        SkipType();
+        Put("{");
+        for (Text before; !ConsumeEnd('@'); before = ", ")
+        {
+            Put(before);
+            Value();
+            Expect("@");
+        }
+        Put("}");
+    }
+
+    // An object of a union: its type, and the member that it holds, if any.
+    KX_NOINLINE void Alternative()
+    {
+        const ZLevel level(*this);
+        Type();
+        Put("{");
+        if (!ConsumeEnd('@'))
+        {
+            Put(".");
+            Put(PlainName());
+            Put(" = ");
+            Value();
+            Expect("@");
+        }
+        Put("}");
     }
 
     void Address()
@@ -900,5 +1032,6 @@ void demangle(ZStackStringBase& out, std::string_view mangled, bool verbose)
     }
     ZDemangler demangler(mangled, verbose);
     demangler.Symbol();
+    demangler.Suffix();
     out.append(demangler.IsComplete() ? demangler.Written() : mangled);
 }

@@ -7,6 +7,9 @@
 // of run-time types, in the 32-bit and the 64-bit form. It does not read types of managed code, based pointers,
 // floating-point template arguments, and names that their compiler had to replace by a hash.
 //
+// What compilers and linkers append to a part or a copy of a function is in brackets: "void f(void) [.cold]". String
+// literals do not tell char16_t and char32_t from char, so these two are guessed from the bytes.
+//
 // The result is for people and cannot be compiled. The calling convention and the access follow the return type. A
 // return type that is a pointer to a function is written in one piece. What has no name is in quotes, as in
 // "Alpha::'vftable'". Private members read "privat: ", a spelling that is kept for users who compare results.

@@ -77,7 +77,9 @@ protected:
         return *m_pRead++;
     }
 
-    bool IsAt(Text text) const { return Text(m_pRead, static_cast<size_t>(m_pEnd - m_pRead)).starts_with(text); }
+    Text Rest() const { return {m_pRead, static_cast<size_t>(m_pEnd - m_pRead)}; }
+
+    bool IsAt(Text text) const { return Rest().starts_with(text); }
 
     bool Consume(char c)
     {
