@@ -72,13 +72,24 @@ struct SName
 
     Text m_text;
     ENameKind m_kind = kPlain;
+    bool m_bTemplate = false;
 };
 
 // The functions of the grammar. Each reads its piece of the symbol and writes the output for it.
 class ZDemangler : public kx::detail::ZDemangleText
 {
 public:
-    ZDemangler(Text symbol, bool bVerbose) : ZDemangleText(symbol), m_bVerbose(bVerbose) {}
+    ZDemangler(Text symbol, const SDemangleOptions& options, std::span<char> memory)
+        : ZDemangleText(symbol, memory),
+          m_bVerbose(options.m_bVerbose),
+          m_bModern(options.m_bModern),
+          m_nMaxLevel(m_bModern ? UINT32_MAX : kMaxLevel),
+          m_nLowestStack(m_bModern ? LowestStack(options.m_nStack) : 0)
+    {
+    }
+
+    // Whether the symbol was not read because it needs more memory or stack than there is.
+    bool IsTooLarge() const { return m_bTooDeep || IsTextFull(); }
 
     KX_NOINLINE void Symbol()
     {
@@ -113,18 +124,31 @@ private:
     public:
         explicit ZLevel(ZDemangler& demangler) : m_demangler(demangler)
         {
-            if (++m_demangler.m_nLevel > kMaxLevels)
-                m_demangler.Fail();
+            if (++m_demangler.m_nLevel > m_demangler.m_nMaxLevel
+                || kx::detail::AddressOf(this) < m_demangler.m_nLowestStack)
+                m_demangler.FailTooDeep();
         }
         ZLevel(const ZLevel&) = delete;
         ZLevel& operator=(const ZLevel&) = delete;
         ~ZLevel() { --m_demangler.m_nLevel; }
 
     private:
-        static constexpr uint32 kMaxLevels = 128;
-
         ZDemangler& m_demangler;
     };
+
+    // The stack grows down. What the functions take below the last level that is checked is left for them.
+    std::uintptr_t LowestStack(uint32 nBytes) const
+    {
+        constexpr uint32 kBelowLastLevel = 4096;
+        const std::uintptr_t nHere = kx::detail::AddressOf(this);
+        return nHere - std::min<std::uintptr_t>(nHere, std::max(nBytes, kBelowLastLevel) - kBelowLastLevel);
+    }
+
+    void FailTooDeep()
+    {
+        m_bTooDeep = m_bTooDeep || !HasFailed();
+        Fail();
+    }
 
     void PutVerbose(Text text)
     {
@@ -161,6 +185,8 @@ private:
     {
         const uint32 nBegin = End();
         SName name = FirstComponent();
+        const char* pScopes = Position();
+        const uint32 nNames = m_names.Size();
         if (name.m_kind == SName::kConstructor || name.m_kind == SName::kDestructor)
         {
             const uint32 nClass = Scopes(Component());
@@ -173,8 +199,26 @@ private:
             Scopes(name.m_text);
         else
             Unstash(name.m_text);
+        if (m_bModern && name.m_bTemplate && Peek() >= '0' && Peek() <= '4')
+            EnterVariable(name.m_text, pScopes, nNames, nBegin);
         name.m_text = Stash(nBegin);
         return name;
+    }
+
+    // Current encoders enter the template of a variable in the name table, and not that of a function. Which of them it
+    // is follows after the scopes. If these refer to the table, they are read again with the entry. That is done a few
+    // times only, so that it cannot double the time at each level.
+    void EnterVariable(Text name, const char* pScopes, uint32 nNames, uint32 nBegin)
+    {
+        const std::string_view scopes(pScopes, static_cast<size_t>(Position() - pScopes));
+        if (std::ranges::none_of(scopes, IsDigit) || m_nReread == kMaxReread)
+            return m_names.Insert(nNames, name);
+        ++m_nReread;
+        m_names.Shrink(nNames);
+        m_names.Add(name);
+        Drop(nBegin);
+        Reread(pScopes);
+        Scopes(name);
     }
 
     SName FirstComponent()
@@ -214,10 +258,12 @@ private:
         if (Consume('$'))
         {
             const SName name = Template();
+            if (m_bModern)
+                m_names.Add(name.m_text);
             return name.m_kind == SName::kPlain ? name.m_text : (Fail(), Text());
         }
         if (Consume("A0x")) // first, because it could be the beginning of a number
-            return ReadToAt(), "'anonymous namespace'";
+            return AnonymousNamespace(ReadToAt());
 
         const uint32 nBegin = End();
         Put("'");
@@ -227,6 +273,17 @@ private:
             Block();
         Put("'");
         return Stash(nBegin);
+    }
+
+    // One of the current encoders enters such namespaces in the name table. It writes their number in lower case. The
+    // other one writes it in upper case and spells it out each time.
+    Text AnonymousNamespace(Text number)
+    {
+        constexpr Text kName = "'anonymous namespace'";
+        const bool bEnter = std::ranges::none_of(number, [](char c) { return c >= 'A' && c <= 'F'; });
+        if (m_bModern && bEnter && !m_names.Contains(kName))
+            m_names.Add(kName);
+        return kName;
     }
 
     // The name table has the plain names in the order in which they are first read. There is one for the whole symbol,
@@ -242,13 +299,16 @@ private:
         return name;
     }
 
-    // Writes the number of a block. A number of one digit is written in decimal. A number in letters is written plus 1,
-    // in hexadecimal. So both "?9" and "?P@" read 10.
+    // Writes the number of a block. The modern form has it in decimal. In the other one, this is so for a number of one
+    // digit; one in letters is written plus 1, in hexadecimal. So both "?9" and "?P@" read 10.
     void Block()
     {
         if (IsDigit(Peek()))
             return PutNumber();
-        const uint64 nBlock = (Consume('@') ? 0 : ReadNumber().m_nMagnitude) + 1;
+        const uint64 nNumber = Consume('@') ? 0 : ReadNumber().m_nMagnitude;
+        if (m_bModern)
+            return PutInteger(nNumber);
+        const uint64 nBlock = nNumber + 1;
         if (nBlock == 0)
             Fail();
         int nShift = 60;
@@ -261,15 +321,46 @@ private:
     void PutNibble(uint64 nDigits) { Put(Text("0123456789ABCDEF").substr(nDigits & 15, 1)); }
 
     // After "?$".
-    KX_NOINLINE SName Template()
+    SName Template()
     {
+        if (m_bModern)
+            return TemplateWithTables();
+        const uint32 nTypes = m_types.Size();
+        const SMark mark = StashMark();
         const uint32 nBegin = End();
+        SName name = TemplateName();
+        m_types.Shrink(nTypes);
+        ReleaseStash(mark);
+        name.m_text = Stash(nBegin);
+        return name;
+    }
+
+    // Current encoders begin new tables for each template. The template itself then is one entry of the outer table, so
+    // its text is kept.
+    KX_NOINLINE SName TemplateWithTables()
+    {
+        const SMark mark = StashMark();
+        const Text names = SetAside(m_names);
+        const Text types = SetAside(m_types);
+        const uint32 nBegin = End();
+        SName name = TemplateName();
+        m_names.Restore(names);
+        m_types.Restore(types);
+        ReleaseStash(mark);
+        name.m_text = Stash(nBegin);
+        name.m_bTemplate = true;
+        KeepStash();
+        return name;
+    }
+
+    // Writes the name and the arguments.
+    KX_NOINLINE SName TemplateName()
+    {
         SName name = Consume('?') ? Operator() : SName{PlainName()};
         if (name.m_kind == SName::kUnscoped || name.m_kind == SName::kSymbol)
             Fail();
         Unstash(name.m_text);
         TemplateArguments();
-        name.m_text = Stash(nBegin);
         return name;
     }
 
@@ -699,10 +790,8 @@ private:
     // ---- Template arguments.
 
     // The parameters of functions in template arguments are entered in the type table until the arguments end.
-    KX_NOINLINE void TemplateArguments()
+    void TemplateArguments()
     {
-        const uint32 nTypes = m_types.Size();
-        const uint32 nStash = StashMark();
         Put("<");
         for (bool bFirst = true; !ConsumeEnd('@');)
         {
@@ -714,8 +803,6 @@ private:
             TemplateArgument();
         }
         Put(">");
-        ReleaseStash(nStash);
-        m_types.Shrink(nTypes);
     }
 
     void TemplateArgument()
@@ -1011,11 +1098,41 @@ private:
     static constexpr Text kAccess[] = {"privat: ", "protected: ", "public: "}; // the established spelling
     static constexpr Text kKinds[] = {"", "static ", "virtual ", "virtual "};
 
+    static constexpr uint32 kMaxLevel = 128;
+    static constexpr uint32 kMaxReread = 8;
+
     const bool m_bVerbose;
+    const bool m_bModern;
+    bool m_bTooDeep = false;
+    uint32 m_nReread = 0;
     uint32 m_nLevel = 0;
+    const uint32 m_nMaxLevel;
+    const std::uintptr_t m_nLowestStack;
     kx::detail::ZBackReferences m_names;
     kx::detail::ZBackReferences m_types;
 };
+
+// Reads the symbol in memory of its own.
+template <class TUse>
+KX_NOINLINE void ReadInOwnMemory(Text symbol, const SDemangleOptions& options, TUse use)
+{
+    char acMemory[32 * 1024];
+    ZDemangler demangler(symbol, options, acMemory);
+    demangler.Symbol();
+    demangler.Suffix();
+    use(demangler);
+}
+
+template <class TUse>
+void Read(Text symbol, const SDemangleOptions& options, TUse use)
+{
+    if (options.m_memory.empty())
+        return ReadInOwnMemory(symbol, options, use);
+    ZDemangler demangler(symbol, options, options.m_memory);
+    demangler.Symbol();
+    demangler.Suffix();
+    use(demangler);
+}
 } // namespace
 
 void demangle(ZStackStringBase& out, const char* mangled, bool verbose)
@@ -1025,13 +1142,39 @@ void demangle(ZStackStringBase& out, const char* mangled, bool verbose)
 
 void demangle(ZStackStringBase& out, std::string_view mangled, bool verbose)
 {
+    demangle(out, mangled, SDemangleOptions{.m_bVerbose = verbose});
+}
+
+void demangle(ZStackStringBase& out, std::string_view mangled, const SDemangleOptions& options)
+{
     if (!mangled.starts_with('?'))
     {
         mangled.remove_prefix(mangled.starts_with('_') ? 1 : 0);
         return out.append(mangled);
     }
-    ZDemangler demangler(mangled, verbose);
-    demangler.Symbol();
-    demangler.Suffix();
-    out.append(demangler.IsComplete() ? demangler.Written() : mangled);
+    Read(mangled, options,
+         [&](const ZDemangler& demangler) { out.append(demangler.IsComplete() ? demangler.Written() : mangled); });
+}
+
+SDemangled demangle(std::span<char> out, std::string_view mangled, const SDemangleOptions& options)
+{
+    SDemangled result{EDemangled::kNotASymbol, 0};
+    Text text;
+    if (mangled.starts_with('?'))
+        Read(mangled, options,
+             [&](const ZDemangler& demangler)
+             {
+                 text = demangler.IsComplete() ? demangler.Written() : Text();
+                 const bool bFits = text.size() < out.size();
+                 result = {!demangler.IsComplete()
+                               ? demangler.IsTooLarge() ? EDemangled::kTooLarge : EDemangled::kNotASymbol
+                           : bFits ? EDemangled::kRead
+                                   : EDemangled::kCut,
+                           text.size()};
+                 if (!out.empty())
+                     std::memmove(out.data(), text.data(), bFits ? text.size() : out.size() - 1);
+             });
+    if (!out.empty())
+        out[std::min<size_t>(result.m_nLength, out.size() - 1)] = '\0';
+    return result;
 }

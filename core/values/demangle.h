@@ -17,7 +17,47 @@
 
 #include "core/strings/stack_string.h"
 
+#include <span>
 #include <string_view>
+
+/// What demangle writes, and what it may use.
+struct SDemangleOptions
+{
+    /// With calling conventions, access and the keywords class, struct and union.
+    bool m_bVerbose = false;
+
+    /// Numbers the names as the encoders of today do, which begin new tables for each template. So symbols with
+    /// templates name the right entities.
+    ///
+    /// The default form has one table of names for the whole symbol. There, names after a template can be others than
+    /// the encoder meant: the last parameter of "?f@@YAXV?$A@D@N@@V12@@Z" is the class N::A<char>, and reads N::A.
+    bool m_bModern = false;
+
+    /// The bytes of stack that the modern form may take, beside the 33 KB that it takes if m_memory is empty.
+    ///
+    /// They limit how deep the symbol may nest. A level takes up to 600 bytes, or 1.2 KB without optimisation; 4 KB are
+    /// reserved. The default form is limited to 128 levels instead.
+    uint32 m_nStack = 96 * 1024;
+
+    /// The memory for the result and for the pieces that are stashed for it. If it is empty, there are 32 KB on the
+    /// stack.
+    std::span<char> m_memory = {};
+};
+
+/// What became of a symbol.
+enum class EDemangled : uint8
+{
+    kRead,
+    kNotASymbol, ///< It is damaged, or the name of a C function or variable, or has a form that is not read.
+    kCut,        ///< It was read, but the buffer has only the first characters.
+    kTooLarge,   ///< It needs more stack or memory than the options have.
+};
+
+struct SDemangled
+{
+    EDemangled m_result;
+    uint64 m_nLength; ///< of the complete declaration, without the terminator; 0 if it was not read
+};
 
 /// Appends the readable declaration of the symbol to out.
 ///
@@ -43,3 +83,11 @@
 /// optimisation.
 KX_API void demangle(ZStackStringBase& out, const char* mangled, bool verbose);
 KX_API void demangle(ZStackStringBase& out, std::string_view mangled, bool verbose);
+KX_API void demangle(ZStackStringBase& out, std::string_view mangled, const SDemangleOptions& options);
+
+/// Writes the readable declaration into a buffer, NUL-terminated, and says whether that worked.
+///
+/// Writes the empty string for what is not a symbol or not read. Writes nothing if the buffer has no bytes. The symbol
+/// and the memory of the options may be in the buffer, but the symbol may not be in that memory.
+[[nodiscard]] KX_API SDemangled demangle(std::span<char> out, std::string_view mangled,
+                                         const SDemangleOptions& options = {});

@@ -3,25 +3,78 @@
 
 #include "core/platform/platform.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <iterator>
+#include <span>
 #include <string_view>
 
 namespace kx::detail
 {
+/// The strings that a symbol can refer to by one digit: the first ten. Later ones are not entered.
+class ZBackReferences
+{
+public:
+    using Text = std::string_view;
+
+    bool IsFull() const { return m_nSize == std::size(m_texts); }
+    bool Contains(Text text) const
+    {
+        for (uint32 i = 0; i < m_nSize; ++i)
+        {
+            if (m_texts[i] == text)
+                return true;
+        }
+        return false;
+    }
+
+    void Add(Text text) { Insert(m_nSize, text); }
+
+    // The entries from there on move up. In a full table, the last one leaves.
+    void Insert(uint32 nIndex, Text text)
+    {
+        if (nIndex == std::size(m_texts))
+            return;
+        m_nSize += IsFull() ? 0 : 1;
+        std::copy_backward(m_texts + nIndex, m_texts + m_nSize - 1, m_texts + m_nSize);
+        m_texts[nIndex] = text;
+    }
+
+    uint32 Size() const { return m_nSize; }
+    void Shrink(uint32 nSize) { m_nSize = nSize; }
+
+    Text Bytes() const { return {reinterpret_cast<const char*>(m_texts), m_nSize * sizeof(Text)}; }
+    void Restore(Text bytes)
+    {
+        bytes.copy(reinterpret_cast<char*>(m_texts), bytes.size());
+        m_nSize = static_cast<uint32>(bytes.size() / sizeof(Text));
+    }
+
+    // Returns the empty string if there is none.
+    Text operator[](char cDigit) const
+    {
+        const uint32 nIndex = static_cast<uint32>(cDigit - '0');
+        return nIndex < m_nSize ? m_texts[nIndex] : Text();
+    }
+
+private:
+    Text m_texts[10];
+    uint32 m_nSize = 0;
+};
 /// The symbol and the output of one call.
 ///
 /// Output is appended. A symbol has some parts in another order than the output. A piece that is decoded before it is
 /// needed is written, stashed at the far end of the buffer, and appended later:
 ///
-///      m_acText
+///      m_pText
 ///      +---------------------------+------------------------------+--------------------------+
 ///      | output --->               |  free                        |     <--- stashed pieces  |
 ///      +---------------------------+------------------------------+--------------------------+
 ///                                m_nEnd                        m_nStash
 ///
-/// Stashed pieces never move, so they are passed around as views, like pieces of the symbol.
+/// Stashed pieces never move, so they are passed around as views, like pieces of the symbol. A piece that a table
+/// refers to is kept until the table ends: KeepStash says that what is stashed so far is not freed by Unstash.
 ///
 /// There is one kind of failure, and it is permanent: the symbol cannot be read. It moves the reading position to the
 /// end, where no function finds anything to read, so all of them return soon. What they write is ignored.
@@ -37,7 +90,14 @@ public:
     bool IsComplete() const { return !m_bFailed && m_pRead == m_pEnd; }
 
 protected:
-    explicit ZDemangleText(Text symbol) : m_pRead(symbol.data()), m_pEnd(m_pRead + symbol.size()) {}
+    ZDemangleText(Text symbol, std::span<char> memory)
+        : m_pRead(symbol.data()),
+          m_pEnd(m_pRead + symbol.size()),
+          m_pText(memory.data()),
+          m_nStash(static_cast<uint32>(std::min<size_t>(memory.size(), 0x7FFFFFFF))),
+          m_nKept(m_nStash)
+    {
+    }
     ZDemangleText(const ZDemangleText&) = delete;
     ZDemangleText& operator=(const ZDemangleText&) = delete;
 
@@ -53,7 +113,16 @@ protected:
         m_pRead = m_pEnd;
     }
 
+    void FailFull()
+    {
+        m_bFull = m_bFull || !m_bFailed;
+        Fail();
+    }
+
     bool HasFailed() const { return m_bFailed; }
+
+    // Whether the first failure was that the memory was used up.
+    bool IsTextFull() const { return m_bFull; }
 
     // Checks a string from a table of codes: an empty one is a failure.
     Text Known(Text text)
@@ -66,6 +135,9 @@ protected:
     // ---- Reading.
 
     const char* Position() const { return m_pRead; }
+
+    // Returns to a position from before, unless there was a failure.
+    void Reread(const char* pPosition) { m_pRead = m_bFailed ? m_pEnd : pPosition; }
 
     // Returns NUL at the end. No code contains NUL.
     char Peek() const { return m_pRead != m_pEnd ? *m_pRead : '\0'; }
@@ -141,23 +213,23 @@ protected:
 
     uint32 End() const { return m_nEnd; }
 
-    Text WrittenSince(uint32 nBegin) const { return {m_acText + nBegin, m_nEnd - nBegin}; }
+    Text WrittenSince(uint32 nBegin) const { return {m_pText + nBegin, m_nEnd - nBegin}; }
 
     void Put(Text text)
     {
         if (text.size() > m_nStash - m_nEnd)
-            return Fail();
-        text.copy(m_acText + m_nEnd, text.size());
+            return FailFull();
+        text.copy(m_pText + m_nEnd, text.size());
         m_nEnd += static_cast<uint32>(text.size());
     }
 
     template <class T>
     void PutInteger(T value)
     {
-        const auto result = std::to_chars(m_acText + m_nEnd, m_acText + m_nStash, value);
+        const auto result = std::to_chars(m_pText + m_nEnd, m_pText + m_nStash, value);
         if (result.ec != std::errc())
-            return Fail();
-        m_nEnd = static_cast<uint32>(result.ptr - m_acText);
+            return FailFull();
+        m_nEnd = static_cast<uint32>(result.ptr - m_pText);
     }
 
     // Removes what was written since nBegin.
@@ -168,10 +240,10 @@ protected:
     {
         const uint32 nSize = m_nEnd - nBegin;
         if (nSize > m_nStash - m_nEnd)
-            return Fail(), Text();
+            return FailFull(), Text();
         m_nStash -= nSize;
-        std::memcpy(m_acText + m_nStash, m_acText + nBegin, nSize);
-        return {m_acText + m_nStash, nSize};
+        std::memcpy(m_pText + m_nStash, m_pText + nBegin, nSize);
+        return {m_pText + m_nStash, nSize};
     }
 
     // Stashes what was written since nBegin and removes it from the output.
@@ -186,60 +258,45 @@ protected:
     void Unstash(Text text)
     {
         Put(text);
-        if (text.data() == m_acText + m_nStash)
+        if (text.data() == m_pText + m_nStash && m_nStash < m_nKept)
             m_nStash += static_cast<uint32>(text.size());
     }
 
-    // Frees all that was stashed between the two calls.
-    uint32 StashMark() const { return m_nStash; }
-    void ReleaseStash(uint32 nMark) { m_nStash = nMark; }
+    // Frees all that was stashed between the two calls, kept or not.
+    struct SMark
+    {
+        uint32 m_nStash, m_nKept;
+    };
+    SMark StashMark() const { return {m_nStash, m_nKept}; }
+    void ReleaseStash(SMark mark)
+    {
+        m_nStash = mark.m_nStash;
+        m_nKept = mark.m_nKept;
+    }
+
+    void KeepStash() { m_nKept = m_nStash; }
+
+    // Stashes the entries of a table and leaves it empty.
+    Text SetAside(ZBackReferences& table)
+    {
+        const Text entries = table.Bytes();
+        if (entries.size() > m_nStash - m_nEnd)
+            return FailFull(), Text();
+        m_nStash -= static_cast<uint32>(entries.size());
+        entries.copy(m_pText + m_nStash, entries.size());
+        table.Shrink(0);
+        return {m_pText + m_nStash, entries.size()};
+    }
 
 private:
-    static constexpr uint32 kSize = 32 * 1024;
-
     const char* m_pRead;
     const char* const m_pEnd;
     bool m_bFailed = false;
+    bool m_bFull = false;
+    char* const m_pText;
     uint32 m_nEnd = 0;
-    uint32 m_nStash = kSize;
-    char m_acText[kSize]; // uninitialised but for the output and the stash
+    uint32 m_nStash;
+    uint32 m_nKept;
 };
 
-/// The strings that a symbol can refer to by one digit: the first ten. Later ones are not entered.
-class ZBackReferences
-{
-public:
-    using Text = std::string_view;
-
-    bool IsFull() const { return m_nSize == std::size(m_texts); }
-    bool Contains(Text text) const
-    {
-        for (uint32 i = 0; i < m_nSize; ++i)
-        {
-            if (m_texts[i] == text)
-                return true;
-        }
-        return false;
-    }
-
-    void Add(Text text)
-    {
-        if (!IsFull())
-            m_texts[m_nSize++] = text;
-    }
-
-    uint32 Size() const { return m_nSize; }
-    void Shrink(uint32 nSize) { m_nSize = nSize; }
-
-    // Returns the empty string if there is none.
-    Text operator[](char cDigit) const
-    {
-        const uint32 nIndex = static_cast<uint32>(cDigit - '0');
-        return nIndex < m_nSize ? m_texts[nIndex] : Text();
-    }
-
-private:
-    Text m_texts[10];
-    uint32 m_nSize = 0;
-};
 } // namespace kx::detail
