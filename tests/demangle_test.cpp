@@ -39,7 +39,7 @@ std::string Repeat(int nCount, const std::string& text)
 
 // The stack that the call is documented to take, and 6 KB for the thread itself.
 #if defined(__OPTIMIZE__)
-constexpr size_t kStack = 116 * 1024;
+constexpr size_t kStack = size_t{116} * 1024;
 #else
 constexpr size_t kStack = 196 * 1024;
 #endif

@@ -55,7 +55,7 @@ TEST_F(HashTest, HashesSignedBytes)
     {
         eOne = 1
     };
-    EXPECT_EQ(HashBytes("a\0", 3), HashKey(std::string_view("a\0", 3)));
+    EXPECT_EQ(HashBytes("a\0b", 3), HashKey(std::string_view("a\0b", 3)));
     EXPECT_EQ(HashKey(ZString("text")), HashKey(std::string("text")));
     EXPECT_EQ(HashKey(int64{1}), HashKey(EKey::eOne));
     EXPECT_EQ((0x811C9DC5 ^ 0xFFFFFFFE) * 16777619u, HashKey(int8{-2}));

@@ -296,7 +296,7 @@ TEST_F(Json, ReadsLineAfterLine)
     // Lines around the size of a block, blank ones, and a last one without an end.
     std::string text;
     TArray<ZDynamicObject> expected;
-    for (const size_t nSize : {1, 65000, 530, 0, 65534, 200000, 3})
+    for (const size_t nSize : {1u, 65000u, 530u, 0u, 65534u, 200000u, 3u})
     {
         expected.Add(ZString(std::string(nSize, 'x')));
         text += Written(expected.End()[-1]) + "\n" + (nSize == 0 ? " \r\n\n" : "");

@@ -10,7 +10,7 @@ TEST(ResourceID, HoldsAndComparesBothHalves)
     std::memcpy(words, &id, sizeof(id));
     EXPECT_EQ(0x01234567u, words[0]);
     EXPECT_EQ(0x89ABCDEFu, words[1]);
-    for (const uint64 nOther : {0x0023456789ABCDEF, 0x0123456789ABCDEE})
+    for (const uint64 nOther : {0x0023456789ABCDEFu, 0x0123456789ABCDEEu})
         EXPECT_FALSE(id == ZRuntimeResourceID::Create(nOther));
     EXPECT_TRUE(ZRuntimeResourceID() == ZRuntimeResourceID::Create(UINT64_MAX));
 }

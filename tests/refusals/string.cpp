@@ -8,7 +8,7 @@
 
 void Use(char c)
 {
-    int nNumber = 0;
+    [[maybe_unused]] int nNumber = 0;
     KX_REFUSE(DROPPED_PIECE, "ignoring return value", ZString("a.b").Substring(0, 1));
     KX_REFUSE(DROPPED_SUCCESS, "ignoring return value", IntFromString("7", &nNumber));
     [[maybe_unused]] static constexpr char kWord[] = {'w', 'o', 'r', 'd'};
