@@ -3,6 +3,10 @@
 #include "tests/support/modeltest.h"
 #include "tests/support/player.h"
 
+#ifdef KX_ANNOTATE_SPARE_CAPACITY
+#include <sanitizer/asan_interface.h>
+#endif
+
 namespace
 {
 using SequenceTest = JournalTest;
@@ -103,6 +107,55 @@ TEST_F(SequenceTest, ArraysBreakOutsideOfTheirElements)
     EXPECT_BREAK(maxArray.Insert(maxArray.Begin(), 4));
     EXPECT_BREAK((TMaxArray<int, 1>{1, 2}));
 }
+
+#ifdef KX_ANNOTATE_SPARE_CAPACITY
+// In buffers of any alignment: what is poisoned is the whole words of the spare capacity and nothing else.
+TEST(SpareCapacityTest, IsPoisoned)
+{
+    alignas(8) static char s_acMemory[128];
+    static int s_nShift, s_nBlocks;
+    struct Shifting : IAllocator
+    {
+        void* Allocate(uint64, uint64, uint32) override { return s_acMemory + s_nShift + s_nBlocks++ % 2 * 64; }
+        void Free(void*) override {}
+    } shifting;
+    GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, &shifting);
+    using Array = TArray<char>;
+    void (*const operations[])(Array&) = {
+        [](Array& array) { array.Add('a'), array.Insert(0, 'b'); },
+        [](Array& array) { array.Resize(11), array.Erase(5); },
+        [](Array& array) { array.Clear(), array.Resize(9), array.Resize(3); },
+        [](Array& array) { array.Reserve(30), array.Reserve(17, true); },
+        [](Array& array) { static_cast<void>(Array(std::move(array))); },
+        [](Array& array) {
+            array = Array{'d', 'e', 'f'}, array.Insert(3, 'c');
+        },
+    };
+    for (s_nShift = 0; s_nShift < 8; ++s_nShift)
+    {
+        Array array(20);
+        const auto isExact = [&]
+        {
+            for (const char& c : s_acMemory)
+            {
+                const uint64 nWord = kx::detail::AddressOf(&c) / 8 * 8;
+                const bool bSpare = nWord >= kx::detail::AddressOf(array.Begin()) && &c >= array.End()
+                                    && nWord + 8 <= kx::detail::AddressOf(array.Begin() + array.Capacity());
+                if (bSpare != (__asan_address_is_poisoned(&c) != 0))
+                    return false;
+            }
+            return true;
+        };
+        EXPECT_DEATH(*static_cast<volatile char*>(array.End() + 8) = 1, "container-overflow");
+        for (const auto operation : operations)
+        {
+            operation(array);
+            EXPECT_TRUE(isExact()) << s_nShift;
+        }
+    }
+    GetMemoryManager()->UnInstallAllocator(ALLOCATOR_NORMAL);
+}
+#endif
 
 TEST_F(SequenceTest, ArraysConstructExactlyAndCompare)
 {

@@ -27,6 +27,7 @@
 
 #include "core/containers/arrayenumerator.h"
 #include "core/containers/lifetime.h"
+#include "core/containers/sparecapacity.h"
 #include "core/memory/memorymanager.h"
 
 #include <concepts>
@@ -53,6 +54,7 @@ public:
     explicit TArray(uint64 nCapacity)
         : m_pBegin(AllocateElements(nCapacity)), m_pEnd(m_pBegin), m_pCapacityEnd(m_pBegin + nCapacity)
     {
+        MoveSpareStart(m_pCapacityEnd, m_pEnd);
     }
 
     /// Copies the values, in order, into a buffer of exactly that size.
@@ -60,12 +62,14 @@ public:
     /// `TArray<int>(10)` is empty and has a capacity of ten.
     TArray(std::initializer_list<T> values) : TArray(static_cast<uint64>(values.size()))
     {
+        MoveSpareStart(m_pEnd, m_pCapacityEnd);
         m_pEnd = kx::detail::CopyRange(m_pEnd, values.begin(), values.end());
     }
 
     /// Copies into a buffer of exactly other.Size() elements. Makes no allocation if other is empty.
     TArray(const TArray& other) : TArray(Distance(other.m_pBegin, other.m_pEnd))
     {
+        MoveSpareStart(m_pEnd, m_pCapacityEnd);
         m_pEnd = kx::detail::CopyRange(m_pEnd, other.m_pBegin, other.m_pEnd);
     }
 
@@ -85,7 +89,7 @@ public:
                           && offsetof(TArray, m_pCapacityEnd) == 16 && sizeof(TArray) == 24,
                       "the three pointers are the layout that type descriptions and debugger views rely on");
         DestroyElements();
-        GetNormalAllocator()->Free(m_pBegin);
+        FreeBuffer();
     }
 
     /// Destroys the old elements, then copy-constructs the new ones.
@@ -97,6 +101,7 @@ public:
             return *this;
         Clear();
         Reserve(Distance(other.m_pBegin, other.m_pEnd), false);
+        MoveSpareStart(m_pBegin, m_pBegin + Distance(other.m_pBegin, other.m_pEnd));
         m_pEnd = kx::detail::CopyRange(m_pBegin, other.m_pBegin, other.m_pEnd);
         return *this;
     }
@@ -109,7 +114,7 @@ public:
         if (this == &other)
             return *this;
         DestroyElements();
-        GetNormalAllocator()->Free(m_pBegin);
+        FreeBuffer();
         m_pBegin = std::exchange(other.m_pBegin, nullptr);
         m_pEnd = std::exchange(other.m_pEnd, nullptr);
         m_pCapacityEnd = std::exchange(other.m_pCapacityEnd, nullptr);
@@ -183,6 +188,7 @@ public:
         kx::detail::BreakUnless(kx::detail::IsElement<T>(pos, m_pBegin, m_pEnd));
         kx::detail::EraseShifting<T>(pos, m_pEnd);
         --m_pEnd;
+        MoveSpareStart(m_pEnd + 1, m_pEnd);
         return pos;
     }
 
@@ -199,6 +205,7 @@ public:
     void Clear()
     {
         DestroyElements();
+        MoveSpareStart(m_pEnd, m_pBegin);
         m_pEnd = m_pBegin;
     }
 
@@ -228,6 +235,7 @@ public:
         {
             m_pEnd = m_pBegin + nSize;
             kx::detail::DestroyRange(m_pEnd, pOldEnd);
+            MoveSpareStart(pOldEnd, m_pEnd);
             return;
         }
         Append(nSize - Distance(m_pBegin, m_pEnd), [](T* pStorage) { kx::detail::ConstructAt(pStorage); });
@@ -239,6 +247,7 @@ public:
     void Append(uint64 nCount, TConstruct construct)
     {
         Reserve(Distance(m_pBegin, m_pEnd) + nCount);
+        MoveSpareStart(m_pEnd, m_pEnd + nCount);
         [&]() noexcept
         {
             for (T* pNewEnd = m_pEnd + nCount; m_pEnd != pNewEnd; ++m_pEnd)
@@ -288,10 +297,24 @@ private:
     // Makes the buffer of nCapacity elements at pNew this array's own and frees the old one, even if it is null.
     void AdoptBuffer(T* pNew, uint64 nSize, uint64 nCapacity)
     {
+        MoveSpareStart(m_pEnd, m_pCapacityEnd);
         m_pCapacityEnd = pNew + nCapacity;
         m_pEnd = pNew + nSize;
         GetNormalAllocator()->Free(m_pBegin);
         m_pBegin = pNew;
+        MoveSpareStart(m_pCapacityEnd, m_pEnd);
+    }
+
+    // Calls Free even if there is no buffer.
+    void FreeBuffer()
+    {
+        MoveSpareStart(m_pEnd, m_pCapacityEnd);
+        GetNormalAllocator()->Free(m_pBegin);
+    }
+
+    void MoveSpareStart(const T* pOldEnd, const T* pNewEnd) const
+    {
+        kx::detail::MoveSpareStart(m_pBegin, m_pCapacityEnd, pOldEnd, pNewEnd);
     }
 
     template <class TValue>
@@ -299,6 +322,7 @@ private:
     {
         if (m_pEnd == m_pCapacityEnd) [[unlikely]]
             return *InsertGrowing(m_pEnd, std::forward<TValue>(value));
+        MoveSpareStart(m_pEnd, m_pEnd + 1);
         T* pNew = kx::detail::ConstructAt(m_pEnd, std::forward<TValue>(value));
         ++m_pEnd;
         return *pNew;
@@ -316,6 +340,7 @@ private:
         kx::detail::BreakUnless(kx::detail::IsInsertPosition<T>(pos, m_pBegin, m_pEnd));
         if (m_pEnd == m_pCapacityEnd)
             return InsertGrowing(pos, std::forward<TValue>(value));
+        MoveSpareStart(m_pEnd, m_pEnd + 1);
         kx::detail::InsertShifting<T>(pos, m_pEnd, std::forward<TValue>(value));
         ++m_pEnd;
         return pos;

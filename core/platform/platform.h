@@ -83,6 +83,15 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 #define KX_INIT_FIRST __attribute__((init_priority(101)))
 #endif
 
+// KX_ASAN is defined in a source that is compiled with AddressSanitizer.
+#if defined(__SANITIZE_ADDRESS__)
+#define KX_ASAN
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KX_ASAN
+#endif
+#endif
+
 // KX_LIFETIMEBOUND after a parameter, or after the parameters of a member function, says that the result refers to the
 // argument, or to the object. A compiler that knows it warns if these are temporaries and the result outlives them.
 #if defined(__has_cpp_attribute)
