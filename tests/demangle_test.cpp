@@ -44,24 +44,29 @@ constexpr size_t kStack = size_t{116} * 1024;
 constexpr size_t kStack = 196 * 1024;
 #endif
 
+// What the default options of the modern form allow, in any build.
+constexpr size_t kModernStack = (96 + 33 + 6) * 1024;
+
 // Runs into the guard page of the thread if the call takes more.
-void DemangleOnASmallStack(std::string symbol)
+void DemangleOnASmallStack(std::string symbol, bool bModern)
 {
 #if !defined(KX_TEST_SANITIZED)
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, kStack);
+    pthread_attr_setstacksize(&attributes, bModern ? kModernStack : kStack);
+    static ZStackString<100000> s_text;
+    static SDemangleOptions s_options;
+    s_options = {.m_bVerbose = true, .m_bModern = bModern};
     const auto run = [](void* pSymbol) -> void*
     {
-        static ZStackString<100000> s_text;
-        demangle(s_text, *static_cast<std::string*>(pSymbol), true);
+        demangle(s_text, *static_cast<std::string*>(pSymbol), s_options);
         return nullptr;
     };
     pthread_t thread{};
     ASSERT_EQ(0, pthread_create(&thread, &attributes, run, &symbol));
     pthread_join(thread, nullptr);
 #else
-    static_cast<void>(symbol);
+    static_cast<void>(symbol), static_cast<void>(bModern);
 #endif
 }
 } // namespace
@@ -87,6 +92,39 @@ TEST(Demangle, ReadsEveryCodeAndAppendsAsItIsWhatItCannotRead)
         }
 }
 
+// Each symbol was written by an encoder for a declaration that the modern text repeats.
+TEST(Demangle, NamesTheEntitiesOfTheEncoderInTheModernForm)
+{
+    for (const auto& [symbol, modern, other] : ReadTable("modern.tsv"))
+    {
+        EXPECT_EQ(modern, Demangled(symbol, {.m_bVerbose = true, .m_bModern = true}));
+        EXPECT_EQ(other.empty() ? modern : other, Demangled(symbol, true));
+        for (size_t i = 0; i < symbol.size(); ++i)
+            EXPECT_TRUE(IsDemangledSoundly(symbol.substr(0, i), 30)) << symbol.substr(0, i);
+
+        // The buffer receives as much as it takes.
+        std::string buffer(modern.size() + 1, '?');
+        for (size_t i = 0; i <= buffer.size(); ++i)
+        {
+            const auto [eResult, nLength] =
+                demangle(std::span(buffer.data(), i), symbol, {.m_bVerbose = true, .m_bModern = true});
+            EXPECT_EQ(i == buffer.size() ? EDemangled::kRead : EDemangled::kCut, eResult);
+            EXPECT_EQ(modern.size(), nLength);
+            EXPECT_TRUE(i == 0 || modern.substr(0, i - 1) == buffer.c_str());
+        }
+    }
+    char acText[9] = "rubbish";
+    for (const char* pszOther : {"", "_main", "?x@@", "?f@@YAXXZ rest"})
+    {
+        EXPECT_EQ(EDemangled::kNotASymbol, demangle(acText, pszOther).m_result) << pszOther;
+        EXPECT_STREQ("", acText);
+    }
+    char acMemory[12];
+    EXPECT_EQ(EDemangled::kTooLarge, demangle(acText, "?x@very@long@name@@3HA", {.m_memory = acMemory}).m_result);
+    EXPECT_EQ(EDemangled::kRead, demangle(acMemory, "?x@y@@3HA", {.m_memory = acMemory}).m_result);
+    EXPECT_STREQ("int y::x", acMemory);
+}
+
 TEST(Demangle, BoundsTheDepthTheStackAndTheText)
 {
     // The levels of a pointer to a pointer, of nested templates, scopes, functions, arrays and symbols.
@@ -108,12 +146,22 @@ TEST(Demangle, BoundsTheDepthTheStackAndTheText)
     {
         const auto nested = [&](int nCount)
         { return row.m_begin + Repeat(nCount, row.m_open) + row.m_middle + Repeat(nCount, row.m_close) + row.m_end; };
-        DemangleOnASmallStack(nested(row.m_nMax));
+        DemangleOnASmallStack(nested(row.m_nMax), false);
+        DemangleOnASmallStack(nested(5000), true);
+
+        // With the memory for it, the modern form reads the deepest symbol that an encoder writes.
+        const std::string symbol = nested(static_cast<int>(4096 / (row.m_open.size() + row.m_close.size())));
+        static char s_acText[100];
+        SDemangleOptions options{.m_bModern = true};
+        EXPECT_EQ(EDemangled::kTooLarge, demangle(s_acText, symbol, options).m_result) << row.m_open;
+        std::vector<char> memory(4 << 20);
+        options.m_memory = memory;
+        options.m_nStack = 6 << 20;
+        EXPECT_EQ(EDemangled::kCut, demangle(s_acText, symbol, options).m_result) << row.m_open;
         const auto read = [&](int nCount)
         {
-            const std::string symbol = nested(nCount);
-            EXPECT_TRUE(IsDemangledSoundly(symbol, 100)) << nCount << " of " << row.m_open;
-            return IsRead(Demangled(symbol, true));
+            EXPECT_TRUE(IsDemangledSoundly(nested(nCount), 100)) << nCount << " of " << row.m_open;
+            return IsRead(Demangled(nested(nCount), true));
         };
         EXPECT_TRUE(read(row.m_nMax)) << row.m_open;
         EXPECT_FALSE(read(row.m_nMax + 1)) << row.m_open;

@@ -753,11 +753,13 @@ private:
     }
 
     // After a function or an array: a pointer to it is in parentheses.
-    void PutInParentheses(const SDeclarator* pDeclarator)
+    void PutInParentheses(const SDeclarator* pDeclarator, uint8 nWritten = 0)
     {
         if (pDeclarator == nullptr)
             return;
-        PutCv(pDeclarator->m_targetCv);
+        if (kx::detail::AddressOf(&pDeclarator) < m_nLowestStack) // an array of arrays nests here without a level
+            return FailTooDeep();
+        PutCv(static_cast<uint8>(pDeclarator->m_targetCv & ~nWritten));
         if (pDeclarator->m_mark.empty())
             return PutDeclarators(pDeclarator, {});
         Put("(");
@@ -768,11 +770,12 @@ private:
     void PutDeclarators(const SDeclarator* pDeclarator, Text beforeClass)
     {
         Text before = beforeClass;
+        uint8 nCv = 0;
         for (; pDeclarator != nullptr; pDeclarator = pDeclarator->m_pNext)
         {
             if (pDeclarator->m_mark.empty())
             {
-                PutInParentheses(pDeclarator->m_pNext);
+                PutInParentheses(pDeclarator->m_pNext, nCv); // the elements are pointers, with a cv of their own
                 return Unstash(pDeclarator->m_text);
             }
             if (!pDeclarator->m_text.empty())
@@ -782,8 +785,9 @@ private:
                 Put("::");
             }
             Put(pDeclarator->m_mark);
-            PutCv(pDeclarator->m_cv);
-            before = pDeclarator->m_cv != 0 ? Text(" ") : beforeClass;
+            nCv = pDeclarator->m_cv;
+            PutCv(nCv);
+            before = nCv != 0 ? Text(" ") : beforeClass;
         }
     }
 

@@ -7,12 +7,17 @@
 #include <memory>
 
 // The result of demangle. The symbol is in a block of its exact size, so that a sanitizer sees a read past the end.
-inline std::string Demangled(std::string_view symbol, bool bVerbose)
+inline std::string Demangled(std::string_view symbol, const SDemangleOptions& options)
 {
     const std::vector<char> block(symbol.begin(), symbol.end());
     const auto pText = std::make_unique<ZStackString<100000>>();
-    demangle(*pText, std::string_view(block.data(), block.size()), bVerbose);
+    demangle(*pText, std::string_view(block.data(), block.size()), options);
     return std::string(std::string_view(*pText));
+}
+
+inline std::string Demangled(std::string_view symbol, bool bVerbose)
+{
+    return Demangled(symbol, SDemangleOptions{.m_bVerbose = bVerbose});
 }
 
 // No text of a symbol begins with a question mark, so a result that does is a symbol that was not read.
@@ -22,22 +27,23 @@ inline bool IsRead(std::string_view result)
 }
 
 // Whether demangle appends the result to a string of that capacity, after an old text, as append does.
-inline bool IsAppended(std::string_view symbol, bool bVerbose, uint32 nCapacity, const std::string& result)
+inline bool IsAppended(std::string_view symbol, const SDemangleOptions& options, uint32 nCapacity,
+                       const std::string& result)
 {
     GuardedString expected(nCapacity);
     GuardedString actual(nCapacity);
     expected.append("old text");
     actual.append("old text");
     expected.append(result);
-    demangle(actual, symbol, bVerbose);
+    demangle(actual, symbol, options);
     return actual.Intact() && std::string_view(expected) == std::string_view(actual);
 }
 
-// Whether both texts of the symbol are sound.
-inline bool IsDemangledSoundly(std::string_view symbol, uint32 nCapacity)
+// Whether the two texts of a form of the symbol are sound.
+inline bool IsDemangledSoundly(std::string_view symbol, uint32 nCapacity, bool bModern)
 {
-    const std::string plain = Demangled(symbol, false);
-    const std::string verbose = Demangled(symbol, true);
+    const std::string plain = Demangled(symbol, {.m_bModern = bModern});
+    const std::string verbose = Demangled(symbol, {.m_bVerbose = true, .m_bModern = bModern});
     if (!symbol.starts_with('?'))
         return plain == symbol.substr(symbol.starts_with('_') ? 1 : 0) && plain == verbose;
 
@@ -46,6 +52,12 @@ inline bool IsDemangledSoundly(std::string_view symbol, uint32 nCapacity)
     const bool bVerbose = IsRead(verbose);
     return (bPlain || plain == symbol) && (bVerbose || verbose == symbol)
            && (bPlain == bVerbose || (bPlain && plain.size() >= 1000))
-           && (!bPlain || !bVerbose || plain.size() <= verbose.size()) && IsAppended(symbol, false, nCapacity, plain)
-           && IsAppended(symbol, true, nCapacity, verbose);
+           && (!bPlain || !bVerbose || plain.size() <= verbose.size())
+           && IsAppended(symbol, {.m_bModern = bModern}, nCapacity, plain)
+           && IsAppended(symbol, {.m_bVerbose = true, .m_bModern = bModern}, nCapacity, verbose);
+}
+
+inline bool IsDemangledSoundly(std::string_view symbol, uint32 nCapacity)
+{
+    return IsDemangledSoundly(symbol, nCapacity, false) && IsDemangledSoundly(symbol, nCapacity, true);
 }
