@@ -14,17 +14,22 @@ using Symbols = std::vector<std::string>;
 
 struct SOwn
 {
-    explicit SOwn(bool bVerbose) : m_bVerbose(bVerbose) {}
+    explicit SOwn(bool bVerbose, bool bModern = false) : m_options{.m_bVerbose = bVerbose, .m_bModern = bModern} {}
 
     uint64 operator()(const std::string& symbol)
     {
         m_text.clear();
-        demangle(m_text, symbol.c_str(), m_bVerbose);
+        demangle(m_text, std::string_view(symbol), m_options);
         return m_text.size();
     }
 
-    bool m_bVerbose;
+    SDemangleOptions m_options;
     ZStackString<4096> m_text;
+};
+
+struct SOwnModern : SOwn
+{
+    explicit SOwnModern(bool bVerbose) : SOwn(bVerbose, true) {}
 };
 
 // Gets its output buffer back on each call, which saves it an allocation. The result 0 means that it cannot read the
@@ -84,7 +89,7 @@ void Demangle(benchmark::State& state, const Symbols& symbols, bool bVerbose)
         Consume(state, sum(), nExpected);
 }
 
-void RegisterList(const std::string& row, const char* pszFile)
+void RegisterList(const std::string& row, const char* pszFile, bool bModern = false)
 {
     const Symbols symbols = ReadSymbols(pszFile);
     for (const bool bVerbose : {true, false})
@@ -95,7 +100,7 @@ void RegisterList(const std::string& row, const char* pszFile)
             benchmark::RegisterBenchmark((name + "/" + pszContestant).c_str(), function, symbols, bVerbose)
                 ->Arg(static_cast<int64>(symbols.size()));
         };
-        add("demangle", Demangle<SOwn>);
+        add("demangle", bModern ? Demangle<SOwnModern> : Demangle<SOwn>);
         add("llvm::microsoftDemangle", Demangle<SLlvm>);
     }
 }
@@ -105,5 +110,6 @@ int main(int argc, char** argv)
 {
     RegisterList("symbols of the cases", "vectors.tsv");
     RegisterList("every code", "symbols.tsv");
+    RegisterList("current symbols, modern", "modern.tsv", true);
     return RunBenchmarks(argc, argv);
 }

@@ -4,9 +4,13 @@
 //   unresolved external symbol ?doTheBar@Beta@Alpha@@QBEHHM@Z
 //   unresolved external symbol int Alpha::Beta::doTheBar(int, float) const
 //
+// Frames of stack traces and lines of nm pass through in the same way. With --modern, symbols with templates name the
+// entities that the encoders of today mean.
+//
 // A symbol begins with "?" and extends as far as its characters can belong to one. A symbol that cannot be read stays
 // as it is. Input of any length passes through the same few buffers: a long line comes in pieces, and a symbol that the
-// end of a piece cuts is joined again. Every line of the output ends with "\n".
+// end of a piece cuts is joined again. Every line of the output ends with "\n", and is written at once, so that a log
+// can be followed.
 #include "core/values/demangle.h"
 #include "core/values/linereader.h"
 
@@ -21,7 +25,8 @@ namespace
 {
 constexpr uint32 kLineBuffer = 4096;
 constexpr uint32 kMaxSymbol = 4096; // longer than compilers write
-constexpr uint32 kMaxText = 32 * 1024;
+constexpr uint32 kMaxText = 1024 * 1024;
+constexpr uint32 kMaxStack = 4 * 1024 * 1024; // half of what the main thread has
 
 void WriteOut(std::string_view text)
 {
@@ -31,7 +36,10 @@ void WriteOut(std::string_view text)
 class ZFilter
 {
 public:
-    explicit ZFilter(bool bVerbose) : m_bVerbose(bVerbose) {}
+    ZFilter(bool bVerbose, bool bModern)
+        : m_options{.m_bVerbose = bVerbose, .m_bModern = bModern, .m_nStack = kMaxStack, .m_memory = m_acText}
+    {
+    }
 
     // Writes the next piece of a line.
     void Write(std::string_view piece)
@@ -47,15 +55,16 @@ public:
     {
         Flush();
         WriteOut("\n");
+        std::fflush(stdout);
     }
 
 private:
     // Writes the symbol, which was held back because more of it could have come.
     void Flush()
     {
-        m_text.clear();
-        demangle(m_text, m_symbol, m_bVerbose);
-        WriteOut(m_text);
+        const SDemangled demangled = demangle(m_acText, m_symbol, m_options);
+        const bool bRead = demangled.m_result == EDemangled::kRead;
+        WriteOut(bRead ? std::string_view(m_acText, demangled.m_nLength) : std::string_view(m_symbol));
         m_symbol.clear();
         m_nOpen = 0;
     }
@@ -91,10 +100,10 @@ private:
         return std::isalnum(nCode) != 0 || nCode >= 0x80 || std::string_view("<?@$_").find(c) != std::string_view::npos;
     }
 
-    const bool m_bVerbose;
+    const SDemangleOptions m_options;
     int m_nOpen = 0;
     ZStackString<kMaxSymbol + 1> m_symbol;
-    ZStackString<kMaxText> m_text;
+    char m_acText[kMaxText];
 };
 
 int ReadInput(uint64, char* pTarget, uint32 nSize)
@@ -102,44 +111,48 @@ int ReadInput(uint64, char* pTarget, uint32 nSize)
     return static_cast<int>(read(STDIN_FILENO, pTarget, nSize));
 }
 
-void Filter(bool bVerbose)
+void Filter(bool bVerbose, bool bModern)
 {
     static char s_acBuffer[kLineBuffer];
     ZLineReader reader(ReadInput, 0, s_acBuffer, sizeof(s_acBuffer));
-    ZFilter filter(bVerbose);
+    static ZFilter s_filter(bVerbose, bModern);
     char* pLine = nullptr;
     uint32 nLength = 0;
     int nLast = 0;
     while (const int nLine = reader.GetNextLine(&pLine, &nLength))
     {
         if (nLast != 0 && nLast != nLine)
-            filter.EndLine();
-        filter.Write({pLine, nLength});
+            s_filter.EndLine();
+        s_filter.Write({pLine, nLength});
         nLast = nLine;
     }
     if (nLast != 0)
-        filter.EndLine();
+        s_filter.EndLine();
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
-    constexpr option kOptions[] = {
-        {"verbose", no_argument, nullptr, 'v'}, {"help", no_argument, nullptr, 'h'}, {nullptr, 0, nullptr, 0}};
-    constexpr char kUsage[] = "Usage: demangle [--verbose] < TEXT\n"
+    constexpr option kOptions[] = {{"verbose", no_argument, nullptr, 'v'},
+                                   {"modern", no_argument, nullptr, 'm'},
+                                   {"help", no_argument, nullptr, 'h'},
+                                   {nullptr, 0, nullptr, 0}};
+    constexpr char kUsage[] = "Usage: demangle [--verbose] [--modern] < TEXT\n"
                               "Replaces the decorated symbols in a text by what they stand for.\n\n"
                               "  -v, --verbose  with calling conventions, access, class, struct and union\n"
+                              "  -m, --modern   with the tables of names that the encoders of today use\n"
                               "  -h, --help     this text\n";
     bool bVerbose = false;
-    for (int cOption = 0; (cOption = getopt_long(argc, argv, "vh", kOptions, nullptr)) != -1;)
+    bool bModern = false;
+    for (int cOption = 0; (cOption = getopt_long(argc, argv, "vmh", kOptions, nullptr)) != -1;)
     {
-        if (cOption != 'v')
+        if (cOption != 'v' && cOption != 'm')
         {
             std::fputs(kUsage, cOption == 'h' ? stdout : stderr);
             return cOption == 'h' ? 0 : 2;
         }
-        bVerbose = true;
+        (cOption == 'v' ? bVerbose : bModern) = true;
     }
-    Filter(bVerbose);
+    Filter(bVerbose, bModern);
     return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? 0 : 1;
 }
