@@ -75,6 +75,19 @@ ZDynamicObject ZDynamicObject::Array()
     return EmptyNode<Tree::SArray>(GetTypeID<TArray<ZDynamicObject>>());
 }
 
+EDynamicKind ZDynamicObject::Kind() const
+{
+    if (IsNull())
+        return EDynamicKind::Null;
+    if (IsArray() || IsObject())
+        return IsArray() ? EDynamicKind::Array : EDynamicKind::Object;
+    if (IsValue<bool>() || IsValue<ZString>())
+        return IsValue<bool>() ? EDynamicKind::Bool : EDynamicKind::String;
+    const bool bNumber = IsValue<int8>() || IsValue<int16>() || IsValue<int32>() || IsValue<int64>() || IsValue<uint8>()
+                         || IsValue<uint16>() || IsValue<uint32>() || IsValue<uint64>() || IsValue<float32>();
+    return bNumber ? EDynamicKind::Number : EDynamicKind::Other;
+}
+
 bool ZDynamicObject::operator==(const char* pszText) const
 {
     return IsValue<ZString>() && *static_cast<const ZString*>(m_pData) == pszText;
@@ -112,6 +125,33 @@ ZDynamicObject& ZDynamicObject::Append(ZDynamicObject value)
         elements.Add(std::move(value));
     }
     return *this;
+}
+
+void ZDynamicObject::InsertAt(uint64 nIndex, ZDynamicObject value)
+{
+    const bool bInside = IsArray() && nIndex <= Size();
+    kx::detail::BreakUnless(bInside);
+    if (!bInside)
+        return;
+    TArray<ZDynamicObject>& elements = ArrayOf(*this).m_children;
+    MakeRoom(elements);
+    elements.Insert(elements.Begin() + nIndex, std::move(value));
+}
+
+bool ZDynamicObject::RemoveAt(uint64 nIndex)
+{
+    if (!IsArray() || nIndex >= Size())
+        return false;
+    TArray<ZDynamicObject>& elements = ArrayOf(*this).m_children;
+    elements.Erase(elements.Begin() + nIndex);
+    return true;
+}
+
+void ZDynamicObject::Clear()
+{
+    kx::detail::BreakUnless(IsArray() || IsObject());
+    if (IsArray() || IsObject())
+        *this = IsArray() ? Array() : Object();
 }
 
 TArray<ZDynamicObject>& ZDynamicObject::GetArrayContainer() const
@@ -185,6 +225,14 @@ TArrayEnumerator<const SDynamicObjectKeyValuePair> ZDynamicObject::GetProperties
         return {nullptr, nullptr};
     const TArray<SDynamicObjectKeyValuePair>& properties = ObjectOf(*this).m_children;
     return properties.GetEnumerator();
+}
+
+SDynamicProperties ZDynamicObject::Properties() const
+{
+    if (!IsObject())
+        return {nullptr, nullptr};
+    const TArray<SDynamicObjectKeyValuePair>& properties = ObjectOf(*this).m_children;
+    return {properties.Begin(), properties.End()};
 }
 
 // The node at the end of the steps, null where they lead nowhere.

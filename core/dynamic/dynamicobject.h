@@ -49,6 +49,29 @@ inline constexpr bool kx::detail::kReadByAddress<ZDynamicObject> = true;
 template <>
 inline constexpr bool kx::detail::kReadByAddress<SDynamicObjectKeyValuePair> = true;
 
+/// What a dynamic object is. Number is any number, also one of a type that a variant brought in; Other is any other
+/// value of a variant.
+enum class EDynamicKind : uint8
+{
+    Null,
+    Bool,
+    Number,
+    String,
+    Array,
+    Object,
+    Other
+};
+
+/// The properties of an object, in order.
+struct SDynamicProperties
+{
+    const SDynamicObjectKeyValuePair* begin() const { return m_pBegin; }
+    const SDynamicObjectKeyValuePair* end() const { return m_pEnd; }
+
+    const SDynamicObjectKeyValuePair* m_pBegin;
+    const SDynamicObjectKeyValuePair* m_pEnd;
+};
+
 /// What a dynamic object can be made of: the types of DynamicValue, C strings, variants and dynamic objects.
 template <class T>
 concept DynamicSource = std::constructible_from<ZDynamicObject, T&&>;
@@ -87,6 +110,9 @@ public:
     bool IsNull() const { return m_pType == nullptr; }
     KX_LOCAL bool IsArray() const { return m_pType == GetTypeID<TArray<ZDynamicObject>>(); }
     KX_LOCAL bool IsObject() const { return m_pType == GetTypeID<TArray<SDynamicObjectKeyValuePair>>(); }
+
+    /// For a switch over everything that a node can be.
+    EDynamicKind Kind() const;
 
     // ---- Values
 
@@ -173,6 +199,17 @@ public:
         return std::move(Append(ZDynamicObject(std::forward<T>(value))));
     }
 
+    /// Inserts before the element at nIndex, or appends if nIndex is the size. Any other index, and any kind but an
+    /// array, triggers the debug break, and nothing changes if execution resumes. The argument may be a part of this
+    /// tree.
+    void InsertAt(uint64 nIndex, ZDynamicObject value);
+
+    /// Removes the element; those after it move down. Returns false if there is none.
+    bool RemoveAt(uint64 nIndex);
+
+    /// Removes all elements of an array or properties of an object. Any other kind triggers the debug break.
+    void Clear();
+
     /// The storage of an array, writable. Triggers the debug break on any other kind, which has no such storage: there
     /// is no valid result if execution resumes.
     TArray<ZDynamicObject>& GetArrayContainer() const;
@@ -252,6 +289,9 @@ public:
 
     /// Walks the properties of an object; there are none for any other kind. Any change of the object invalidates it.
     TArrayEnumerator<const SDynamicObjectKeyValuePair> GetPropertiesEnumerator() const;
+
+    /// The same walk, for a range-based for: for (const auto& [key, value] : object.Properties())
+    SDynamicProperties Properties() const;
 
     // ---- Paths: the keys from here to a node, joined by dots, as in "root.item2.prop2"
     //

@@ -77,9 +77,9 @@ void ZPropertyIndex::Removing(SKeys keys, uint32 nPosition)
         Resize(keys.m_nSize);
 }
 
-void ZPropertyIndex::Build(SKeys keys)
+void ZPropertyIndex::Build(SKeys keys, bool bMayRepeatKeys)
 {
-    m_bMayRepeatKeys = true;
+    m_bMayRepeatKeys = bMayRepeatKeys;
     if (keys.m_nSize > kUnindexed)
         InsertAll(keys);
 }

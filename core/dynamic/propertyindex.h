@@ -45,8 +45,9 @@ public:
     /// To be called before the property at the position is removed.
     void Removing(SKeys keys, uint32 nPosition);
 
-    /// Makes the index of an object whose properties come from an array that was made by hand. A key may occur twice.
-    void Build(SKeys keys);
+    /// Makes the index of an object whose properties are all new. In an array that was made by hand, a key may occur
+    /// twice.
+    void Build(SKeys keys, bool bMayRepeatKeys);
     bool MayRepeatKeys() const { return m_bMayRepeatKeys; }
 
     /// Makes an empty index the copy of another one, for a copy of the same properties.

@@ -217,7 +217,7 @@ private:
         TNode* pCopy = NewCopy<TNode>(pValue);
         Fill(pCopy);
         if constexpr (std::is_same_v<TNode, SObject>)
-            pCopy->m_index.Build(pCopy->Keys());
+            pCopy->m_index.Build(pCopy->Keys(), true);
         return pCopy;
     }
 

@@ -54,6 +54,11 @@ concept CStringPointer = std::convertible_to<const T&, const char*> && !std::is_
 
 class ZVariantRef;
 
+namespace kx::detail
+{
+struct SStringAccess;
+}
+
 /// A string of bytes that changes only by assignment; see the head of this file.
 class KX_API ZString
 {
@@ -207,6 +212,7 @@ private:
     static constexpr uint32 kBorrowed = 0x80000000;
 
     friend KX_API ZString operator+(const ZString& first, const ZString& second);
+    friend struct kx::detail::SStringAccess;
 
     // Returns an owned string of nLength > 0 characters for the caller to write; *ppChars points to the first one.
     static ZString Reserve(uint64 nLength, char** ppChars);
@@ -224,6 +230,21 @@ private:
     uint32 m_nLength = kBorrowed;
     const char* m_pChars = "";
 };
+
+namespace kx::detail
+{
+struct SStringAccess
+{
+    /// Refers to characters that end with NUL and live as long as the process, as to a literal.
+    static ZString Refer(const char* pChars, uint32 nLength)
+    {
+        ZString text;
+        text.m_nLength = ZString::kBorrowed | nLength;
+        text.m_pChars = pChars;
+        return text;
+    }
+};
+} // namespace kx::detail
 
 /// Returns the two strings joined: one allocation, none if both are empty.
 ///
