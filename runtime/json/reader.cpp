@@ -6,10 +6,11 @@
 #define SIMDJSON_DEVELOPMENT_CHECKS 0 // their tables are limited to a fixed depth
 #include <simdjson.h>
 
+#include "core/dynamic/treebuilder.h"
 #include "runtime/json/blanker.h"
 #include "runtime/json/json.h"
+#include "runtime/json/keys.h"
 #include "runtime/json/reader.h"
-#include "runtime/json/treestack.h"
 #include "runtime/json/utf8.h"
 
 #include <algorithm>
@@ -72,8 +73,17 @@ struct ZReader::SState
     {
         bool m_bObject;
         bool m_bStarted = false;
+        uint32 m_nSeen = 0; // the first of its keys in m_seen
         ondemand::array_iterator m_array;
         ondemand::object_iterator m_object;
+    };
+
+    struct SSeen
+    {
+        auto operator<=>(const SSeen&) const = default;
+
+        std::string_view m_key;
+        const char* m_pAt;
     };
 
     enum class EStep
@@ -95,6 +105,8 @@ struct ZReader::SState
     bool TakeString(ondemand::value& value);
     bool Open(ondemand::value& value, bool bObject);
     bool TakeKey(ondemand::field& field);
+    bool Close();
+    bool AreKeysUnique(uint32 nFirst);
     bool Fail(const char* pAt, const char* pszMessage);
     const char* Location();
     const char* TextEnd() const { return m_pText.get() + 1 + m_nSize; }
@@ -106,8 +118,9 @@ struct ZReader::SState
     uint64 m_nSize = 0;     // of the caller's text in m_pText
     uint64 m_nCapacity = 0; // what m_nSize may be
     TArray<SFrame> m_frames;
-    ZTreeStack m_tree;
-    ZDynamicObject m_result;
+    ZTreeBuilder m_tree;
+    ZKeys m_keys;
+    TArray<SSeen> m_seen; // the keys of the objects that are open, if they must be unique
     const char* m_pFault = nullptr;
     const char* m_pszMessage = "";
 };
@@ -175,25 +188,50 @@ bool ZReader::SState::Walk()
     ondemand::array_iterator begin;
     if (m_document.get_array().get(whole) != simdjson::SUCCESS || whole.begin().get(begin) != simdjson::SUCCESS)
         return Fail(TextEnd(), "An array or object has no end.");
-    m_frames.Add({false, false, begin, {}});
-    m_tree.Begin(false);
-    while (true)
+    m_frames.Add({false, false, 0, begin, {}});
+    while (!m_frames.IsEmpty())
     {
         SFrame& frame = m_frames.End()[-1];
         ondemand::value value;
         const EStep step = frame.m_bObject ? NextProperty(frame, value) : NextElement(frame, value);
-        if (step == EStep::Error || (step == EStep::Value && !Take(value)))
+        if (step == EStep::Value ? !Take(value) : step == EStep::Error || !Close())
             return false;
-        if (step != EStep::End)
-            continue;
-        m_frames.Erase(m_frames.End() - 1);
-        m_result = m_tree.End();
-        if (m_frames.IsEmpty())
-            break;
     }
-    const std::string_view text(m_pText.get() + 1, m_nSize);
-    return m_result.Size() != 0
-           || Fail(text.data() + std::min(text.find_first_not_of(" \t\n\r"), text.size()), "There is no value.");
+    return true;
+}
+
+// Ends the innermost array or object.
+bool ZReader::SState::Close()
+{
+    const SFrame& frame = m_frames.End()[-1];
+    if (m_frames.Size() == 1)
+    {
+        const std::string_view text(m_pText.get() + 1, m_nSize);
+        if (!frame.m_bStarted)
+            return Fail(text.data() + std::min(text.find_first_not_of(" \t\n\r"), text.size()), "There is no value.");
+    }
+    else
+    {
+        if (m_options.m_bUniqueKeys && frame.m_bObject && !AreKeysUnique(frame.m_nSeen))
+            return false;
+        m_tree.End();
+    }
+    m_frames.Erase(m_frames.End() - 1);
+    return true;
+}
+
+bool ZReader::SState::AreKeysUnique(uint32 nFirst)
+{
+    std::sort(m_seen.Begin() + nFirst, m_seen.End());
+    const char* pRepeated = nullptr;
+    for (const SSeen* p = m_seen.Begin() + nFirst; m_seen.End() - p > 1; ++p)
+    {
+        if (p[0].m_key == p[1].m_key && (pRepeated == nullptr || p[1].m_pAt < pRepeated))
+            pRepeated = p[1].m_pAt;
+    }
+    while (m_seen.Size() > nFirst)
+        m_seen.Erase(m_seen.End() - 1);
+    return pRepeated == nullptr || Fail(pRepeated, "The object has this key already.");
 }
 
 ZReader::SState::EStep ZReader::SState::NextElement(SFrame& frame, ondemand::value& value)
@@ -208,9 +246,9 @@ ZReader::SState::EStep ZReader::SState::NextElement(SFrame& frame, ondemand::val
         }
         ++frame.m_array;
     }
-    frame.m_bStarted = true;
     if (!(frame.m_array != ondemand::array_iterator()))
         return EStep::End;
+    frame.m_bStarted = true;
     if ((*frame.m_array).get(value) == simdjson::SUCCESS)
         return EStep::Value;
     const char* pAt = Location();
@@ -248,34 +286,39 @@ bool ZReader::SState::TakeKey(ondemand::field& field)
         return Fail(pKey - 1, "The key has an invalid escape.");
     if (key.size() > ZString::kMaxLength)
         return Fail(pKey - 1, "The key is too long.");
-    return m_tree.Key(key, m_options.m_bUniqueKeys) || Fail(pKey - 1, "The object has this key already.");
+    if (m_options.m_bUniqueKeys)
+        m_seen.Add({key, pKey - 1});
+    m_tree.Key(m_keys.Get(key));
+    return true;
 }
 
 bool ZReader::SState::Take(ondemand::value& value)
 {
-    ondemand::json_type type{};
-    if (value.type().get(type) != simdjson::SUCCESS)
-        return Fail(Location(), "A value is expected here.");
-    switch (type)
-    {
-    case ondemand::json_type::number:
-        return TakeNumber(value);
-    case ondemand::json_type::string:
-        return TakeString(value);
-    case ondemand::json_type::array:
-    case ondemand::json_type::object:
-        return Open(value, type == ondemand::json_type::object);
-    case ondemand::json_type::boolean:
-    case ondemand::json_type::null:
-        break;
-    }
     const char* pAt = value.raw_json_token().data();
     bool bValue = false;
-    const auto error = type == ondemand::json_type::null ? value.is_null().get(bValue) : value.get_bool().get(bValue);
-    if (error != simdjson::SUCCESS || (type == ondemand::json_type::null && !bValue))
-        return Fail(pAt, "A value is expected here.");
-    m_tree.Add(type == ondemand::json_type::null ? ZDynamicObject() : ZDynamicObject(bValue));
-    return true;
+    switch (*pAt)
+    {
+    case '"':
+        return TakeString(value);
+    case '[':
+    case '{':
+        return Open(value, *pAt == '{');
+    case 't':
+    case 'f':
+        if (value.get_bool().get(bValue) != simdjson::SUCCESS)
+            break;
+        m_tree.Bool(bValue);
+        return true;
+    case 'n':
+        if (value.is_null().get(bValue) != simdjson::SUCCESS || !bValue)
+            break;
+        m_tree.Null();
+        return true;
+    default:
+        if (*pAt == '-' || (*pAt >= '0' && *pAt <= '9'))
+            return TakeNumber(value);
+    }
+    return Fail(pAt, "A value is expected here.");
 }
 
 bool ZReader::SState::TakeNumber(ondemand::value& value)
@@ -290,7 +333,7 @@ bool ZReader::SState::TakeNumber(ondemand::value& value)
         if (token.find_first_of(".eE") == std::string_view::npos && !IsExact(fNumber, token))
             return Fail(token.data(), "The integer cannot be held without rounding.");
     }
-    m_tree.Add(ZDynamicObject(fNumber));
+    m_tree.Number(fNumber);
     return true;
 }
 
@@ -306,7 +349,7 @@ bool ZReader::SState::TakeString(ondemand::value& value)
         return Fail(token.data(), "The string has an invalid escape.");
     if (text.size() > ZString::kMaxLength)
         return Fail(token.data(), "The string is too long.");
-    m_tree.Add(ZDynamicObject(ZString(text)));
+    m_tree.String(text);
     return true;
 }
 
@@ -315,7 +358,7 @@ bool ZReader::SState::Open(ondemand::value& value, bool bObject)
     const char* pAt = value.raw_json_token().data();
     if (m_frames.Size() > m_options.m_nMaxDepth)
         return Fail(pAt, "The value is nested too deeply.");
-    SFrame frame{bObject, false, {}, {}};
+    SFrame frame{bObject, false, m_seen.Size(), {}, {}};
     bool bOpened = false;
     if (bObject)
     {
@@ -332,7 +375,7 @@ bool ZReader::SState::Open(ondemand::value& value, bool bObject)
     if (!bOpened)
         return Fail(pAt, bObject ? "The object has no end." : "The array has no end.");
     m_frames.Add(frame);
-    m_tree.Begin(bObject);
+    bObject ? m_tree.BeginObject() : m_tree.BeginArray();
     return true;
 }
 
@@ -349,17 +392,17 @@ bool ZReader::Read(std::string_view text, ZDynamicObject& result, SError* pError
         return false;
     }
     m_pState->m_frames.Clear();
-    m_pState->m_tree = {};
+    m_pState->m_tree.Clear();
+    m_pState->m_seen.Clear();
     const bool bRead = m_pState->Load(text) && m_pState->Parse();
     if (bRead)
-        result = std::move(m_pState->m_result.GetArrayContainer()[0]);
+        result = m_pState->m_tree.Take();
     else if (pError != nullptr)
     {
         const char* pBegin = m_pState->m_pText.get() + 1;
         const char* pFault = m_pState->m_pFault;
         Locate(text, pFault == nullptr ? 0 : static_cast<uint64>(pFault - pBegin), m_pState->m_pszMessage, *pError);
     }
-    m_pState->m_result = {};
     return bRead;
 }
 
