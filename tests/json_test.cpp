@@ -291,6 +291,30 @@ TEST_F(Json, FindsAndMerges)
     EXPECT_EQ(stream.str(), "[\n  1\n]");
 }
 
+TEST_F(Json, ChangesAndWalksTrees)
+{
+    ZDynamicObject tree = ZDynamicObject::Array().PushBack(1);
+    tree.InsertAt(0, "a");
+    tree.InsertAt(2, tree);
+    EXPECT_EQ(Written(tree), "[\"a\",1,[\"a\",1]]");
+    EXPECT_TRUE(tree.RemoveAt(1) && !tree.RemoveAt(2) && tree.Validate());
+    EXPECT_EQ(Written(tree), "[\"a\",[\"a\",1]]");
+    EXPECT_BREAK(tree.InsertAt(3, 1));
+    tree.Clear();
+    EXPECT_EQ(Written(tree), "[]");
+
+    ZDynamicObject all = ZDynamicObject::Object().Set("a", true).Set("b", "").Set("c", ZVariant(uint8{1}));
+    all.Set("d", 1.5).Set("e", ZDynamicObject()).Set("f", ZVariant(SVertex{})).Set("g", tree).Set("h", all);
+    std::string walked;
+    for (const auto& [key, value] : all.Properties())
+        walked += key.ToCString() + std::to_string(static_cast<int>(value.Kind()));
+    EXPECT_EQ(walked, "a1b3c2d2e0f6g4h5");
+    EXPECT_EQ(tree.Properties().begin(), tree.Properties().end());
+    all.Clear();
+    EXPECT_TRUE(all.IsObject() && all.Size() == 0 && all.Validate());
+    EXPECT_BREAK(ZDynamicObject(1).Clear());
+}
+
 TEST_F(Json, ReadsLineAfterLine)
 {
     // Lines around the size of a block, blank ones, and a last one without an end.

@@ -233,13 +233,7 @@ bool ZWriter::WriteSpecial(const char*& p, const char* pEnd)
 bool ZWriter::Open(const ZDynamicObject& value)
 {
     Put(value.IsArray() ? '[' : '{');
-    SOpen open{nullptr, value.begin(), value.Size(), true};
-    if (value.IsObject() && open.m_nLeft != 0)
-    {
-        auto properties = value.GetPropertiesEnumerator();
-        properties.MoveNext();
-        open.m_pProperty = &properties.Current();
-    }
+    const SOpen open{value.Properties().begin(), value.begin(), value.Size(), true};
     if (open.m_nLeft == 0)
         Put(value.IsArray() ? ']' : '}');
     else
