@@ -31,16 +31,6 @@ bool IsPlain(char c)
     return static_cast<uint8>(c) >= 0x20 && static_cast<uint8>(c) < 0x80 && c != '"' && c != '\\';
 }
 
-// The end of the characters that are written as they are.
-const char* SkipPlain(const char* p, const char* pEnd)
-{
-    while (pEnd - p >= 8 && !NeedsLook(p))
-        p += 8;
-    while (p != pEnd && IsPlain(*p))
-        ++p;
-    return p;
-}
-
 // Writes a tree in pieces. The stack has the arrays and objects that are open, so that nothing recurses.
 class ZWriter
 {
@@ -119,8 +109,6 @@ private:
         return true;
     }
 
-    bool PutLong(std::string_view text);
-
     OnPiece m_onPiece;
     const SWriteOptions& m_options;
     TArray<SOpen> m_open;
@@ -128,22 +116,6 @@ private:
     char* m_pEnd = m_acBuffer;
     char m_acBuffer[16384];
 };
-
-bool ZWriter::PutLong(std::string_view text)
-{
-    while (true)
-    {
-        // The margin stays free for what follows the text.
-        const std::size_t nRoom = static_cast<std::size_t>(m_acBuffer + sizeof(m_acBuffer) - m_pEnd) - kMargin;
-        const std::size_t nSize = text.size() < nRoom ? text.size() : nRoom;
-        PutAll(text.substr(0, nSize));
-        text.remove_prefix(nSize);
-        if (text.empty())
-            return MakeRoom();
-        if (!Flush())
-            return false;
-    }
-}
 
 bool ZWriter::WriteValue(const ZDynamicObject& value)
 {
@@ -193,14 +165,18 @@ bool ZWriter::WriteString(std::string_view text)
 {
     Put('"');
     const char* p = text.data();
-    const char* pEnd = p + text.size();
+    const char* const pEnd = p + text.size();
     while (p != pEnd)
     {
-        const char* pPlain = SkipPlain(p, pEnd);
-        if (!PutLong({p, static_cast<std::size_t>(pPlain - p)}))
-            return false;
-        p = pPlain;
-        if (p != pEnd && !WriteSpecial(p, pEnd))
+        // Most characters are copied eight at a time. The margin stays free for what follows.
+        const char* const pLimit = m_acBuffer + sizeof(m_acBuffer) - kMargin;
+        char* pOut = m_pEnd;
+        for (; pEnd - p >= 8 && pLimit - pOut >= 8 && !NeedsLook(p); p += 8, pOut += 8)
+            std::memcpy(pOut, p, 8);
+        while (p != pEnd && pOut != pLimit && IsPlain(*p))
+            *pOut++ = *p++;
+        m_pEnd = pOut;
+        if (!MakeRoom() || (p != pEnd && !IsPlain(*p) && !WriteSpecial(p, pEnd)))
             return false;
     }
     Put('"');
@@ -298,7 +274,7 @@ bool Write(const ZDynamicObject& tree, ZString& result, SError* pError, const SW
             return false;
         if (nSize + piece.size() > text.Capacity())
             text.Reserve(2 * nSize + piece.size());
-        text.Append(piece.size(), [&](void* pAt) { std::memcpy(pAt, piece.data(), 1); });
+        text.Append(piece.size(), [](char*) {}); // the next line writes them
         std::memcpy(text.Begin() + nSize, piece.data(), piece.size());
         return true;
     };
