@@ -7,6 +7,7 @@
 #include "tests/support/stringmodel.h"
 
 #include <iomanip>
+#include <ranges>
 #include <sstream>
 #include <tuple>
 #include <unordered_set>
@@ -15,6 +16,10 @@
 static_assert(!std::is_convertible_v<const char*, ZString> && !std::is_convertible_v<std::string_view, ZString>);
 static_assert(ZString::kMaxLength == INT32_MAX, "the largest number that Length() can return");
 static_assert(std::is_nothrow_move_constructible_v<ZString> && std::is_nothrow_move_assignable_v<ZString>);
+
+static_assert(ZString("abc") == ZString("abc") && ZString("a\0b").Length() == 3 && ZString("a") < ZString("b"));
+static_assert(ZString(" \v\f\t a b\r\n ").Trim() == "a b" && TrimSpace("  ").empty() && TrimSpaceAtEnd(" a ") == " a");
+static_assert(std::ranges::contiguous_range<ZString> && std::ranges::input_range<ZTextPieces>);
 
 namespace
 {
@@ -46,6 +51,7 @@ TEST_F(StringTest, LiteralsAreBorrowed)
     assigned = copy;
     assigned = ZString(std::move(text));
     EXPECT_EQ(kText, assigned.ToCString());
+    EXPECT_TRUE(text.StartsWith("") && kConstant.EndsWith("tant") && kConstant.Contains("con"));
     EXPECT_TRUE(text.IsEmpty() && text == "" && kConstant == "a constant" && kConstant.IndexOf('a') == 0);
     EXPECT_TRUE(ZString::AllocateFromCString("abc", 0).IsEmpty() && (ZString() + "").IsEmpty());
     EXPECT_EQ(Journal{}, TakeJournal());
@@ -61,7 +67,11 @@ TEST_F(StringTest, FilledArraysAreCopied)
     EXPECT_EQ("abc", ZString(acFull));
     const char* volatile pszNull = nullptr;
     EXPECT_TRUE(ZString(pszNull).IsEmpty() && ZString() == pszNull && text != pszNull);
-    EXPECT_TRUE(ZString::AllocateFromCString(pszNull, 3).IsEmpty());
+    EXPECT_TRUE(ZString::AllocateFromCString(pszNull, 3).IsEmpty() && text.Contains(pszNull));
+    EXPECT_EQ('d', text[5]);
+    BreakCounter breaks;
+    EXPECT_EQ('\0', text[6]);
+    EXPECT_EQ(1, breaks.Take());
 }
 
 TEST_F(StringTest, BlocksAreOwnedByOneString)
@@ -117,6 +127,13 @@ TEST_F(StringTest, AgreesWithAModel)
                         ASSERT_EQ(model.compare(other) <=> 0, text <=> otherText);
                         ASSERT_EQ(model == other, text == otherText);
                         ASSERT_EQ(HashKey(ZString(std::string_view(model))), HashKey(text));
+                        ASSERT_EQ(model.starts_with(other), text.StartsWith(other));
+                        ASSERT_EQ(model.ends_with(other), text.EndsWith(other));
+                        ASSERT_EQ(model.find(other) != model.npos, text.Contains(other));
+                        std::string joined;
+                        for (const std::string_view piece : text.Split('a'))
+                            joined.append("a").append(piece.find('a') == piece.npos ? piece : "a separator");
+                        ASSERT_EQ('a' + model, joined);
 
                         // The next string is one of these. A long string is replaced, so that it stays short.
                         const std::string piece = ModelSubstring(model, nStart, nLength);

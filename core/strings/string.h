@@ -23,6 +23,7 @@
 
 #include "core/containers/hashpolicy.h"
 #include "core/memory/memorymanager.h"
+#include "core/strings/pieces.h"
 #include "core/strings/text.h"
 
 #include <compare>
@@ -172,21 +173,65 @@ public:
     }
 
     /// The characters, NUL-terminated. They and a view of them are valid while the string lives and is not assigned to.
-    [[nodiscard]] const char* ToCString() const { return m_pChars; }
-    operator std::string_view() const { return {m_pChars, m_nLength & ~kBorrowed}; }
+    [[nodiscard]] constexpr const char* ToCString() const { return m_pChars; }
+    constexpr operator std::string_view() const { return {m_pChars, m_nLength & ~kBorrowed}; }
 
     /// The number of characters without the terminator, and whether it is 0.
-    [[nodiscard]] int Length() const { return static_cast<int>(m_nLength & ~kBorrowed); }
-    [[nodiscard]] bool IsEmpty() const { return (m_nLength & ~kBorrowed) == 0; }
+    [[nodiscard]] constexpr int Length() const { return static_cast<int>(m_nLength & ~kBorrowed); }
+    [[nodiscard]] constexpr bool IsEmpty() const { return (m_nLength & ~kBorrowed) == 0; }
+
+    /// Returns character nIndex; triggers the debug break past the end.
+    ///
+    /// The index is 64 bits wide, so that negative or wrapped indices fail the check instead of being truncated.
+    char operator[](uint64 nIndex) const
+    {
+        kx::detail::BreakUnless(nIndex < (m_nLength & ~kBorrowed));
+        return m_pChars[nIndex];
+    }
+
+    /// The first character and the terminator, for loops and algorithms. Valid as long as ToCString().
+    [[nodiscard]] constexpr const char* begin() const { return m_pChars; }
+    [[nodiscard]] constexpr const char* end() const { return m_pChars + Length(); }
 
     /// Compares the characters, never addresses or ownership. The order is that of the bytes as unsigned numbers.
-    bool operator==(const ZString& other) const { return std::string_view(*this) == std::string_view(other); }
-    bool operator==(const char* pszText) const { return std::string_view(*this) == kx::detail::TextOf(pszText); }
-    bool operator==(std::string_view text) const { return std::string_view(*this) == text; }
-    std::strong_ordering operator<=>(const ZString& other) const
+    constexpr bool operator==(const ZString& other) const { return std::string_view(*this) == std::string_view(other); }
+    constexpr bool operator==(const char* pszText) const
+    {
+        return std::string_view(*this) == kx::detail::TextOf(pszText);
+    }
+    constexpr bool operator==(std::string_view text) const { return std::string_view(*this) == text; }
+    constexpr std::strong_ordering operator<=>(const ZString& other) const
     {
         return std::string_view(*this) <=> std::string_view(other);
     }
+
+    /// Whether the characters are at the start, at the end, or anywhere. The empty string is everywhere. No allocation.
+    [[nodiscard]] constexpr bool StartsWith(std::string_view text) const
+    {
+        return std::string_view(*this).starts_with(text);
+    }
+    [[nodiscard]] constexpr bool StartsWith(const char* pszText) const
+    {
+        return StartsWith(kx::detail::TextOf(pszText));
+    }
+    [[nodiscard]] constexpr bool EndsWith(std::string_view text) const
+    {
+        return std::string_view(*this).ends_with(text);
+    }
+    [[nodiscard]] constexpr bool EndsWith(const char* pszText) const { return EndsWith(kx::detail::TextOf(pszText)); }
+    [[nodiscard]] constexpr bool Contains(std::string_view text) const
+    {
+        return std::string_view(*this).find(text) != std::string_view::npos;
+    }
+    [[nodiscard]] constexpr bool Contains(const char* pszText) const { return Contains(kx::detail::TextOf(pszText)); }
+
+    /// The string without the white space around it. A view like that of the whole string.
+    [[nodiscard]] constexpr std::string_view Trim() const { return TrimSpace(*this); }
+
+    /// The pieces between the separators: `for (const std::string_view piece : text.Split(','))`. No allocation.
+    ///
+    /// n separators make n + 1 pieces, which may be empty. They are views like that of the whole string.
+    [[nodiscard]] constexpr ZTextPieces Split(char cSeparator) const { return {*this, cSeparator}; }
 
     /// Returns the first position of c from nStart on, or -1 if there is none. A negative nStart counts as 0.
     [[nodiscard]] int IndexOf(char c, int64 nStart = 0) const;

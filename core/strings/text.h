@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <string_view>
+#include <type_traits>
 
 namespace kx::detail
 {
@@ -18,6 +19,11 @@ constexpr std::string_view TextOf(const char* pszText)
 {
     return NotNull(pszText);
 }
+
+/// A string that is no C string: a ZString, a std::string, a std::string_view or a stack string.
+template <class T>
+concept CStringLike =
+    std::is_convertible_v<const T&, std::string_view> && !std::is_convertible_v<const T&, const char*>;
 
 constexpr bool IsSpace(char c)
 {
