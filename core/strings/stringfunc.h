@@ -16,8 +16,8 @@ namespace kx::detail
 /// Whether the number that the digits spell fits in 64 bits.
 KX_API bool DigitsFit(const char* pFirst, const char* pLast);
 
-template <class T, class... TTypes>
-constexpr bool kIsOneOf = (std::is_same_v<T, TTypes> || ...);
+/// Reads an integer from nLowest, which is 0 for the unsigned types, to nHighest. Stores it in 64 bits.
+KX_API bool ReadInt(std::string_view text, int64 nLowest, uint64 nHighest, uint64* pValue, uint64* pnRead);
 
 template <class T>
 constexpr bool kIsInt =
@@ -69,6 +69,21 @@ template <class T>
     if (ppEnd != nullptr)
         *ppEnd = const_cast<char*>(pLast);
     *pResult = bFits ? static_cast<T>(bNegative ? 0 - nValue : nValue) : T{0};
+    return bFits;
+}
+
+/// Reads from a ZString, a std::string_view or a std::string by the same rules, and never past its end.
+///
+/// If pnRead is not null, it receives the number of characters that were consumed: those up to the end of the digits,
+/// or 0 if there were no digits.
+template <class T, kx::detail::CStringLike TText>
+[[nodiscard]] bool IntFromString(const TText& text, T* pResult, uint64* pnRead = nullptr) requires kx::detail::kIsInt<T>
+{
+    uint64 nValue = 0;
+    const bool bFits =
+        kx::detail::ReadInt(text, static_cast<int64>(std::is_signed_v<T> ? std::numeric_limits<T>::min() : 0),
+                            static_cast<uint64>(std::numeric_limits<T>::max()), &nValue, pnRead);
+    *pResult = static_cast<T>(nValue);
     return bFits;
 }
 

@@ -20,6 +20,9 @@ constexpr std::string_view TextOf(const char* pszText)
     return NotNull(pszText);
 }
 
+template <class T, class... TTypes>
+constexpr bool kIsOneOf = (std::is_same_v<T, TTypes> || ...);
+
 /// A string that is no C string: a ZString, a std::string, a std::string_view or a stack string.
 template <class T>
 concept CStringLike =

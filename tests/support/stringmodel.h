@@ -41,7 +41,12 @@ bool AgreesOnInt(std::string_view text)
     T actual = 77;
     char* pEnd = nullptr;
     const bool bRead = IntFromString(text.data(), &actual, &pEnd);
-    return bRead == (error == std::errc()) && actual == expected && pEnd == pExpectedEnd;
+    if (bRead != (error == std::errc()) || actual != expected || pEnd != pExpectedEnd)
+        return false;
+
+    actual = 77;
+    uint64 nRead = 77;
+    return IntFromString(text, &actual, &nRead) == bRead && actual == expected && text.data() + nRead == pEnd;
 }
 
 // The characters are in a block of their exact size, so that a sanitizer notices a read past the end.
