@@ -1,11 +1,14 @@
 // The parsers of values: what they accept, to the character, and that they change nothing when they refuse.
 #include "core/containers/hashset.h"
+#include "core/values/linesource.h"
 #include "tests/support/breaks.h"
 #include "tests/support/modeltest.h"
 
+#include <gmock/gmock.h>
 #include <iomanip>
 #include <sstream>
 #include <tuple>
+#include <unistd.h>
 #include <unordered_set>
 
 // Some system headers define these macros.
@@ -64,8 +67,10 @@ TEST_F(GuidValues, ReadWhatIsAGuidToTheCharacter)
     ExpectOfNeighbours("ABCDEFab-cdef-FEDC-BAfe-dcba01234567", AgreesOnGuid);
 
     ZGuid guid(kGuid);
-    EXPECT_FALSE(guid.FromString(ZString()) || guid.FromString(std::string_view()));
+    const char* pszNull = nullptr;
+    EXPECT_FALSE(guid.FromString(ZString()) || guid.FromString(std::string_view()) || guid.FromString(pszNull));
     EXPECT_EQ(kGuid, guid);
+    EXPECT_TRUE(guid.FromString(kGuidText.data()) && guid.FromString(std::string(kGuidText)));
     EXPECT_EQ(ZGuid::Empty, ZGuid("97f879bd-be59-447b-ae39-5c54e0e67d22\0"));
 }
 
@@ -88,6 +93,11 @@ TEST_F(GuidValues, AreKeysInTheOrderOfTheirDigits)
     for (int i = 0; i < 49; ++i)
         ascending.emplace_back(kWords[i / 7], kWords[i % 7]);
     ExpectAscending(ascending);
+
+    // Version and variant are where the text shows them.
+    ascending.push_back(ZGuid::Random());
+    EXPECT_THAT(ascending.back().ToString().ToCString(), testing::MatchesRegex(".{14}4.{4}[89ab].{16}"));
+    EXPECT_NE(ascending.back(), ZGuid::Random());
 
     THashSet<ZGuid> hashed;
     std::unordered_set<ZGuid> standard;
@@ -125,6 +135,13 @@ TEST(Versions, AreOrderedByTheirParts)
     for (int i = 0; i < 256; ++i)
         ascending.push_back({{kBytes[i / 64], kBytes[i / 16 % 4], kPatches[i / 4 % 4], kBuilds[i % 4]}});
     ExpectAscending(ascending);
+
+    EXPECT_EQ(256u, std::unordered_set<Version>(ascending.begin(), ascending.end()).size());
+    ZMemAllocatorScope scope;
+    std::ostringstream stream;
+    stream << std::setfill('.') << std::setw(10) << Version{{2, 1, 3, 0}} << '|' << ascending.back();
+    EXPECT_EQ("...2.1.3.0|255.255.65535.4294967295", stream.str());
+    EXPECT_TRUE(ascending.back().ToString() == "255.255.65535.4294967295");
 }
 
 // ---- ZLineReader.
@@ -188,6 +205,37 @@ TEST(LineReaders, ReturnALineAsSoonAsItIsThere)
         EXPECT_STREQ(pszExpected, pLine);
         EXPECT_EQ(nExpectedCalls, nCalls);
     }
+}
+
+TEST(LineReaders, ReadFilesDescriptorsAndText)
+{
+    const std::string text("one\r\n\0two\n\nend\xFF", 15);
+    int anEnds[2] = {};
+    ASSERT_EQ(0, pipe(anEnds));
+    ASSERT_EQ(ssize_t(text.size()), write(anEnds[1], text.data(), text.size()));
+    close(anEnds[1]);
+    std::FILE* pFile = std::tmpfile();
+    std::fwrite(text.data(), 1, text.size(), pFile);
+    std::rewind(pFile);
+    std::string_view rest = text;
+    const std::pair<ZLineReader::ReadFunction, uint64> sources[] = {{&ReadLineFile, LineSource(pFile)},
+                                                                    {&ReadLineDescriptor, LineSource(anEnds[0])},
+                                                                    {&ReadLineDescriptor, LineSource(-1)},
+                                                                    {&ReadLineText, LineSource(&rest)}};
+    for (const auto& [pRead, nSource] : sources)
+    {
+        char acBuffer[5];
+        ZLineReader reader(pRead, nSource, acBuffer, sizeof(acBuffer));
+        char* pLine = nullptr;
+        uint32 nLength = 0;
+        for (const auto& [nLine, piece] : ModelPieces(nSource == LineSource(-1) ? "" : text, 4))
+        {
+            EXPECT_EQ(nLine, reader.GetNextLine(&pLine, &nLength));
+            EXPECT_EQ(piece, std::string_view(pLine, nLength));
+        }
+    }
+    close(anEnds[0]);
+    std::fclose(pFile);
 }
 
 TEST(LineReaders, BreakWhereTheyCannotRead)

@@ -1,7 +1,9 @@
 #include "core/values/guid.h"
 
 #include <cstring>
+#include <exception>
 #include <ostream>
+#include <random>
 
 namespace
 {
@@ -85,6 +87,31 @@ bool ZGuid::Parse(std::string_view text)
     m_nLow = nFirst | nSecond << 32;
     m_nHigh = nThird | nFourth << 32;
     return true;
+}
+
+ZGuid ZGuid::Random()
+{
+    ZGuid guid;
+    bool bDrawn = true;
+    try
+    {
+        std::random_device source;
+        std::uniform_int_distribution<uint64> word;
+        guid.m_nLow = word(source);
+        guid.m_nHigh = word(source);
+    }
+    catch (const std::exception&)
+    {
+        bDrawn = false;
+    }
+    kx::detail::BreakUnless(bDrawn);
+    if (!bDrawn)
+        return Empty;
+
+    // The version is in the high half of byte 6, the variant in the two top bits of byte 8.
+    guid.m_nLow = (guid.m_nLow & ~(uint64{0xF0} << 48)) | uint64{0x40} << 48;
+    guid.m_nHigh = (guid.m_nHigh & ~uint64{0xC0}) | 0x80;
+    return guid;
 }
 
 ZString ZGuid::ToString() const

@@ -20,8 +20,8 @@
 #include <iosfwd>
 #include <string_view>
 #include <type_traits>
-/// A 128-bit identifier; see the head of this file.
 
+/// A 128-bit identifier; see the head of this file.
 class ZGuid
 {
 public:
@@ -52,14 +52,27 @@ public:
     /// is truncated, too long, empty or made from null, or that contains a NUL or a byte of 0x80 or more.
     bool FromString(const ZString& text) { return Parse(text); }
 
-    /// Reads a part of a string without making a ZString of it.
+    /// Reads a std::string_view, a std::string or a stack string without making a ZString of it.
     ///
-    /// Takes a std::string_view and nothing that converts to one, so that a literal becomes a ZString.
-    template <std::same_as<std::string_view> TView>
-    bool FromString(TView text)
+    /// Takes no literal, so that a literal becomes a ZString.
+    template <kx::detail::CStringLike TText>
+    bool FromString(const TText& text) requires(!std::convertible_to<const TText&, ZString>)
     {
         return Parse(text);
     }
+
+    /// Reads a C string. Null is the empty string.
+    template <std::convertible_to<const char*> TPointer>
+    bool FromString(const TPointer& pszText) requires std::is_pointer_v<TPointer>
+    {
+        return Parse(kx::detail::TextOf(pszText));
+    }
+
+    /// Returns a new GUID of random bits: one of version 4, as RFC 4122 describes it. No allocation by the library.
+    ///
+    /// The bits come from the system's generator, `std::random_device`. If that fails, triggers the debug break; if
+    /// execution resumes, the result is the empty GUID.
+    [[nodiscard]] KX_API static ZGuid Random();
 
     /// Returns the text, with its digits in lower case. One allocation.
     [[nodiscard]] KX_API ZString ToString() const;

@@ -25,8 +25,8 @@
 #pragma once
 
 #include "core/platform/platform.h"
-/// Splits a stream of bytes into lines; see the head of this file.
 
+/// Splits a stream of bytes into lines; see the head of this file.
 class KX_API ZLineReader
 {
 public:
@@ -34,7 +34,8 @@ public:
     ///
     /// Fewer than nSize bytes do not mean the end. 0 or less ends the data for good, and the function is not called
     /// again. More than nSize triggers the debug break; if execution resumes, it counts as nSize. nUser is the value
-    /// that the constructor received, wide enough for a pointer. nSize is from 1 to 2^31 - 1.
+    /// that the constructor received, wide enough for a pointer. nSize is from 1 to 2^31 - 1. core/values/linesource.h
+    /// has such functions for files and for characters in memory.
     using ReadFunction = int (*)(uint64 nUser, char* pTarget, uint32 nSize);
 
     /// Reads nothing yet.

@@ -1,22 +1,43 @@
 #include "core/values/version.h"
 
+#include "core/strings/string.h"
 #include "core/strings/text.h"
+
+#include <charconv>
 
 namespace
 {
-// Reads the digits at p, moves p past them and adds their value to nAbs, nShift bits up. Returns false if there is no
-// digit or the value is above nMax.
-inline bool ReadPart(const char*& p, uint64 nMax, int nShift, uint64& nAbs)
+// The position in a C string, or in characters whose end is known. The end reads as a NUL, which is in no version.
+struct SCString
 {
-    const char* pFirst = p;
-    uint64 nValue = kx::detail::DigitOf(*p);
+    char operator*() const { return *m_p; }
+
+    const char* m_p;
+};
+
+struct SCharacters
+{
+    char operator*() const { return m_p != m_pEnd ? *m_p : '\0'; }
+
+    const char* m_p;
+    const char* m_pEnd;
+};
+
+// Reads the digits at the position, moves it past them and adds their value to nAbs, nShift bits up. Returns false if
+// there is no digit or the value is above nMax.
+template <class TPosition>
+inline bool ReadPart(TPosition& position, uint64 nMax, int nShift, uint64& nAbs)
+{
+    const char* pFirst = position.m_p;
+    uint64 nValue = kx::detail::DigitOf(*position);
     if (nValue >= 10)
         return false;
-    for (uint64 nDigit = kx::detail::DigitOf(*++p); nDigit < 10; nDigit = kx::detail::DigitOf(*++p))
+    ++position.m_p;
+    for (uint64 nDigit = 0; (nDigit = kx::detail::DigitOf(*position)) < 10; ++position.m_p)
         nValue = nValue * 10 + nDigit;
 
     // More digits may have wrapped the sum, unless the leading ones are zeros.
-    while (p - pFirst > kx::detail::kSafeDigits)
+    while (position.m_p - pFirst > kx::detail::kSafeDigits)
     {
         if (*pFirst++ != '0')
             return false;
@@ -25,25 +46,66 @@ inline bool ReadPart(const char*& p, uint64 nMax, int nShift, uint64& nAbs)
     return nValue <= nMax;
 }
 
-// Returns false if a number is missing or too large.
-inline bool ReadParts(const char* p, uint64& nAbs)
+// Moves the position past a ".". Returns false if there is none.
+template <class TPosition>
+inline bool ReadDot(TPosition& position)
 {
-    while (kx::detail::IsSpace(*p))
-        ++p;
-    if (!ReadPart(p, UINT8_MAX, 0, nAbs) || *p++ != '.' || !ReadPart(p, UINT8_MAX, 8, nAbs))
+    const bool bDot = *position == '.';
+    position.m_p += bDot ? 1 : 0;
+    return bDot;
+}
+
+// Returns false if a number is missing or too large.
+template <class TPosition>
+inline bool ReadParts(TPosition position, uint64& nAbs)
+{
+    while (kx::detail::IsSpace(*position))
+        ++position.m_p;
+    if (!ReadPart(position, UINT8_MAX, 0, nAbs) || !ReadDot(position) || !ReadPart(position, UINT8_MAX, 8, nAbs))
         return false;
-    if (*p != '.')
+    if (!ReadDot(position))
         return true;
-    if (!ReadPart(++p, UINT16_MAX, 16, nAbs))
+    if (!ReadPart(position, UINT16_MAX, 16, nAbs))
         return false;
-    return *p != '.' || ReadPart(++p, UINT32_MAX, 32, nAbs);
+    return !ReadDot(position) || ReadPart(position, UINT32_MAX, 32, nAbs);
+}
+
+template <class TPosition>
+inline bool Read(TPosition position, Version* pResult)
+{
+    uint64 nAbs = 0;
+    const bool bRead = ReadParts(position, nAbs);
+    pResult->abs = bRead ? nAbs : 0;
+    return bRead;
 }
 } // namespace
 
 bool version::FromString(const char* pszText, Version* pResult)
 {
-    uint64 nAbs = 0;
-    const bool bRead = ReadParts(kx::detail::NotNull(pszText), nAbs);
-    pResult->abs = bRead ? nAbs : 0;
-    return bRead;
+    return Read(SCString{kx::detail::NotNull(pszText)}, pResult);
+}
+
+bool version::FromString(const char* pText, uint64 nLength, Version* pResult)
+{
+    return Read(SCharacters{pText, pText + nLength}, pResult);
+}
+
+uint32 Version::WriteTo(char (&acText)[kTextSize]) const
+{
+    char* pEnd = acText;
+    for (const uint32 nPart : {uint32{major}, uint32{minor}, uint32{patch}, build})
+    {
+        if (pEnd != acText)
+            *pEnd++ = '.';
+        pEnd = std::to_chars(pEnd, acText + kTextSize, nPart).ptr;
+    }
+    *pEnd = '\0';
+    return static_cast<uint32>(pEnd - acText);
+}
+
+ZString Version::ToString() const
+{
+    char acText[kTextSize];
+    const uint32 nLength = WriteTo(acText);
+    return ZString(std::string_view(acText, nLength));
 }

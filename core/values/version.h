@@ -18,6 +18,30 @@
 #include "core/platform/platform.h"
 
 #include <compare>
+#include <concepts>
+#include <typeindex> // declares std::hash, at the least cost
+
+class ZString;
+
+namespace kx::detail
+{
+// A std::string_view or std::string, without the cost of their headers. A C string has a form of its own.
+template <class T>
+concept CCharacters =
+    !std::convertible_to<const T&, const char*> && requires(const T& text, const char* pText, uint64 nLength)
+{
+    pText = text.data();
+    nLength = text.size();
+};
+
+// A stream, without the cost of its header.
+template <class T>
+concept CTextStream = requires(T& stream, const char* pszText)
+{
+    stream.width();
+    stream << pszText;
+};
+} // namespace kx::detail
 
 /// A version number of four parts; see the head of this file.
 ///
@@ -41,6 +65,26 @@ union Version
     constexpr bool operator==(const Version& other) const { return Rank() == other.Rank(); }
     constexpr std::strong_ordering operator<=>(const Version& other) const { return Rank() <=> other.Rank(); }
 
+    /// The size of the longest text with its terminator.
+    static constexpr uint32 kTextSize = 25;
+
+    /// Returns the four parts with "." between them, "2.1.3.0". One allocation. The caller includes
+    /// core/strings/string.h.
+    [[nodiscard]] KX_API ZString ToString() const;
+
+    /// Writes the same text with its terminator and returns its length. No allocation.
+    KX_API uint32 WriteTo(char (&acText)[kTextSize]) const;
+
+    /// Writes the same text like a C string, with the stream's width and fill.
+    template <kx::detail::CTextStream TStream>
+    friend TStream& operator<<(TStream& stream, const Version& version)
+    {
+        char acText[kTextSize];
+        version.WriteTo(acText);
+        stream << static_cast<const char*>(acText);
+        return stream;
+    }
+
 private:
     constexpr uint64 Rank() const { return uint64{major} << 56 | uint64{minor} << 48 | uint64{patch} << 32 | build; }
 };
@@ -52,6 +96,13 @@ inline uint32 HashKey(const Version& version)
 {
     return HashBytes(&version, sizeof(version));
 }
+
+/// The standard hash, that of the hash containers.
+template <>
+struct std::hash<Version>
+{
+    std::size_t operator()(const Version& version) const noexcept { return HashKey(version); }
+};
 
 namespace version
 {
@@ -71,4 +122,14 @@ namespace version
 ///
 /// Uses no locale and does not allocate.
 [[nodiscard]] KX_API bool FromString(const char* pszText, Version* pResult);
+
+/// Reads nLength characters by the same rules, and never past their end.
+[[nodiscard]] KX_API bool FromString(const char* pText, uint64 nLength, Version* pResult);
+
+/// The same for a std::string_view or a std::string.
+template <kx::detail::CCharacters TText>
+[[nodiscard]] bool FromString(const TText& text, Version* pResult)
+{
+    return FromString(text.data(), text.size(), pResult);
+}
 } // namespace version

@@ -22,12 +22,13 @@ inline bool AgreesOnGuid(std::string_view text)
 {
     constexpr std::string_view kShape = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
     bool bExpected = text.size() == kShape.size();
-    std::string lower;
+    std::string lower, digits;
     for (size_t i = 0; bExpected && i < kShape.size(); ++i)
     {
         const auto c = static_cast<unsigned char>(text[i]);
         bExpected = kShape[i] == '-' ? c == '-' : std::isxdigit(c) != 0;
         lower += static_cast<char>(std::tolower(c));
+        digits += kShape[i] == '-' ? "" : std::string(1, text[i]);
     }
 
     const ZGuid before(0x0123456789abcdef, 0xfedcba9876543210);
@@ -40,10 +41,9 @@ inline bool AgreesOnGuid(std::string_view text)
     char acText[ZGuid::kTextSize];
     std::memset(acText, '#', sizeof(acText));
     guid.WriteTo(acText);
-    std::string digits(lower);
-    std::erase(digits, '-');
-    const auto word = [&](size_t nFirst) { return std::stoull(digits.substr(nFirst, 16), nullptr, 16); };
-    return acText == lower && guid == ZGuid(word(0), word(16));
+    return acText == lower
+           && guid
+                  == ZGuid(std::stoull(digits.substr(0, 16), nullptr, 16), std::stoull(digits.substr(16), nullptr, 16));
 }
 
 // The four parts, or nothing. A number that is too large for 64 bits is read as the largest one.
@@ -68,16 +68,18 @@ inline std::optional<std::array<uint64, 4>> ModelVersion(const std::string& text
 inline bool AgreesOnVersion(std::string_view text)
 {
     std::vector<char> block(text.begin(), text.end());
-    block.push_back('\0');
-    Version actual;
-    actual.abs = 0xCDCDCDCDCDCDCDCD;
-    const bool bRead = version::FromString(block.data(), &actual);
-
     const auto expected = ModelVersion(std::string(text));
     const auto parts = expected.value_or(std::array<uint64, 4>{});
-    return bRead == expected.has_value()
-           && parts == std::array<uint64, 4>{actual.major, actual.minor, actual.patch, actual.build}
-           && actual.abs == (parts[0] | parts[1] << 8 | parts[2] << 16 | parts[3] << 32);
+    const uint64 nExpected = parts[0] | parts[1] << 8 | parts[2] << 16 | parts[3] << 32;
+    Version actual;
+    actual.abs = 0xCDCDCDCDCDCDCDCD;
+    if (version::FromString(std::string_view(block.data(), block.size()), &actual) != expected.has_value()
+        || actual.abs != nExpected)
+        return false;
+
+    block.push_back('\0');
+    actual.abs = 0xCDCDCDCDCDCDCDCD;
+    return version::FromString(block.data(), &actual) == expected.has_value() && actual.abs == nExpected;
 }
 
 // The number of a line, and the line or a piece of it.
