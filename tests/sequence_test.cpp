@@ -171,6 +171,22 @@ TEST_F(SequenceTest, ArraysConstructExactlyAndCompare)
     EXPECT_EQ((Journal{"free 8", "free 12", "free null"}), TakeJournal());
 }
 
+// With and without spare capacity, from an element of the array itself, and members of an aggregate.
+TEST_F(SequenceTest, ArraysConstructInPlace)
+{
+    TArray<Logged> array(2);
+    EXPECT_EQ(7, array.Emplace(7).m_nValue);
+    array.Emplace(array[0]);
+    array.Emplace(std::move(array[0]));
+    EXPECT_EQ((Journal{"alloc 8/4", "new 7", "copy 7", "alloc 12/4", "move 7", "move -1", "delete -1", "move 7",
+                       "delete -1", "free 8"}),
+              TakeJournal());
+    EXPECT_EQ((std::vector<int>{-1, 7, 7}), Values(array));
+    TArray<Wide> wide;
+    EXPECT_EQ(3, wide.Emplace(3).m_nValue);
+    TakeJournal();
+}
+
 TEST_F(SequenceTest, ElementsMayBeWideMoveOnlyOrOverloadTheAddressOperator)
 {
     struct alignas(64) Odd

@@ -160,6 +160,15 @@ public:
     T& Add(const T& value) { return AddValue(value); }
     T& Add(T&& value) { return AddValue(std::move(value)); }
 
+    /// Appends an element that is constructed from the arguments, and returns it.
+    /// Costs what Add costs, without a copy or a move of the element. The arguments may refer to elements of this
+    /// array.
+    template <class... TArgs>
+    T& Emplace(TArgs&&... args)
+    {
+        return AddValue(std::forward<TArgs>(args)...);
+    }
+
     /// Inserts before pos and returns the new element.
     /// Triggers the debug break if pos is outside [Begin(), End()]. Linear in the number of elements after pos, or in
     /// all elements if the array grows. The argument may be an element of this array: the inserted value is its value
@@ -317,13 +326,13 @@ private:
         kx::detail::MoveSpareStart(m_pBegin, m_pCapacityEnd, pOldEnd, pNewEnd);
     }
 
-    template <class TValue>
-    T& AddValue(TValue&& value)
+    template <class... TArgs>
+    T& AddValue(TArgs&&... args)
     {
         if (m_pEnd == m_pCapacityEnd) [[unlikely]]
-            return *InsertGrowing(m_pEnd, std::forward<TValue>(value));
+            return *InsertGrowing(m_pEnd, std::forward<TArgs>(args)...);
         MoveSpareStart(m_pEnd, m_pEnd + 1);
-        T* pNew = kx::detail::ConstructAt(m_pEnd, std::forward<TValue>(value));
+        T* pNew = kx::detail::ConstructAt(m_pEnd, std::forward<TArgs>(args)...);
         ++m_pEnd;
         return *pNew;
     }
@@ -349,15 +358,15 @@ private:
     // Inserts before pos into a new buffer of the grown capacity. The new element is constructed first, so that an
     // argument that is an element of this array is still intact when it is read.
     //
-    // No out-of-line callee takes the array or the value by reference, so a loop of Add keeps the three pointers and
+    // No out-of-line callee takes the array or an argument by reference, so a loop of Add keeps the three pointers and
     // the value in registers.
-    template <class TValue>
-    T* InsertGrowing(T* pos, TValue&& value)
+    template <class... TArgs>
+    T* InsertGrowing(T* pos, TArgs&&... args)
     {
         const uint64 nSize = Distance(m_pBegin, m_pEnd);
         const uint64 nCapacity = GrownCapacity();
         T* pNew = AllocateElements(nCapacity);
-        T* pElement = kx::detail::ConstructAt(pNew + Distance(m_pBegin, pos), std::forward<TValue>(value));
+        T* pElement = kx::detail::ConstructAt(pNew + Distance(m_pBegin, pos), std::forward<TArgs>(args)...);
         kx::detail::RelocateRange(pNew, m_pBegin, pos);
         kx::detail::RelocateRange(pElement + 1, pos, m_pEnd);
         AdoptBuffer(pNew, nSize + 1, nCapacity);

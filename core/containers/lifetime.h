@@ -12,14 +12,20 @@
 #include "core/platform/platform.h"
 
 #include <new>
+#include <type_traits>
 #include <utility>
 
 namespace kx::detail
 {
+/// Constructs an element from the arguments, which are the members of an aggregate.
+/// The braces are for compilers that cannot initialise an aggregate with parentheses.
 template <class T, class... TArgs>
 T* ConstructAt(T* pStorage, TArgs&&... args) noexcept
 {
-    return ::new (static_cast<void*>(pStorage)) T(std::forward<TArgs>(args)...);
+    if constexpr (std::is_aggregate_v<T> && !std::is_constructible_v<T, TArgs...>)
+        return ::new (static_cast<void*>(pStorage)) T{std::forward<TArgs>(args)...};
+    else
+        return ::new (static_cast<void*>(pStorage)) T(std::forward<TArgs>(args)...);
 }
 
 template <class T>
