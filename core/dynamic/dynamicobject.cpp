@@ -82,7 +82,7 @@ EDynamicKind ZDynamicObject::Kind() const
     if (IsArray() || IsObject())
         return IsArray() ? EDynamicKind::Array : EDynamicKind::Object;
     if (IsValue<bool>() || IsValue<ZString>())
-        return IsValue<bool>() ? EDynamicKind::Bool : EDynamicKind::String;
+        return IsValue<bool>() ? EDynamicKind::Boolean : EDynamicKind::String;
     const bool bNumber = IsValue<int8>() || IsValue<int16>() || IsValue<int32>() || IsValue<int64>() || IsValue<uint8>()
                          || IsValue<uint16>() || IsValue<uint32>() || IsValue<uint64>() || IsValue<float32>();
     return bNumber ? EDynamicKind::Number : EDynamicKind::Other;

@@ -54,7 +54,7 @@ inline constexpr bool kx::detail::kReadByAddress<SDynamicObjectKeyValuePair> = t
 enum class EDynamicKind : uint8
 {
     Null,
-    Bool,
+    Boolean,
     Number,
     String,
     Array,

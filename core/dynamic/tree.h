@@ -79,9 +79,10 @@ class TTree
         const TChild* Begin() const { return &m_child; }
         const TChild* End() const { return &m_child + m_nSize; }
         uint32 Size() const { return m_nSize; }
-        void Add(TChild&& child)
+        template <class... TArgs>
+        void Emplace(TArgs&&... args)
         {
-            m_child = std::move(child);
+            m_child = TChild{std::forward<TArgs>(args)...};
             m_nSize = 1;
         }
 
@@ -278,12 +279,12 @@ private:
                                  {
                                      TChildNode* pChild = NewCopy<TChildNode>(pHeld);
                                      pChild->SetParent(pCopy);
-                                     pCopy->m_children.Add(NewChild(child, pType, pChild));
+                                     AddChild(pCopy->m_children, child, pType, pChild);
                                      return pChild;
                                  });
             }
             void* pHeldCopy = pType != nullptr ? detail::CopyHeldValue(*pType, pHeld) : nullptr;
-            pCopy->m_children.Add(NewChild(child, pType, pHeldCopy));
+            AddChild(pCopy->m_children, child, pType, pHeldCopy);
         }
         if (pCopy == pRoot)
             return nullptr;
@@ -291,13 +292,15 @@ private:
         return pCopy->Parent();
     }
 
-    static TElement NewChild(const TElement&, STypeID* pType, void* pHeld)
+    template <class TChildren>
+    static void AddChild(TChildren& children, const TElement&, STypeID* pType, void* pHeld)
     {
-        return SVariantAccess::Adopted<TElement>(pType, pHeld);
+        children.Emplace(SVariantAccess::Adopted<TElement>(pType, pHeld));
     }
-    static TProperty NewChild(const TProperty& property, STypeID* pType, void* pHeld)
+    template <class TChildren>
+    static void AddChild(TChildren& children, const TProperty& property, STypeID* pType, void* pHeld)
     {
-        return {property.m_key, SVariantAccess::Adopted<TElement>(pType, pHeld)};
+        children.Emplace(property.m_key, SVariantAccess::Adopted<TElement>(pType, pHeld));
     }
 
     // ---- Destroying: each node destroys its children in order, and then itself.

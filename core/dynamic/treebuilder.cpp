@@ -67,7 +67,7 @@ void ZTreeBuilder::Null()
     Add(nullptr, nullptr);
 }
 
-void ZTreeBuilder::Bool(bool bValue)
+void ZTreeBuilder::Boolean(bool bValue)
 {
     Add(GetTypeID<bool>(), kx::detail::NewWord(bValue ? 1 : 0));
 }

@@ -22,7 +22,7 @@ class KX_API ZTreeBuilder
 public:
     /// The next value: the whole tree, the next element of the innermost array, or the value of the last key.
     void Null();
-    void Bool(bool bValue);
+    void Boolean(bool bValue);
     void Number(float64 fNumber);
     void String(std::string_view text);
 

@@ -307,7 +307,7 @@ bool ZReader::SState::Take(ondemand::value& value)
     case 'f':
         if (value.get_bool().get(bValue) != simdjson::SUCCESS)
             break;
-        m_tree.Bool(bValue);
+        m_tree.Boolean(bValue);
         return true;
     case 'n':
         if (value.is_null().get(bValue) != simdjson::SUCCESS || !bValue)
