@@ -1,5 +1,6 @@
 #include "core/dynamic/propertyindex.h"
 
+#include "core/containers/hashbytes.h"
 #include "core/containers/seededhash.h"
 
 #include <algorithm>
@@ -8,13 +9,16 @@
 
 namespace kx::detail
 {
-namespace
-{
-uint32 HashOf(std::string_view key)
+// Out of line, so that the ordinary search needs no more registers than it has.
+KX_NOINLINE static uint32 SeededHashOf(std::string_view key)
 {
     return static_cast<uint32>(SeededHash(key.data(), key.size()));
 }
-} // namespace
+
+uint32 ZPropertyIndex::HashOf(std::string_view key) const
+{
+    return m_bSeeded ? SeededHashOf(key) : HashBytes(key.data(), key.size());
+}
 
 uint32 ZPropertyIndex::Find(SKeys keys, std::string_view key) const
 {
@@ -28,12 +32,15 @@ uint32 ZPropertyIndex::Find(SKeys keys, std::string_view key) const
     return kMissing;
 }
 
-void ZPropertyIndex::Insert(uint32 nHash, uint32 nNumber)
+// Returns how many slots of other properties precede it in its run.
+uint32 ZPropertyIndex::Insert(uint32 nHash, uint32 nNumber)
 {
-    uint32 nSlot = nHash & m_nMask;
+    const uint32 nFirst = nHash & m_nMask;
+    uint32 nSlot = nFirst;
     while (m_pSlots[nSlot].m_nNumber != 0)
         nSlot = Next(nSlot);
     m_pSlots[nSlot] = {nHash, nNumber};
+    return (nSlot - nFirst) & m_nMask;
 }
 
 void ZPropertyIndex::Added(SKeys keys)
@@ -41,11 +48,15 @@ void ZPropertyIndex::Added(SKeys keys)
     const uint32 nSize = keys.m_nSize;
     if (nSize <= kUnindexed)
         return;
-    if (m_pSlots == nullptr)
-        return InsertAll(keys);
-    if (nSize > m_nMask / 2 + 1)
-        Resize(nSize);
-    Insert(HashOf(keys[nSize - 1]), nSize);
+    if (m_pSlots != nullptr)
+    {
+        if (nSize > m_nMask / 2 + 1)
+            Resize(nSize);
+        if (Insert(HashOf(keys[nSize - 1]), nSize) <= kLongRun || m_bSeeded)
+            return;
+        m_bSeeded = true;
+    }
+    InsertAll(keys, false);
 }
 
 void ZPropertyIndex::Removing(SKeys keys, uint32 nPosition)
@@ -77,23 +88,42 @@ void ZPropertyIndex::Removing(SKeys keys, uint32 nPosition)
         Resize(keys.m_nSize);
 }
 
-void ZPropertyIndex::Build(SKeys keys, bool bMayRepeatKeys)
+bool ZPropertyIndex::TryBuild(SKeys keys)
 {
-    m_bMayRepeatKeys = bMayRepeatKeys;
-    if (keys.m_nSize > kUnindexed)
-        InsertAll(keys);
+    return keys.m_nSize <= kUnindexed || InsertAll(keys, true);
 }
 
-void ZPropertyIndex::InsertAll(SKeys keys)
+void ZPropertyIndex::Build(SKeys keys)
 {
+    m_bMayRepeatKeys = true;
+    if (keys.m_nSize > kUnindexed)
+        InsertAll(keys, false);
+}
+
+bool ZPropertyIndex::InsertAll(SKeys keys, bool bRefuseRepeated)
+{
+    Release();
     Allocate(keys.m_nSize);
     for (uint32 i = 0; i < keys.m_nSize; ++i)
-        Insert(HashOf(keys[i]), i + 1);
+    {
+        if (bRefuseRepeated && Find(keys, keys[i]) != kMissing)
+        {
+            Release();
+            return false;
+        }
+        if (Insert(HashOf(keys[i]), i + 1) > kLongRun && !m_bSeeded)
+        {
+            m_bSeeded = true;
+            return InsertAll(keys, bRefuseRepeated);
+        }
+    }
+    return true;
 }
 
 void ZPropertyIndex::CopyFrom(const ZPropertyIndex& other)
 {
     m_bMayRepeatKeys = other.m_bMayRepeatKeys;
+    m_bSeeded = other.m_bSeeded;
     if (other.m_pSlots == nullptr)
         return;
     m_nMask = other.m_nMask;

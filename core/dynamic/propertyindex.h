@@ -9,8 +9,10 @@ namespace kx::detail
 {
 /// A hash table of positions, open addressing, at most half full. An object has one as soon as it has more than
 /// kUnindexed properties; searching fewer in order is faster. Finding and adding take constant time on average, and
-/// removing takes time linear in the present number of properties. The hash is seeded anew in each process, so nobody
-/// can choose keys that collide.
+/// removing takes time linear in the present number of properties.
+///
+/// The hash is fast and known to everybody. When many keys collide, which somebody must have chosen for that, the index
+/// is built again with a seeded hash, and keeps it.
 class ZPropertyIndex
 {
 public:
@@ -45,9 +47,12 @@ public:
     /// To be called before the property at the position is removed.
     void Removing(SKeys keys, uint32 nPosition);
 
-    /// Makes the index of an object whose properties are all new. In an array that was made by hand, a key may occur
-    /// twice.
-    void Build(SKeys keys, bool bMayRepeatKeys);
+    /// Makes the index of an object whose properties are all new. Returns false, and makes none, if a key occurs twice.
+    /// That is not looked at if there are kUnindexed properties or fewer.
+    bool TryBuild(SKeys keys);
+
+    /// The same for an array that was made by hand, where keys may occur twice: the first one is found.
+    void Build(SKeys keys);
     bool MayRepeatKeys() const { return m_bMayRepeatKeys; }
 
     /// Makes an empty index the copy of another one, for a copy of the same properties.
@@ -65,8 +70,11 @@ private:
     };
 
     uint32 Next(uint32 nSlot) const { return (nSlot + 1) & m_nMask; }
-    void InsertAll(SKeys keys);
-    void Insert(uint32 nHash, uint32 nNumber);
+    static constexpr uint32 kLongRun = 128;
+
+    uint32 HashOf(std::string_view key) const;
+    bool InsertAll(SKeys keys, bool bRefuseRepeated);
+    uint32 Insert(uint32 nHash, uint32 nNumber);
     SSlot* NewSlots() const;
     void Allocate(uint32 nSize);
     void Resize(uint32 nSize);
@@ -75,5 +83,6 @@ private:
     SSlot* m_pSlots = nullptr;
     uint32 m_nMask = 0;
     bool m_bMayRepeatKeys = false;
+    bool m_bSeeded = false;
 };
 } // namespace kx::detail

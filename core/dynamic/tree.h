@@ -218,7 +218,7 @@ private:
         TNode* pCopy = NewCopy<TNode>(pValue);
         Fill(pCopy);
         if constexpr (std::is_same_v<TNode, SObject>)
-            pCopy->m_index.Build(pCopy->Keys(), true);
+            pCopy->m_index.Build(pCopy->Keys());
         return pCopy;
     }
 

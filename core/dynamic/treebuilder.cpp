@@ -38,14 +38,14 @@ uint64 MarkOf(std::string_view key)
     return uint64{1} << ((key.size() + nFirst * 9 + nLast * 21) % 64);
 }
 
+// For objects without an index.
 bool HasRepeatedKey(const Tree::SObject& node)
 {
-    const bool bIndexed = node.m_children.Size() > kx::detail::kUnindexedProperties;
     uint64 nMarks = 0;
     for (const SDynamicObjectKeyValuePair& property : node.m_children)
     {
-        const uint64 nMark = bIndexed ? ~uint64{0} : MarkOf(property.m_key);
-        if ((bIndexed || (nMarks & nMark) != 0) && Tree::FindProperty(node, property.m_key) != &property)
+        const uint64 nMark = MarkOf(property.m_key);
+        if ((nMarks & nMark) != 0 && Tree::FindProperty(node, property.m_key) != &property)
             return true;
         nMarks |= nMark;
     }
@@ -101,9 +101,9 @@ void ZTreeBuilder::End()
     if (!open.m_bObject)
         return Add(GetTypeID<TArray<ZDynamicObject>>(), NodeOf<Tree::SArray>(m_elements, open.m_nFirst));
     Tree::SObject* pNode = NodeOf<Tree::SObject>(m_properties, open.m_nFirst);
-    pNode->m_index.Build(pNode->Keys(), false);
     STypeID* pType = GetTypeID<TArray<SDynamicObjectKeyValuePair>>();
-    if (!HasRepeatedKey(*pNode)) [[likely]]
+    const bool bIndexed = pNode->m_children.Size() > kx::detail::kUnindexedProperties;
+    if (bIndexed ? pNode->m_index.TryBuild(pNode->Keys()) : !HasRepeatedKey(*pNode)) [[likely]]
         return Add(pType, pNode);
     const auto repeated = SVariantAccess::Adopted<ZDynamicObject>(pType, pNode);
     ZDynamicObject object = ZDynamicObject::Object();
