@@ -1163,19 +1163,18 @@ void demangle(ZStackStringBase& out, std::string_view mangled, const SDemangleOp
 SDemangled demangle(std::span<char> out, std::string_view mangled, const SDemangleOptions& options)
 {
     SDemangled result{EDemangled::kNotASymbol, 0};
-    Text text;
     if (mangled.starts_with('?'))
         Read(mangled, options,
              [&](const ZDemangler& demangler)
              {
-                 text = demangler.IsComplete() ? demangler.Written() : Text();
+                 const Text text = demangler.IsComplete() ? demangler.Written() : Text();
                  const bool bFits = text.size() < out.size();
                  result = {!demangler.IsComplete()
                                ? demangler.IsTooLarge() ? EDemangled::kTooLarge : EDemangled::kNotASymbol
                            : bFits ? EDemangled::kRead
                                    : EDemangled::kCut,
                            text.size()};
-                 if (!out.empty())
+                 if (!out.empty() && !text.empty())
                      std::memmove(out.data(), text.data(), bFits ? text.size() : out.size() - 1);
              });
     if (!out.empty())

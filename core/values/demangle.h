@@ -69,7 +69,8 @@ struct SDemangled
 ///
 /// A symbol that cannot be read is appended unchanged and whole. Such a symbol is damaged; or it has a form that is not
 /// read (see above); or it nests types, templates and scopes more than 128 deep; or its result and the pieces that are
-/// stashed for it exceed 32 KB. The options give the modern form other limits. So out receives the complete result or the symbol, never a part.
+/// stashed for it exceed 32 KB. The options give the modern form other limits. So out receives the complete result or
+/// the symbol, never a part.
 ///
 /// Names are sequences of any bytes but '@'. Bytes above 0x7F are copied unchanged, and so is NUL, which only a
 /// std::string_view can contain. A null string is the empty string and appends nothing. The symbol may be in out.
@@ -79,9 +80,8 @@ struct SDemangled
 ///
 /// No allocation. A symbol is read in one pass without backtracking; only the modern form reads the scopes of up to
 /// eight templates of variables twice. The time is linear in the length of the symbol and of the result, times at most
-/// the depth. The call takes 33 KB of stack, of which a common symbol touches about 4 KB.
-/// The deepest symbols that are read take up to 110 KB in all, or 190 KB if the library is compiled without
-/// optimisation.
+/// the depth. The call takes 33 KB of stack, of which a common symbol touches about 4 KB. The deepest symbols that are
+/// read take up to 110 KB in all, or 190 KB if the library is compiled without optimisation.
 KX_API void demangle(ZStackStringBase& out, const char* mangled, bool verbose);
 KX_API void demangle(ZStackStringBase& out, std::string_view mangled, bool verbose);
 KX_API void demangle(ZStackStringBase& out, std::string_view mangled, const SDemangleOptions& options);

@@ -4,6 +4,7 @@
 #include "core/values/demangle.h"
 #include "tests/support/stringmodel.h"
 
+#include <algorithm>
 #include <memory>
 
 // The result of demangle. The symbol is in a block of its exact size, so that a sanitizer sees a read past the end.
@@ -39,6 +40,19 @@ inline bool IsAppended(std::string_view symbol, const SDemangleOptions& options,
     return actual.Intact() && std::string_view(expected) == std::string_view(actual);
 }
 
+// Whether demangle writes as much of the result as fits into a buffer of that size.
+inline bool IsWritten(std::string_view symbol, const SDemangleOptions& options, uint32 nSize, const std::string& result)
+{
+    std::vector<char> buffer(nSize, '?');
+    const SDemangled demangled = demangle(buffer, symbol, options);
+    const std::string text = demangled.m_nLength != 0 ? result.substr(0, nSize - 1) : std::string();
+    const bool bRead = IsRead(result);
+    const EDemangled eRead = result.size() < nSize ? EDemangled::kRead : EDemangled::kCut;
+    return std::equal(text.begin(), text.end(), buffer.begin()) && buffer[text.size()] == '\0'
+           && (bRead ? demangled.m_result == eRead && demangled.m_nLength == result.size()
+                     : demangled.m_result != EDemangled::kRead && demangled.m_nLength == 0);
+}
+
 // Whether the two texts of a form of the symbol are sound.
 inline bool IsDemangledSoundly(std::string_view symbol, uint32 nCapacity, bool bModern)
 {
@@ -52,6 +66,7 @@ inline bool IsDemangledSoundly(std::string_view symbol, uint32 nCapacity, bool b
     const bool bVerbose = IsRead(verbose);
     return (bPlain || plain == symbol) && (bVerbose || verbose == symbol)
            && (bPlain == bVerbose || (bPlain && plain.size() >= 1000))
+           && IsWritten(symbol, {.m_bModern = bModern}, nCapacity, plain)
            && (!bPlain || !bVerbose || plain.size() <= verbose.size())
            && IsAppended(symbol, {.m_bModern = bModern}, nCapacity, plain)
            && IsAppended(symbol, {.m_bVerbose = true, .m_bModern = bModern}, nCapacity, verbose);
