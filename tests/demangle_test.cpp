@@ -41,11 +41,11 @@ std::string Repeat(int nCount, const std::string& text)
 #if defined(__OPTIMIZE__)
 constexpr size_t kStack = size_t{116} * 1024;
 #else
-constexpr size_t kStack = 196 * 1024;
+constexpr size_t kStack = size_t{196} * 1024;
 #endif
 
 // What the default options of the modern form allow, in any build.
-constexpr size_t kModernStack = (96 + 33 + 6) * 1024;
+constexpr size_t kModernStack = size_t{96 + 33 + 6} * 1024;
 
 // Runs into the guard page of the thread if the call takes more.
 void DemangleOnASmallStack(std::string symbol, bool bModern)
@@ -110,7 +110,7 @@ TEST(Demangle, NamesTheEntitiesOfTheEncoderInTheModernForm)
                 demangle(std::span(buffer.data(), i), symbol, {.m_bVerbose = true, .m_bModern = true});
             EXPECT_EQ(i == buffer.size() ? EDemangled::kRead : EDemangled::kCut, eResult);
             EXPECT_EQ(modern.size(), nLength);
-            EXPECT_TRUE(i == 0 || modern.substr(0, i - 1) == buffer.c_str());
+            EXPECT_STREQ(i == 0 ? buffer.c_str() : modern.substr(0, i - 1).c_str(), buffer.c_str());
         }
     }
     char acText[9] = "rubbish";
