@@ -125,7 +125,7 @@ TEST(Demangle, NamesTheEntitiesOfTheEncoderInTheModernForm)
     EXPECT_STREQ("int y::x", acMemory);
 }
 
-TEST(Demangle, BoundsTheDepthTheStackAndTheText)
+TEST(Demangle, BoundsTheDepthAndTheStack)
 {
     // The levels of a pointer to a pointer, of nested templates, scopes, functions, arrays and symbols.
     const struct
@@ -167,7 +167,10 @@ TEST(Demangle, BoundsTheDepthTheStackAndTheText)
         EXPECT_FALSE(read(row.m_nMax + 1)) << row.m_open;
         EXPECT_FALSE(read(5000)) << row.m_open;
     }
+}
 
+TEST(Demangle, BoundsTheText)
+{
     // Each type is more than twice as long as the one before.
     std::string symbol = "?f@@YAXP6AXXZ";
     for (char c = '0'; c <= '8'; ++c)
