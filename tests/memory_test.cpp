@@ -2,12 +2,15 @@
 #include "core/memory/memorymanager.h"
 
 #include "core/dynamic/dynamicobject.h"
+#include "core/memory/countingallocator.h"
+#include "core/memory/pmr.h"
 #include "tests/support/breaks.h"
 #include "tests/support/modeltest.h"
 
 #include <array>
 #include <bit>
 #include <cstring>
+#include <optional>
 
 namespace
 {
@@ -151,6 +154,63 @@ TEST(MemAllocatorScope, NestsAndLeavesTheProgramsOwnAllocatorInPlace)
     }
     s_manager.UnInstallAllocator(ALLOCATOR_NORMAL);
     EXPECT_EQ(nullptr, s_manager.GetAllocator(ALLOCATOR_NORMAL));
+}
+
+TEST(AllocatorScope, PutsBackWhatWasThere)
+{
+    ZCountingAllocator outer("outer"), inner("inner");
+    {
+        const ZAllocatorScope first(outer);
+        {
+            const ZAllocatorScope second(inner);
+            EXPECT_EQ(&inner, GetNormalAllocator());
+        }
+        EXPECT_EQ(&outer, s_manager.GetAllocator(ALLOCATOR_NORMAL));
+    }
+    EXPECT_EQ(nullptr, s_manager.GetAllocator(ALLOCATOR_NORMAL));
+
+    // The heap of a scope that has ended is not put back.
+    std::optional<ZMemAllocatorScope> heap(std::in_place);
+    {
+        const ZAllocatorScope scope(outer);
+        heap.reset();
+    }
+    EXPECT_EQ(nullptr, s_manager.GetAllocator(ALLOCATOR_NORMAL));
+}
+
+TEST_F(JournalTest, AllocatorsThatKnowTheSizeOfTheirBlocks)
+{
+    ZMemoryResource normal;
+    ZMemoryResourceAllocator standard(&normal);
+    ZCountingAllocator counting("level", &standard);
+    for (const uint64 nAlignment : {0, 1, 64})
+    {
+        void* pMemory = counting.Allocate(5, nAlignment, 0);
+        EXPECT_EQ(0u, kx::detail::AddressOf(static_cast<char*>(pMemory)) % std::max<uint64>(nAlignment, 16));
+        std::memset(pMemory, '#', 5);
+        counting.Free(pMemory);
+    }
+    EXPECT_EQ((Journal{"alloc 69/16", "free 69", "alloc 69/16", "free 69", "alloc 133/64", "free 133"}), TakeJournal());
+    EXPECT_EQ(nullptr, counting.Allocate(UINT64_MAX - 8, 8, 0));
+    BreakCounter breaks;
+    EXPECT_EQ(nullptr, counting.Allocate(1, 3, 0));
+    EXPECT_EQ(1, breaks.Take());
+    counting.Free(nullptr);
+    standard.Free(nullptr);
+
+    void* pFirst = counting.Allocate(10, 8, 0);
+    void* pSecond = counting.Allocate(20, 8, 0);
+    counting.Free(pFirst);
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(counting.ReportLeaks());
+    EXPECT_EQ("level: 1 block with 20 bytes not freed\n", testing::internal::GetCapturedStderr());
+    counting.Free(pSecond);
+    EXPECT_TRUE(counting.Blocks() == 0 && counting.Bytes() == 0 && counting.MostBytes() == 30
+                && counting.Allocations() == 5 && !counting.ReportLeaks());
+
+    // Two resources are equal if they use the same allocator.
+    EXPECT_TRUE(normal == ZMemoryResource(GetNormalAllocator()) && !(normal == ZMemoryResource(&counting)));
+    EXPECT_EQ(nullptr, ZMemoryResourceAllocator(std::pmr::null_memory_resource()).Allocate(1, 1, 0));
 }
 
 // The first word of a pointer to a virtual function holds its place in the table.

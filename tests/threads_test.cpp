@@ -1,6 +1,6 @@
 // Different objects may be used by different threads at once, and one object may be read by many. A value may be built
 // by one thread and destroyed by another. Run it under ThreadSanitizer: ./dev test tsan.
-#include "core/memory/memorymanager.h"
+#include "core/memory/countingallocator.h"
 #include "tests/support/plugin.h"
 
 #include <array>
@@ -26,24 +26,6 @@ namespace
 {
 constexpr int kThreads = 4;
 
-// The process heap, with a count of its blocks.
-class ZCountingAllocator : public IAllocator
-{
-public:
-    void* Allocate(uint64 nSize, uint64 nAlignment, uint32 nReserved) override
-    {
-        ++m_nBlocks;
-        return GetProcessHeap()->Allocate(nSize, nAlignment, nReserved);
-    }
-    void Free(void* pMemory) override
-    {
-        m_nBlocks -= pMemory != nullptr;
-        GetProcessHeap()->Free(pMemory);
-    }
-
-    std::atomic<int64> m_nBlocks = 0;
-};
-
 class Threads : public testing::Test
 {
 public:
@@ -51,7 +33,7 @@ public:
     ~Threads() override
     {
         GetMemoryManager()->UnInstallAllocator(ALLOCATOR_NORMAL);
-        EXPECT_EQ(0, m_allocator.m_nBlocks.load());
+        EXPECT_FALSE(m_allocator.ReportLeaks());
     }
 
     // Calls run(i) in so many threads at once.

@@ -156,6 +156,20 @@ ZMemAllocatorScope::~ZMemAllocatorScope()
         manager.UnInstallAllocator(ALLOCATOR_NORMAL);
 }
 
+ZAllocatorScope::ZAllocatorScope(IAllocator& allocator)
+    : m_pPrevious(GetMemoryManager()->GetAllocator(ALLOCATOR_NORMAL))
+{
+    GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, &allocator);
+}
+
+ZAllocatorScope::~ZAllocatorScope()
+{
+    // The last ZMemAllocatorScope may have ended in the meantime. Installing null selects its heap only while one
+    // lives.
+    IAllocator* pPrevious = m_pPrevious != &s_scopeHeap.m_allocator ? m_pPrevious : nullptr;
+    GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, pPrevious);
+}
+
 KX_NOINLINE void kx::detail::NoAllocatorInstalled_UseProcessHeapOrScope()
 {
     BreakUnless(false);

@@ -171,6 +171,22 @@ public:
     ZMemAllocatorScope& operator=(const ZMemAllocatorScope&) = delete;
 };
 
+/// Installs an allocator as the normal one, and at its end puts back what was installed before.
+///
+/// Like InstallAllocator, it is not for a time in which other threads use the normal allocator. Blocks from the
+/// allocator must be freed before the scope ends, or the previous allocator must be able to free them.
+class KX_API ZAllocatorScope
+{
+public:
+    explicit ZAllocatorScope(IAllocator& allocator);
+    ~ZAllocatorScope();
+    ZAllocatorScope(const ZAllocatorScope&) = delete;
+    ZAllocatorScope& operator=(const ZAllocatorScope&) = delete;
+
+private:
+    IAllocator* m_pPrevious;
+};
+
 namespace kx::detail
 {
 // Where a program stops that uses memory without an allocator. Exported, so that a crash report has its name.

@@ -2,7 +2,7 @@
 //
 //   containers [N]        1000 if N is not given
 //
-// The figures come from a counting allocator. It is installed like any other, and the containers know nothing of it.
+// The figures come from the counting allocator. It is installed like any other, and the containers know nothing of it.
 #include "core/containers/array.h"
 #include "core/containers/blockarray.h"
 #include "core/containers/hashmap.h"
@@ -12,65 +12,30 @@
 #include "core/containers/maxarray.h"
 #include "core/containers/set.h"
 #include "core/containers/slist.h"
+#include "core/memory/countingallocator.h"
 #include "core/strings/string.h"
 #include "core/strings/stringfunc.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <unordered_map>
 
 namespace
 {
-class ZCountingAllocator : public IAllocator
-{
-public:
-    const char* GetName() const override { return "counting"; }
-
-    void* Allocate(uint64 nSize, uint64 nAlignment, uint32 nReserved) override
-    {
-        void* pBlock = m_heap.Allocate(nSize, nAlignment, nReserved);
-        m_sizes[pBlock] = nSize;
-        ++m_nAllocations;
-        m_nBytes += nSize;
-        m_nMostBytes = std::max(m_nMostBytes, m_nBytes);
-        return pBlock;
-    }
-
-    void Free(void* pMemory) override
-    {
-        if (pMemory != nullptr)
-        {
-            m_nBytes -= m_sizes[pMemory];
-            m_sizes.erase(pMemory);
-        }
-        m_heap.Free(pMemory);
-    }
-
-    uint64 m_nAllocations = 0;
-    uint64 m_nBytes = 0; // of the live blocks
-    uint64 m_nMostBytes = 0;
-
-private:
-    std::unordered_map<void*, uint64> m_sizes; // a standard container, so that the map does not count itself
-    ZMallocAllocator m_heap;
-};
-
-// Runs fill on a new container and prints its line of the report. Bytes that are still allocated when the container is
+// Runs fill on a new container and prints its line of the report. Blocks that are still allocated when the container is
 // destroyed are a leak. Returns whether there was none.
 template <class TContainer, class TFill>
 bool Report(const char* pszName, TFill fill)
 {
-    ZCountingAllocator allocator;
-    GetMemoryManager()->InstallAllocator(ALLOCATOR_NORMAL, &allocator);
+    ZCountingAllocator allocator(pszName);
     {
+        ZAllocatorScope scope(allocator);
         TContainer container;
         fill(container);
-        std::printf("%-24s %11llu %9llu %9llu\n", pszName, static_cast<unsigned long long>(allocator.m_nAllocations),
-                    static_cast<unsigned long long>(allocator.m_nBytes),
-                    static_cast<unsigned long long>(allocator.m_nMostBytes));
+        std::printf("%-24s %11llu %9llu %9llu\n", pszName, static_cast<unsigned long long>(allocator.Allocations()),
+                    static_cast<unsigned long long>(allocator.Bytes()),
+                    static_cast<unsigned long long>(allocator.MostBytes()));
     }
-    GetMemoryManager()->UnInstallAllocator(ALLOCATOR_NORMAL);
-    return allocator.m_nBytes == 0;
+    return !allocator.ReportLeaks();
 }
 } // namespace
 
