@@ -152,6 +152,11 @@ TEST_F(Format, PrintsEveryType)
     EXPECT_TRUE(ZString::Format("{0} {1} {2}", "literal", ZGuid(), ZDynamicObject(5))
                 == "literal 00000000-0000-0000-0000-000000000000 5");
     TakeJournal();
+    const std::string_view view("a view of", 6);
+    EXPECT_TRUE(ZString::Format("{0} {1} {2} {3} {4} {5} {6}{7}", std::string("text"), view, -5LL, 5ULL, std::byte{200},
+                                std::errc{-1}, view, 8)
+                == "text a view -5 5 200 -1 a view8");
+    EXPECT_EQ((Journal{"alloc 32/1", "free 32"}), TakeJournal());
     EXPECT_FALSE(ZString::Format("{0} and some more text", 1).IsEmpty() || !ZString::Format("").IsEmpty());
     EXPECT_EQ((Journal{"alloc 21/1", "free 21"}), TakeJournal());
 

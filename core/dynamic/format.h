@@ -1,15 +1,40 @@
-// ZString::Format with fewer than eight arguments, and with arguments that have no identity of their own.
+// ZString::Format with fewer than eight arguments, and with arguments that have no identity of their own: C strings,
+// std::string and std::string_view, enumerations, long long, and types that have a ToString().
 #pragma once
 
 #include "core/dynamic/variant.h"
 #include "core/strings/string.h"
 
 #include <concepts>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace kx::detail
 {
-/// What replaces an argument of Format while the call lasts: the argument itself, or its text if it has no identity.
+/// Makes strings that exist during a call of Format alone.
+struct SFormatText
+{
+    /// A string that refers to characters that need not have a terminator. Format never looks for one.
+    static ZString Refer(std::string_view text)
+    {
+        if (text.empty() || text.size() > ZString::kMaxLength)
+            return ZString(text);
+        ZString string;
+        string.m_nLength |= static_cast<uint32>(text.size());
+        string.m_pChars = text.data();
+        return string;
+    }
+};
+
+template <class T>
+concept CHasToString = requires(const T& value)
+{
+    requires std::same_as<decltype(value.ToString()), ZString>;
+};
+
+/// What replaces an argument of Format while the call lasts: the argument itself, or its text or number if it has no
+/// identity.
 template <class T>
 const T& FormatArgument(const T& value)
 {
@@ -19,10 +44,25 @@ inline ZString FormatArgument(const char* pszText)
 {
     return ZString(pszText);
 }
-template <class T>
-ZString FormatArgument(const T& value) requires std::same_as<decltype(value.ToString()), ZString>
+template <CHasToString T>
+ZString FormatArgument(const T& value)
 {
     return value.ToString();
+}
+template <class T>
+ZString FormatArgument(const T& text) requires(kForeignText<T> && !CHasToString<T>)
+{
+    return SFormatText::Refer(text);
+}
+template <class T>
+auto FormatArgument(const T& nValue) requires kForeignInt<T>
+{
+    return static_cast<std::conditional_t<std::is_signed_v<T>, int64, uint64>>(nValue);
+}
+template <class T>
+auto FormatArgument(const T& value) requires std::is_enum_v<T>
+{
+    return static_cast<std::conditional_t<std::is_signed_v<std::underlying_type_t<T>>, int64, uint64>>(value);
 }
 
 struct IncludeCoreDynamicFormatH

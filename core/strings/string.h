@@ -34,6 +34,8 @@
 #include <type_traits>
 #include <utility>
 
+class ZString;
+
 namespace kx::detail
 {
 // Not defined: a call stops the compile-time evaluation of the literal constructor, and its name is the message.
@@ -41,6 +43,7 @@ void ThisCharacterArrayHasNoTerminator();
 
 // Defined by core/dynamic/format.h, which a program that calls ZString::Format includes; its name is the message.
 struct IncludeCoreDynamicFormatH;
+struct SFormatText;
 
 template <class T, class...>
 struct TDependent
@@ -51,6 +54,22 @@ struct TDependent
 // A pointer to a C string. Arrays are excluded because they have constructors of their own.
 template <class T>
 concept CStringPointer = std::convertible_to<const T&, const char*> && !std::is_array_v<T>;
+
+// The arguments that only core/dynamic/format.h can take: an integer type that is none of the fixed-width types, any
+// string but a ZString, and a C string.
+template <class T>
+constexpr bool kForeignInt =
+    !kIsOneOf<T, int64, uint64> && kIsOneOf<T, long, unsigned long, long long, unsigned long long>;
+template <class T>
+constexpr bool kForeignText = !std::is_same_v<T, ZString> && CStringLike<T>;
+template <class T>
+constexpr bool kFormatOnly = kForeignInt<T> || kForeignText<T> || CStringPointer<T> || std::is_array_v<T>;
+
+template <class T, class... TArgs>
+concept CComplete = requires
+{
+    sizeof(typename TDependent<T, TArgs...>::Type);
+};
 } // namespace kx::detail
 
 class ZVariantRef;
@@ -162,12 +181,23 @@ public:
     /// execution resumes, it is empty.
     ///
     /// The first form needs core/dynamic/variant.h for the references. The second needs core/dynamic/format.h: it
-    /// passes empty references for the missing arguments, and also accepts C strings and types that have a ToString().
+    /// passes empty references for the missing arguments. It also accepts C strings and types that have a ToString(),
+    /// which it copies; and without a copy, `std::string`, `std::string_view` and stack strings, `long long`, and
+    /// enumerations, which it writes as their number.
     [[nodiscard]] static ZString Format(const ZString& format, const ZVariantRef& arg0, const ZVariantRef& arg1,
                                         const ZVariantRef& arg2, const ZVariantRef& arg3, const ZVariantRef& arg4,
                                         const ZVariantRef& arg5, const ZVariantRef& arg6, const ZVariantRef& arg7);
     template <class... TArgs>
     [[nodiscard]] static ZString Format(const ZString& format, const TArgs&... args) requires(sizeof...(TArgs) < 8)
+    {
+        return kx::detail::TDependent<kx::detail::IncludeCoreDynamicFormatH, TArgs...>::Type::Format(format, args...);
+    }
+    // The second form for eight arguments that the first does not take. If ZVariantRef is unknown, that is any eight,
+    // so that the message is the same.
+    template <class... TArgs>
+    [[nodiscard]] static ZString Format(const ZString& format, const TArgs&... args) requires(
+        sizeof...(TArgs) == 8
+        && (!kx::detail::CComplete<ZVariantRef, TArgs...> || (kx::detail::kFormatOnly<TArgs> || ...)))
     {
         return kx::detail::TDependent<kx::detail::IncludeCoreDynamicFormatH, TArgs...>::Type::Format(format, args...);
     }
@@ -256,6 +286,7 @@ public:
 private:
     static constexpr uint32 kBorrowed = 0x80000000;
 
+    friend struct kx::detail::SFormatText;
     friend KX_API ZString operator+(const ZString& first, const ZString& second);
     friend struct kx::detail::SStringAccess;
 

@@ -16,5 +16,6 @@ void Use(char c)
     KX_REFUSE(FILLED_ARRAY, "acFilled.* constant expression", ZString refused = acFilled);
     KX_REFUSE(NO_TERMINATOR, "ThisCharacterArrayHasNoTerminator", ZString refused = kWord);
     KX_REFUSE(FORMAT_ALONE, "IncludeCoreDynamicFormatH", ZString::Format("{0}", 1));
+    KX_REFUSE(FORMAT_OF_EIGHT, "IncludeCoreDynamicFormatH", ZString::Format("{7}", 1, 2, 3, 4, 5, 6, 7, 8));
     KX_REFUSE(STACK_STRING_OF_NONE, "needs a byte for the terminator", ZStackString<0> refused);
 }
