@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fmt/format.h>
 #include <memory>
 #include <random>
@@ -334,6 +335,11 @@ bool OwnRead(const std::string& text, int64& nResult)
     return IntFromString(text.c_str(), &nResult);
 }
 
+bool OwnReadView(const std::string& text, int64& nResult)
+{
+    return IntFromString(text, &nResult);
+}
+
 // Knows the end of the string; finding it is not part of the contest.
 bool FromChars(const std::string& text, int64& nResult)
 {
@@ -367,6 +373,45 @@ void ReadInts(benchmark::State& state)
                    pRead(texts[i], nResult);
                    return nResult % 1000;
                });
+}
+
+// ---- Pieces of 25 letters. Adds up their lengths.
+
+size_t CutBySplit(const ZString& text)
+{
+    size_t nSum = 0;
+    for (const std::string_view piece : text.Split('z'))
+        nSum += piece.size();
+    return nSum;
+}
+
+size_t CutByFind(const ZString& text)
+{
+    std::string_view rest = text;
+    size_t nSum = 0;
+    for (size_t nFound = rest.find('z'); nFound != rest.npos; nFound = rest.find('z'))
+    {
+        nSum += nFound;
+        rest.remove_prefix(nFound + 1);
+    }
+    return nSum + rest.size();
+}
+
+size_t CutByStrTok(const ZString& text)
+{
+    static char acCopy[kBuffer];
+    std::strcpy(acCopy, text.ToCString());
+    size_t nSum = 0;
+    for (char* pPiece = std::strtok(acCopy, "z"); pPiece != nullptr; pPiece = std::strtok(nullptr, "z"))
+        nSum += std::strlen(pPiece);
+    return nSum;
+}
+
+template <size_t (*pCut)(const ZString&)>
+void Cut(benchmark::State& state)
+{
+    const ZString text{std::string_view(Letters(26 * state.range(0) - 1))};
+    RunBatches(state, kBatch * 25 * state.range(0), [&](size_t) { return pCut(text); });
 }
 
 struct SOwnFloat
@@ -435,6 +480,11 @@ int main(int argc, char** argv)
     RegisterAt("IntFromString, int64", "IntFromString", ReadInts<int64, OwnRead>, {1, 5, 10, 18});
     RegisterAt("IntFromString, int64", "std::from_chars", ReadInts<int64, FromChars>, {1, 5, 10, 18});
     RegisterAt("IntFromString, int64", "strtol", ReadInts<int64, StrToL>, {1, 5, 10, 18});
+    RegisterAt("IntFromString, int64, view", "IntFromString", ReadInts<int64, OwnReadView>, {1, 5, 10, 18});
+    RegisterAt("IntFromString, int64, view", "std::from_chars", ReadInts<int64, FromChars>, {1, 5, 10, 18});
+    RegisterAt("split", "Split", Cut<CutBySplit>, {1, 10, 100});
+    RegisterAt("split", "std::string_view", Cut<CutByFind>, {1, 10, 100});
+    RegisterAt("split", "strtok", Cut<CutByStrTok>, {1, 10, 100});
     RegisterAt("six decimals", "appendFloat", WriteFloats<SOwnFloat>, {0, 3, 9});
     RegisterAt("six decimals", "snprintf", WriteFloats<SPrintfFloat>, {0, 3, 9});
     RegisterAt("six decimals", "std::to_chars", WriteFloats<SToCharsFloat>, {0, 3, 9});

@@ -1,7 +1,7 @@
 // The parsers of values beside the standard library, Boost and libuuid.
 #include "bench/support.h"
 #include "core/values/guid.h"
-#include "core/values/linereader.h"
+#include "core/values/linesource.h"
 #include "core/values/version.h"
 
 #include <boost/uuid/string_generator.hpp>
@@ -146,6 +146,11 @@ bool OwnVersion(const std::string& text, Version& version)
     return version::FromString(text.c_str(), &version);
 }
 
+bool OwnVersionView(const std::string& text, Version& version)
+{
+    return version::FromString(text, &version);
+}
+
 bool ScanVersion(const std::string& text, Version& version)
 {
     version = {};
@@ -278,9 +283,7 @@ class ZOwnLines : ZOpenFile
 public:
     ZOwnLines(const char* pszPath, std::vector<char>& buffer)
         : ZOpenFile(pszPath, buffer),
-          m_reader([](uint64 nFile, char* pTarget, uint32 nSize)
-                   { return static_cast<int>(read(static_cast<int>(nFile), pTarget, nSize)); },
-                   static_cast<uint64>(fileno(m_pFile)), buffer.data(), static_cast<uint32>(buffer.size()))
+          m_reader(&ReadLineDescriptor, LineSource(fileno(m_pFile)), buffer.data(), static_cast<uint32>(buffer.size()))
     {
     }
     int64 Next()
@@ -291,6 +294,26 @@ public:
     }
 
 private:
+    ZLineReader m_reader;
+};
+
+// Reads from the file, which has the buffer. The reader's own holds a line.
+class ZOwnFileLines : ZOpenFile
+{
+public:
+    ZOwnFileLines(const char* pszPath, std::vector<char>& buffer)
+        : ZOpenFile(pszPath, buffer), m_reader(&ReadLineFile, LineSource(m_pFile), m_acLine, sizeof(m_acLine))
+    {
+    }
+    int64 Next()
+    {
+        char* pLine = nullptr;
+        uint32 nLength = 0;
+        return m_reader.GetNextLine(&pLine, &nLength) == 0 ? -1 : int64{nLength};
+    }
+
+private:
+    char m_acLine[4096];
     ZLineReader m_reader;
 };
 
@@ -349,9 +372,14 @@ int main(int argc, char** argv)
     RegisterAt("version", "version::FromString", ReadVersion<OwnVersion>, {2, 3, 4});
     RegisterAt("version", "sscanf", ReadVersion<ScanVersion>, {2, 3, 4});
     RegisterAt("version", "std::from_chars", ReadVersion<FromCharsVersion>, {2, 3, 4});
+    RegisterAt("version, view", "version::FromString", ReadVersion<OwnVersionView>, {2, 3, 4});
+    RegisterAt("version, view", "std::from_chars", ReadVersion<FromCharsVersion>, {2, 3, 4});
     RegisterAt("lines, 10 MB", "ZLineReader", ReadLines<ZOwnLines>, {10, 40, 300});
     RegisterAt("lines, 10 MB", "getline(3)", ReadLines<ZGetLine3>, {10, 40, 300});
     RegisterAt("lines, 10 MB", "fgets", ReadLines<ZFGets>, {10, 40, 300});
     RegisterAt("lines, 10 MB", "std::getline", ReadLines<ZStdGetLine>, {10, 40, 300});
+    RegisterAt("lines of a FILE*, 10 MB", "ReadLineFile", ReadLines<ZOwnFileLines>, {10, 40, 300});
+    RegisterAt("lines of a FILE*, 10 MB", "getline(3)", ReadLines<ZGetLine3>, {10, 40, 300});
+    RegisterAt("lines of a FILE*, 10 MB", "fgets", ReadLines<ZFGets>, {10, 40, 300});
     return RunBenchmarks(argc, argv);
 }

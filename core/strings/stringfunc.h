@@ -16,12 +16,46 @@ namespace kx::detail
 /// Whether the number that the digits spell fits in 64 bits.
 KX_API bool DigitsFit(const char* pFirst, const char* pLast);
 
-/// Reads an integer from nLowest, which is 0 for the unsigned types, to nHighest. Stores it in 64 bits.
-KX_API bool ReadInt(std::string_view text, int64 nLowest, uint64 nHighest, uint64* pValue, uint64* pnRead);
-
 template <class T>
 constexpr bool kIsInt =
     kIsOneOf<T, unsigned char, unsigned short, unsigned int, uint64, signed char, short, int, int64>;
+
+/// Reads an integer by the rules of IntFromString and returns whether it fits. *ppEnd receives the end of the digits,
+/// or the start if there are none.
+///
+/// The digits are read by hand, because that takes at least a tenth less time than std::from_chars: rows
+/// "IntFromString, int64" and "IntFromString, int64, view" of the benchmark of strings.
+template <class T, class TPosition>
+bool ReadInt(TPosition position, T* pResult, const char** ppEnd)
+{
+    *ppEnd = position.m_p;
+    bool bNegative = false;
+    uint64 nValue = DigitOf(*position);
+    if (nValue >= 10)
+    {
+        while (IsSpace(*position))
+            ++position;
+        bNegative = std::is_signed_v<T> && *position == '-';
+        position.m_p += bNegative ? 1 : 0;
+        nValue = DigitOf(*position);
+    }
+
+    bool bFits = nValue < 10;
+    if (bFits)
+    {
+        // If the sum wraps, there are more than kSafeDigits digits.
+        const char* const pFirst = position.m_p;
+        for (uint64 nDigit = DigitOf(*++position); nDigit < 10; nDigit = DigitOf(*++position))
+            nValue = nValue * 10 + nDigit;
+        const char* const pLast = position.m_p;
+        // The lowest number of a signed type is one further from zero than the highest.
+        const uint64 nLimit = static_cast<uint64>(std::numeric_limits<T>::max()) + (bNegative ? 1 : 0);
+        bFits = nValue <= nLimit && (pLast - pFirst <= kSafeDigits || DigitsFit(pFirst, pLast));
+        *ppEnd = pLast;
+    }
+    *pResult = bFits ? static_cast<T>(bNegative ? 0 - nValue : nValue) : T{0};
+    return bFits;
+}
 } // namespace kx::detail
 
 /// Reads a decimal integer of any of the eight types of 8 to 64 bits.
@@ -41,34 +75,10 @@ constexpr bool kIsInt =
 template <class T>
 [[nodiscard]] bool IntFromString(const char* pszText, T* pResult, char** ppEnd = nullptr) requires kx::detail::kIsInt<T>
 {
-    pszText = kx::detail::NotNull(pszText);
-    const char* pFirst = pszText;
-    bool bNegative = false;
-    uint64 nValue = kx::detail::DigitOf(*pFirst);
-    if (nValue >= 10)
-    {
-        while (kx::detail::IsSpace(*pFirst))
-            ++pFirst;
-        bNegative = std::is_signed_v<T> && *pFirst == '-';
-        pFirst += bNegative ? 1 : 0;
-        nValue = kx::detail::DigitOf(*pFirst);
-    }
-
-    bool bFits = nValue < 10;
-    const char* pLast = pszText;
-    if (bFits)
-    {
-        // If the sum wraps, there are more than kSafeDigits digits.
-        pLast = pFirst + 1;
-        for (uint64 nDigit = kx::detail::DigitOf(*pLast); nDigit < 10; nDigit = kx::detail::DigitOf(*++pLast))
-            nValue = nValue * 10 + nDigit;
-        // The lowest number of a signed type is one further from zero than the highest.
-        const uint64 nLimit = static_cast<uint64>(std::numeric_limits<T>::max()) + (bNegative ? 1 : 0);
-        bFits = nValue <= nLimit && (pLast - pFirst <= kx::detail::kSafeDigits || kx::detail::DigitsFit(pFirst, pLast));
-    }
+    const char* pEnd = nullptr;
+    const bool bFits = kx::detail::ReadInt(kx::detail::SCStringPosition{kx::detail::NotNull(pszText)}, pResult, &pEnd);
     if (ppEnd != nullptr)
-        *ppEnd = const_cast<char*>(pLast);
-    *pResult = bFits ? static_cast<T>(bNegative ? 0 - nValue : nValue) : T{0};
+        *ppEnd = const_cast<char*>(pEnd);
     return bFits;
 }
 
@@ -79,11 +89,12 @@ template <class T>
 template <class T, kx::detail::CStringLike TText>
 [[nodiscard]] bool IntFromString(const TText& text, T* pResult, uint64* pnRead = nullptr) requires kx::detail::kIsInt<T>
 {
-    uint64 nValue = 0;
+    const std::string_view view = text;
+    const char* pEnd = nullptr;
     const bool bFits =
-        kx::detail::ReadInt(text, static_cast<int64>(std::is_signed_v<T> ? std::numeric_limits<T>::min() : 0),
-                            static_cast<uint64>(std::numeric_limits<T>::max()), &nValue, pnRead);
-    *pResult = static_cast<T>(nValue);
+        kx::detail::ReadInt(kx::detail::SViewPosition{view.data(), view.data() + view.size()}, pResult, &pEnd);
+    if (pnRead != nullptr)
+        *pnRead = static_cast<uint64>(pEnd - view.data());
     return bFits;
 }
 

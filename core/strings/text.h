@@ -39,6 +39,32 @@ constexpr uint64 DigitOf(char c)
     return static_cast<uint64>(static_cast<unsigned char>(c)) - '0';
 }
 
+/// A position in a C string, or in characters whose end is known. That end reads as a NUL, which no number contains.
+struct SCStringPosition
+{
+    constexpr char operator*() const { return *m_p; }
+    constexpr SCStringPosition& operator++()
+    {
+        ++m_p;
+        return *this;
+    }
+
+    const char* m_p;
+};
+
+struct SViewPosition
+{
+    constexpr char operator*() const { return m_p != m_pEnd ? *m_p : '\0'; }
+    constexpr SViewPosition& operator++()
+    {
+        ++m_p;
+        return *this;
+    }
+
+    const char* m_p;
+    const char* m_pEnd;
+};
+
 /// Any number of this many digits fits in 64 bits.
 constexpr std::ptrdiff_t kSafeDigits = 19;
 } // namespace kx::detail

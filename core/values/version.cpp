@@ -7,24 +7,11 @@
 
 namespace
 {
-// The position in a C string, or in characters whose end is known. The end reads as a NUL, which is in no version.
-struct SCString
-{
-    char operator*() const { return *m_p; }
-
-    const char* m_p;
-};
-
-struct SCharacters
-{
-    char operator*() const { return m_p != m_pEnd ? *m_p : '\0'; }
-
-    const char* m_p;
-    const char* m_pEnd;
-};
-
 // Reads the digits at the position, moves it past them and adds their value to nAbs, nShift bits up. Returns false if
 // there is no digit or the value is above nMax.
+//
+// By hand, because that takes a tenth less time than std::from_chars, or better: rows "version" and "version, view" of
+// the benchmark of values.
 template <class TPosition>
 inline bool ReadPart(TPosition& position, uint64 nMax, int nShift, uint64& nAbs)
 {
@@ -82,12 +69,12 @@ inline bool Read(TPosition position, Version* pResult)
 
 bool version::FromString(const char* pszText, Version* pResult)
 {
-    return Read(SCString{kx::detail::NotNull(pszText)}, pResult);
+    return Read(kx::detail::SCStringPosition{kx::detail::NotNull(pszText)}, pResult);
 }
 
 bool version::FromString(const char* pText, uint64 nLength, Version* pResult)
 {
-    return Read(SCharacters{pText, pText + nLength}, pResult);
+    return Read(kx::detail::SViewPosition{pText, pText + nLength}, pResult);
 }
 
 uint32 Version::WriteTo(char (&acText)[kTextSize]) const
