@@ -6,6 +6,7 @@
 #ifdef KX_ANNOTATE_SPARE_CAPACITY
 #include <sanitizer/asan_interface.h>
 #endif
+#include <queue>
 
 namespace
 {
@@ -58,7 +59,7 @@ class SequenceOfIntsTest : public testing::Test
     ZMemAllocatorScope m_scope;
 };
 
-using SequencesOfInts = testing::Types<TArray<int>, TMaxArray<int, 4>, TBlockArray<int>, TList<int>, TSList<int>>;
+using SequencesOfInts = testing::Types<TArray<int>, TMaxArray<int, 9>, TBlockArray<int>, TList<int>, TSList<int>>;
 TYPED_TEST_SUITE(SequenceOfIntsTest, SequencesOfInts);
 
 TYPED_TEST(SequenceOfIntsTest, IsAStandardRange)
@@ -90,6 +91,116 @@ TYPED_TEST(SequenceOfIntsTest, EnumeratesUpToTheBreakPastTheLast)
     EXPECT_EQ(6, constEnumerator.Current());
 }
 
+TYPED_TEST(SequenceOfIntsTest, ComparesSearchesAndErases)
+{
+    TypeParam sequence{1, 2, 3, 2};
+    EXPECT_TRUE(sequence == TypeParam(sequence) && sequence != (TypeParam{1, 2, 3}) && sequence != TypeParam());
+    EXPECT_TRUE((TypeParam{1, 2}) < sequence && sequence < (TypeParam{1, 3}) && TypeParam() < sequence);
+    EXPECT_TRUE(sequence.IndexOf(2) == 1 && sequence.IndexOf(4) == -1 && !sequence.Contains(4));
+    sequence.EmplaceAt(std::next(sequence.Begin(), 2), *std::next(sequence.Begin(), 2));
+    sequence.EmplaceAt(sequence.End(), 5);
+    EXPECT_EQ((std::vector<int>{1, 2, 3, 3, 2, 5}), Values(sequence));
+    EXPECT_EQ(3, *sequence.Erase(std::next(std::as_const(sequence).Begin())));
+    EXPECT_EQ(3u, sequence.EraseIf([](const int& n) { return n == 1 || n == 3; }));
+    EXPECT_EQ((std::vector<int>{2, 5}), Values(sequence));
+    EXPECT_TRUE(sequence.EraseIf([](int n) { return n > 0; }) == 2 && sequence.empty() && sequence.Validate());
+    EXPECT_BREAK(static_cast<void>(sequence.First() == 0));
+}
+
+TYPED_TEST(SequenceOfIntsTest, WalksBackwards)
+{
+    if constexpr (requires(TypeParam sequence) { sequence.rbegin(); })
+    {
+        const TypeParam sequence{1, 2, 3};
+        EXPECT_EQ((std::vector<int>{3, 2, 1}), std::vector<int>(sequence.rbegin(), sequence.rend()));
+        EXPECT_EQ(3, sequence.Last());
+        EXPECT_EQ(sequence.Begin(), std::prev(sequence.End(), 3));
+    }
+}
+
+// In any order of positions, and ranges of other containers and of none.
+TEST_F(SequenceTest, ArraysTakeAndRemoveRanges)
+{
+    const auto check = [](auto array)
+    {
+        array.AddRange(TList<int>{4, 5});
+        array.AddRange({6});
+        EXPECT_EQ(2, *array.InsertRange(array.Begin() + 1, std::vector<int>{2, 3}));
+        EXPECT_EQ(array.Begin(), array.InsertRange(array.Begin(), std::vector<int>()));
+        EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6}), Values(array));
+        EXPECT_EQ(5, *array.Erase(array.Begin() + 1, array.Begin() + 4));
+        EXPECT_EQ(array.End(), array.Erase(array.End(), array.End()));
+        array.Pop();
+        EXPECT_EQ((std::vector<int>{1, 5}), Values(array));
+        EXPECT_BREAK(array.Erase(array.Begin() + 1, array.Begin()));
+        EXPECT_BREAK(array.Erase(array.Begin(), array.End() + 1));
+        EXPECT_BREAK((array.Clear(), array.Pop()));
+        std::copy_n(array.Begin(), 2, std::back_inserter(array));
+        EXPECT_TRUE(array.size() == 4 && array.back() == *(array.data() + 1));
+    };
+    check(TArray<int>{1});
+    check(TMaxArray<int, 6>{1});
+    TMaxArray<int, 2> full{1, 2};
+    EXPECT_BREAK(full.AddRange({3}));
+    std::priority_queue<int, TArray<int>> queue;
+    for (const int n : {2, 3, 1})
+        queue.push(n);
+    queue.pop();
+    EXPECT_EQ(2, queue.top());
+    TakeJournal();
+    {
+        TArray<Logged> array(3);
+        const Logged values[] = {1, 2};
+        array.AddRange(values);
+        TakeJournal();
+        array.EmplaceAt(array.Begin(), 3);
+        array.InsertRange(array.Begin() + 2, values);
+        EXPECT_EQ((Journal{"new 3", "move 2", "-1 = move 1", "-1 = move 3", "delete -1", "alloc 20/4", "move 3",
+                           "delete -1", "move 1", "delete -1", "move 2", "delete -1", "free 12", "copy 1", "copy 2"}),
+                  TakeJournal());
+    }
+    TakeJournal();
+}
+
+// None of them copies or leaks: the allocator would report a lost int.
+TEST_F(SequenceTest, ElementsMayBeMoveOnly)
+{
+    const auto check = [](auto sequence)
+    {
+        sequence.Emplace(std::make_unique<TArray<int>>(1));
+        for (int i = 2; i < 5; ++i)
+            sequence.EmplaceAt(std::next(sequence.Begin()), std::make_unique<TArray<int>>(i));
+        sequence.Erase(sequence.Begin());
+        sequence.EraseIf([](const auto& pArray) { return pArray->Capacity() == 3; });
+        auto moved = std::move(sequence);
+        EXPECT_TRUE(moved.Size() == 2 && moved.First()->Capacity() == 4 && sequence.IsEmpty());
+        moved = decltype(moved)();
+    };
+    using Element = std::unique_ptr<TArray<int>>;
+    check(TArray<Element>());
+    check(TMaxArray<Element, 4>());
+    check(TBlockArray<Element>());
+    check(TList<Element>());
+    check(TSList<Element>());
+    TakeJournal();
+}
+
+TEST_F(SequenceTest, BlockArraysCanBeSorted)
+{
+    TBlockArray<int> array;
+    for (int i = 0; i < 100; ++i)
+        array.Emplace(i * 37 % 100);
+    std::sort(array.begin(), array.end());
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(i, array.Begin()[i]);
+    EXPECT_TRUE(array.End() - array.Begin() == 100 && array.Begin() + 99 < array.End() && *(array.End() - 1) == 99);
+    EXPECT_BREAK(static_cast<void>(array.Begin() - 1));
+    EXPECT_BREAK(static_cast<void>(array.End() + 1));
+}
+
+static_assert(std::bidirectional_iterator<TList<int>::iterator> && !std::bidirectional_iterator<TSList<int>::iterator>);
+static_assert(std::random_access_iterator<TBlockArray<int>::iterator>);
+static_assert(std::random_access_iterator<TBlockArray<int>::const_iterator>);
 static_assert(std::contiguous_iterator<TArray<int>::iterator> && std::contiguous_iterator<TMaxArray<int, 3>::iterator>);
 static_assert(sizeof(TMaxArray<double, 10>) == 88 && sizeof(TMaxArray<char, 3>) == 8);
 

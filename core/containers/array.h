@@ -27,6 +27,7 @@
 
 #include "core/containers/arrayenumerator.h"
 #include "core/containers/lifetime.h"
+#include "core/containers/sequence.h"
 #include "core/containers/sparecapacity.h"
 #include "core/memory/memorymanager.h"
 
@@ -38,8 +39,12 @@
 
 /// The growable contiguous array; see the head of this file.
 template <class T>
-class TArray
+class TArray : public kx::detail::TContiguousSequence<TArray<T>, T>
 {
+    using TBase = kx::detail::TContiguousSequence<TArray, T>;
+    using TShift = T;
+    friend TBase;
+
 public:
     /// The names that generic code expects.
     using value_type = T;
@@ -201,6 +206,8 @@ public:
         return pos;
     }
 
+    using TBase::Erase;
+
     /// Removes the element at an index; triggers the debug break past the end.
     /// A template, so that the literal 0 is an index and not a null pointer.
     template <std::integral TIndex>
@@ -264,14 +271,6 @@ public:
         }();
     }
 
-    /// Returns whether sizes and elements are equal, in order, by the element's own ==.
-    [[nodiscard]] bool operator==(const TArray& other) const requires std::equality_comparable<T>
-    {
-        return Distance(m_pBegin, m_pEnd) == Distance(other.m_pBegin, other.m_pEnd)
-               && kx::detail::EqualRange(m_pBegin, m_pEnd, other.m_pBegin,
-                                         [](const T& left, const T& right) { return left == right; });
-    }
-
     /// Returns whether the invariants hold. For tests and debugging.
     [[nodiscard]] bool Validate() const
     {
@@ -324,6 +323,33 @@ private:
     void MoveSpareStart(const T* pOldEnd, const T* pNewEnd) const
     {
         kx::detail::MoveSpareStart(m_pBegin, m_pCapacityEnd, pOldEnd, pNewEnd);
+    }
+
+    void SetEnd(T* pEnd)
+    {
+        MoveSpareStart(m_pEnd, pEnd);
+        m_pEnd = pEnd;
+    }
+
+    // Makes raw memory for nCount elements before pos, which count at once; returns it. Grows by the growth rule, or to
+    // what is needed if that is more.
+    T* MakeGap(T* pos, uint64 nCount)
+    {
+        kx::detail::BreakUnless(kx::detail::IsInsertPosition<T>(pos, m_pBegin, m_pEnd));
+        const uint64 nSize = Distance(m_pBegin, m_pEnd) + nCount;
+        if (nSize <= Distance(m_pBegin, m_pCapacityEnd))
+        {
+            MoveSpareStart(m_pEnd, m_pEnd + nCount);
+            kx::detail::OpenGap<T>(pos, m_pEnd, nCount);
+            m_pEnd += nCount;
+            return pos;
+        }
+        const uint64 nCapacity = nSize > GrownCapacity() ? nSize : GrownCapacity();
+        T* pNew = AllocateElements(nCapacity);
+        T* pGap = kx::detail::RelocateRange(pNew, m_pBegin, pos);
+        kx::detail::RelocateRange(pGap + nCount, pos, m_pEnd);
+        AdoptBuffer(pNew, nSize, nCapacity);
+        return pGap;
     }
 
     template <class... TArgs>

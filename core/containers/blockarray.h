@@ -27,8 +27,11 @@
 
 #include "core/containers/iteratorchecks.h"
 #include "core/containers/lifetime.h"
+#include "core/containers/reverseiterator.h"
+#include "core/containers/sequence.h"
 #include "core/memory/memorymanager.h"
 
+#include <compare>
 #include <concepts>
 #include <cstddef>
 #include <initializer_list>
@@ -38,9 +41,9 @@
 template <class T>
 class TBlockArray;
 
-/// A forward iterator over a TBlockArray; T is const for read-only access.
-/// Iterators are compared by the element's address alone, which is null at the end. So End() equals every iterator that
-/// has advanced past the last element, even one of another array.
+/// A random-access iterator over a TBlockArray; T is const for read-only access.
+/// == compares the element's address alone, which is null at the end. So End() equals every iterator that has advanced
+/// past the last element, even one of another array. The order and the distance are those of the indices.
 template <class T>
 class TBlockArrayIterator
 {
@@ -77,6 +80,57 @@ public:
         TBlockArrayIterator old = *this;
         ++*this;
         return old;
+    }
+
+    /// Goes back to the element before; triggers the debug break at the first one.
+    TBlockArrayIterator& operator--()
+    {
+        m_pElement = kx::detail::PointerTo((*m_pArray)[--m_nIndex]);
+        return *this;
+    }
+
+    TBlockArrayIterator operator--(int)
+    {
+        TBlockArrayIterator old = *this;
+        --*this;
+        return old;
+    }
+
+    /// Move by so many elements, to the end at most; trigger the debug break outside of the array.
+    TBlockArrayIterator& operator+=(difference_type nSteps)
+    {
+        m_nIndex += static_cast<uint32>(nSteps);
+        m_pElement = m_nIndex == m_pArray->Size() ? nullptr : kx::detail::PointerTo((*m_pArray)[m_nIndex]);
+        return *this;
+    }
+    TBlockArrayIterator& operator-=(difference_type nSteps) { return *this += -nSteps; }
+    [[nodiscard]] TBlockArrayIterator operator+(difference_type nSteps) const
+    {
+        TBlockArrayIterator moved = *this;
+        return moved += nSteps;
+    }
+    [[nodiscard]] friend TBlockArrayIterator operator+(difference_type nSteps, const TBlockArrayIterator& pos)
+    {
+        return pos + nSteps;
+    }
+    [[nodiscard]] TBlockArrayIterator operator-(difference_type nSteps) const { return *this + -nSteps; }
+    [[nodiscard]] T& operator[](difference_type nSteps) const
+    {
+        return (*m_pArray)[m_nIndex + static_cast<uint32>(nSteps)];
+    }
+
+    template <class TOther>
+    [[nodiscard]] difference_type
+    operator-(const TBlockArrayIterator<TOther>& other) const requires std::same_as<const T, const TOther>
+    {
+        return difference_type{m_nIndex} - difference_type{other.m_nIndex};
+    }
+
+    template <class TOther>
+    [[nodiscard]] std::strong_ordering
+    operator<=>(const TBlockArrayIterator<TOther>& other) const requires std::same_as<const T, const TOther>
+    {
+        return m_nIndex <=> other.m_nIndex;
     }
 
     template <class TOther>
@@ -136,7 +190,7 @@ private:
 
 /// The double-ended sequence in blocks; see the head of this file.
 template <class T>
-class TBlockArray
+class TBlockArray : public kx::detail::TSequence<TBlockArray<T>, T>
 {
 public:
     /// The names that generic code expects.
@@ -149,7 +203,7 @@ public:
 
     /// Copies the elements in ascending order, starting at slot 0.
     TBlockArray(std::initializer_list<T> values) { AppendCopies(values.begin(), static_cast<uint32>(values.size())); }
-    TBlockArray(const TBlockArray& other) { AppendCopies(other); }
+    TBlockArray(const TBlockArray& other) : kx::detail::TSequence<TBlockArray, T>() { AppendCopies(other); }
 
     /// Takes ownership of the table and the blocks.
     /// No element is touched and no allocator is called. The source is left without a block size: its Size() is 0, and
@@ -236,6 +290,12 @@ public:
     [[nodiscard]] const_iterator begin() const KX_LIFETIMEBOUND { return Begin(); }
     [[nodiscard]] const_iterator end() const KX_LIFETIMEBOUND { return End(); }
 
+    /// Return iterators for walking backwards: to the last element, and past the first one.
+    [[nodiscard]] auto rbegin() KX_LIFETIMEBOUND { return TReverseIterator<iterator>(End()); }
+    [[nodiscard]] auto rend() KX_LIFETIMEBOUND { return TReverseIterator<iterator>(Begin()); }
+    [[nodiscard]] auto rbegin() const KX_LIFETIMEBOUND { return TReverseIterator<const_iterator>(End()); }
+    [[nodiscard]] auto rend() const KX_LIFETIMEBOUND { return TReverseIterator<const_iterator>(Begin()); }
+
     /// Returns an enumerator that starts before the first element.
     [[nodiscard]] TBlockArrayEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND { return TBlockArrayEnumerator<T>(this); }
     [[nodiscard]] TBlockArrayEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND
@@ -256,6 +316,32 @@ public:
     /// elements rise by two. Use the const form for such types.
     iterator Insert(iterator pos, const T& value) { return InsertAt<const T&>(pos.m_nIndex, value); }
     iterator Insert(iterator pos, T&& value) { return InsertAt<T>(pos.m_nIndex, std::move(value)); }
+
+    /// Appends an element that is constructed from the arguments, and returns it.
+    /// Amortised constant time; no other element is touched. The arguments may refer to elements of this array.
+    template <class... TArgs>
+    T& Emplace(TArgs&&... args)
+    {
+        return *EmplaceAt(End(), std::forward<TArgs>(args)...);
+    }
+
+    /// Inserts before pos an element that is constructed from the arguments, and returns an iterator to it.
+    /// At either end, it is constructed in place. In the middle, it is made first, the shorter side shifts by moves,
+    /// and the element is assigned. So it suits every type, and the arguments may refer to elements of this array.
+    template <class... TArgs>
+    iterator EmplaceAt(const_iterator pos, TArgs&&... args)
+    {
+        const uint32 nIndex = pos.m_nIndex;
+        if (nIndex != 0 && nIndex != m_nSize)
+        {
+            T value = kx::detail::MakeElement<T>(std::forward<TArgs>(args)...);
+            T& gap = OpenGap<T>(nIndex);
+            kx::detail::AssignTo(gap, std::move(value));
+            return {kx::detail::PointerTo(gap), this, nIndex};
+        }
+        T* pSlot = nIndex == 0 ? AcquireFrontSlot() : AcquireBackSlot();
+        return {kx::detail::ConstructAt(pSlot, std::forward<TArgs>(args)...), this, nIndex};
+    }
 
     /// Removes the element at pos and returns an iterator to the element that followed.
     /// Only the index of pos counts; past the end, it triggers the debug break. The shorter side closes the gap by
@@ -280,6 +366,24 @@ public:
         if (m_nSize == 0)
             m_nFirst = 0;
         return PositionOf(nIndex);
+    }
+    template <std::same_as<const_iterator> TConst>
+    iterator Erase(TConst pos)
+    {
+        return Erase(iterator(nullptr, this, pos.m_nIndex));
+    }
+
+    /// Removes the elements for which the predicate is true and returns their number.
+    /// Calls predicate(const element) once for each, in order; it must not throw. The other elements move down by
+    /// assignment, and the surplus last ones are destroyed, from the end. Linear.
+    template <class TPredicate>
+    uint32 EraseIf(TPredicate predicate)
+    {
+        const uint32 nOldSize = m_nSize;
+        const uint32 nNewSize = MoveDownUnless(predicate);
+        while (m_nSize > nNewSize)
+            Erase(iterator(nullptr, this, m_nSize - 1));
+        return nOldSize - nNewSize;
     }
 
     /// Destroys the elements in ascending order; keeps the table and all blocks.
@@ -400,6 +504,20 @@ private:
             return {kx::detail::ConstructAt(AcquireFrontSlot(), static_cast<TValue&&>(value)), this, nIndex};
         if (nIndex == m_nSize)
             return {kx::detail::ConstructAt(AcquireBackSlot(), static_cast<TValue&&>(value)), this, nIndex};
+        T* pElement = kx::detail::PointerTo(OpenGap<TValue>(nIndex));
+        if constexpr (std::is_lvalue_reference_v<TValue>)
+            kx::detail::AssignTo(*pElement, value);
+        else
+            kx::detail::ConstructAt(pElement,
+                                    static_cast<TValue&&>(value)); // without destroying the moved-from one: see Insert
+        return {pElement, this, nIndex};
+    }
+
+    // Adds an element in the middle by shifting the shorter side; returns the element at nIndex, which is to be
+    // replaced.
+    template <class TValue>
+    T& OpenGap(uint32 nIndex)
+    {
         if (nIndex >= m_nSize / 2)
         {
             T& last = Last();
@@ -412,13 +530,26 @@ private:
             kx::detail::ConstructAt(AcquireFrontSlot(), static_cast<TValue&&>(first));
             ShiftDown<TValue>(1, nIndex);
         }
-        T* pElement = kx::detail::PointerTo((*this)[nIndex]);
-        if constexpr (std::is_lvalue_reference_v<TValue>)
-            kx::detail::AssignTo(*pElement, value);
-        else
-            kx::detail::ConstructAt(pElement,
-                                    static_cast<TValue&&>(value)); // without destroying the moved-from one: see Insert
-        return {pElement, this, nIndex};
+        return (*this)[nIndex];
+    }
+
+    // Moves the elements for which the predicate is false to the front and returns their number.
+    template <class TPredicate>
+    uint32 MoveDownUnless(TPredicate& predicate) noexcept
+    {
+        uint32 nKept = 0;
+        uint32 nIndex = 0;
+        for (T& element : *this)
+        {
+            if (!predicate(std::as_const(element)))
+            {
+                if (nKept != nIndex)
+                    (*this)[nKept] = std::move(element);
+                ++nKept;
+            }
+            ++nIndex;
+        }
+        return nKept;
     }
 
     // Assigns to each element of (nFrom, nTo], from last to first, the element before it. Element nFrom is left to the
@@ -460,6 +591,7 @@ private:
     // Appends copies of contiguous elements. From a slot at the back to the end of its block, all slots are free.
     void AppendCopies(const T* pFirst, uint32 nCount)
     {
+        kx::detail::RequireCopies<T>();
         while (nCount > 0)
         {
             const uint32 nFree = SlotsToBlockEnd(m_nSize);

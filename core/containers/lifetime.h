@@ -9,6 +9,7 @@
 // element's operation ends the process by std::terminate.
 #pragma once
 
+#include "core/containers/inplace.h"
 #include "core/platform/platform.h"
 
 #include <new>
@@ -17,8 +18,7 @@
 
 namespace kx::detail
 {
-/// Constructs an element from the arguments, which are the members of an aggregate.
-/// The braces are for compilers that cannot initialise an aggregate with parentheses.
+/// Constructs an element from the arguments, which are the members of an aggregate; see MakeElement.
 template <class T, class... TArgs>
 T* ConstructAt(T* pStorage, TArgs&&... args) noexcept
 {
@@ -124,6 +124,56 @@ void EraseShifting(T* pos, T* pEnd) noexcept
     for (T* pNext = pos + 1; pNext < pEnd; ++pNext)
         pNext[-1] = static_cast<TShift&&>(*pNext);
     pEnd[-1].~T();
+}
+
+/// Makes [pFirst, pFirst + nCount) raw storage before elements that move up by nCount places, from the end on.
+/// There is raw storage for nCount elements at pEnd. TShift as in InsertShifting; the old elements are destroyed.
+template <class TShift, class T>
+void OpenGap(T* pFirst, T* pEnd, uint64 nCount) noexcept
+{
+    while (nCount != 0 && pEnd != pFirst)
+    {
+        --pEnd;
+        detail::ConstructAt(pEnd + nCount, static_cast<TShift&&>(*pEnd));
+        pEnd->~T();
+    }
+}
+
+/// Constructs an element from each value of the range, in order, in raw storage.
+template <class T, class TRange>
+void ConstructFrom(T* pTo, TRange& range) noexcept
+{
+    for (auto&& value : range)
+        detail::ConstructAt(pTo++, std::forward<decltype(value)>(value));
+}
+
+/// Removes [pFirst, pLast): the elements after it move down by assignment, and the surplus ones are destroyed, both in
+/// ascending order. Returns the new end. TShift as in InsertShifting.
+template <class TShift, class T>
+T* EraseRangeShifting(T* pFirst, T* pLast, T* pEnd) noexcept
+{
+    if (pFirst == pLast)
+        return pEnd;
+    for (; pLast != pEnd; ++pFirst, ++pLast)
+        *pFirst = static_cast<TShift&&>(*pLast);
+    detail::DestroyRange(pFirst, pEnd);
+    return pFirst;
+}
+
+/// Removes the elements for which the predicate is true, as EraseRangeShifting does. Returns the new end.
+template <class TShift, class T, class TPredicate>
+T* EraseMatching(T* pFirst, T* pEnd, TPredicate& predicate) noexcept
+{
+    while (pFirst != pEnd && !predicate(std::as_const(*pFirst)))
+        ++pFirst;
+    T* pTo = pFirst;
+    for (; pFirst != pEnd; ++pFirst)
+    {
+        if (pFirst != pTo && !predicate(std::as_const(*pFirst)))
+            *pTo++ = static_cast<TShift&&>(*pFirst);
+    }
+    detail::DestroyRange(pTo, pEnd);
+    return pTo;
 }
 
 /// Whether equal(element, other) holds for the elements of [pFirst, pLast) and those from pOther on, in order.

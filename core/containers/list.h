@@ -11,8 +11,8 @@
 //
 //   The links of an empty list point at themselves, so no operation has a special case for the first or the last node.
 //
-// What sets it apart from std::list: iterators are forward only. Moving a list rewrites the two links that point at the
-// list object. Copy assignment assigns to the existing elements. An rvalue is copied like any other value.
+// What sets it apart from std::list: moving a list rewrites the two links that point at the list object. Copy
+// assignment assigns to the existing elements. Insert copies an rvalue like any other value; Emplace moves it in.
 //
 // Each element has a node of its own: one allocation of sizeof(SListNode<T>) from the normal allocator, one Free.
 // Elements never move. An iterator stays valid until its element is erased, End() until the list is moved or destroyed.
@@ -20,6 +20,8 @@
 
 #include "core/containers/lifetime.h"
 #include "core/containers/nodeiterator.h"
+#include "core/containers/reverseiterator.h"
+#include "core/containers/sequence.h"
 #include "core/memory/memorymanager.h"
 
 #include <cstddef>
@@ -35,6 +37,7 @@ struct SListLinks
     SListLinks* m_pPrev;
 
     static SListLinks* Next(SListLinks* pNode) { return pNode->m_pNext; }
+    static SListLinks* Previous(SListLinks* pNode) { return pNode->m_pPrev; }
 
     // In a ring, nothing distinguishes the sentinel from a node.
     static bool IsEnd(const SListLinks*) { return false; }
@@ -46,11 +49,16 @@ template <class T>
 struct SListNode : kx::detail::SListLinks
 {
     explicit SListNode(const T& value) noexcept : m_Element(value) {}
+    template <class... TArgs>
+    explicit SListNode(kx::detail::SInPlace, TArgs&&... args) noexcept
+        : m_Element(kx::detail::MakeElement<T>(static_cast<TArgs&&>(args)...))
+    {
+    }
 
     T m_Element;
 };
 
-/// A forward iterator; see kx::detail::TNodeIterator.
+/// A bidirectional iterator; see kx::detail::TNodeIterator.
 template <class T>
 using TListIterator = kx::detail::TNodeIterator<T, kx::detail::SListLinks>;
 
@@ -62,7 +70,7 @@ using TListEnumerator = kx::detail::TNodeEnumerator<T, kx::detail::SListLinks>;
 
 /// The doubly linked list; see the head of this file.
 template <class T>
-class TList
+class TList : public kx::detail::TSequence<TList<T>, T>
 {
 public:
     /// The names that generic code expects.
@@ -78,7 +86,10 @@ public:
     {
         AppendCopies(values.begin(), values.end());
     }
-    TList(const TList& other) : m_nSize(other.m_nSize) { AppendCopies(other.Begin(), other.End()); }
+    TList(const TList& other) : kx::detail::TSequence<TList, T>(), m_nSize(other.m_nSize)
+    {
+        AppendCopies(other.Begin(), other.End());
+    }
 
     /// Takes ownership of the nodes, in constant time.
     /// No element is touched and no allocator is called. The source is empty afterwards and can be used again.
@@ -89,8 +100,6 @@ public:
     {
         static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
                       "TList: nodes are aligned to 16 bytes; keep elements of a wider alignment in a TArray");
-        static_assert(std::is_copy_constructible_v<T>,
-                      "TList copies elements in; keep what can only be moved in a TArray");
         static_assert(offsetof(TList, m_nSize) == 0 && offsetof(TList, m_sentinel) == 8 && sizeof(TList) == 24,
                       "size, then the two links: the layout that debugger views rely on");
         static_assert(
@@ -146,6 +155,16 @@ public:
     [[nodiscard]] const_iterator begin() const KX_LIFETIMEBOUND { return Begin(); }
     [[nodiscard]] const_iterator end() const KX_LIFETIMEBOUND { return End(); }
 
+    /// Return iterators for walking backwards: to the last element, and past the first one.
+    [[nodiscard]] auto rbegin() KX_LIFETIMEBOUND { return TReverseIterator<iterator>(End()); }
+    [[nodiscard]] auto rend() KX_LIFETIMEBOUND { return TReverseIterator<iterator>(Begin()); }
+    [[nodiscard]] auto rbegin() const KX_LIFETIMEBOUND { return TReverseIterator<const_iterator>(End()); }
+    [[nodiscard]] auto rend() const KX_LIFETIMEBOUND { return TReverseIterator<const_iterator>(Begin()); }
+
+    /// Return the last element; trigger the debug break if there is none.
+    [[nodiscard]] T& Last() KX_LIFETIMEBOUND { return *--this->NotEmpty(*this).End(); }
+    [[nodiscard]] const T& Last() const KX_LIFETIMEBOUND { return *--this->NotEmpty(*this).End(); }
+
     /// Returns an enumerator that starts before the first element.
     [[nodiscard]] TListEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND { return {End().Address(), End().Address()}; }
     [[nodiscard]] TListEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND
@@ -160,12 +179,29 @@ public:
     /// Constant time. The copy is made before any link changes, so the value may be an element of this list.
     iterator Insert(iterator pos, const T& value)
     {
-        SListLinks* pNode = NewNode(value);
+        kx::detail::RequireCopies<T>();
+        return EmplaceAt(pos, value);
+    }
+
+    /// Inserts before pos an element that is constructed from the arguments, and returns an iterator to it.
+    /// Costs what Insert costs, without a copy or a move. The arguments may refer to elements of this list.
+    template <class... TArgs>
+    iterator EmplaceAt(const_iterator pos, TArgs&&... args)
+    {
+        SListLinks* pNode = NewNode(std::forward<TArgs>(args)...);
         SListLinks* pNext = NodeOf(pos);
         Link(pNext->m_pPrev, pNode);
         Link(pNode, pNext);
         ++m_nSize;
         return PositionOf(pNode);
+    }
+
+    /// Appends an element that is constructed from the arguments, and returns it.
+    /// Constant time, without a copy or a move. The arguments may refer to elements of this list.
+    template <class... TArgs>
+    T& Emplace(TArgs&&... args)
+    {
+        return *EmplaceAt(End(), std::forward<TArgs>(args)...);
     }
 
     /// Destroys the element at pos, frees its node, and returns an iterator to the element that followed.
@@ -178,6 +214,26 @@ public:
         FreeNode(pNode);
         --m_nSize;
         return PositionOf(pNext);
+    }
+    template <std::same_as<const_iterator> TConst>
+    iterator Erase(TConst pos)
+    {
+        return Erase(PositionOf(NodeOf(pos)));
+    }
+
+    /// Removes the elements for which the predicate is true and returns their number.
+    /// Calls predicate(const element) once for each, in order; it must not throw. Linear.
+    template <class TPredicate>
+    uint32 EraseIf(TPredicate predicate)
+    {
+        const uint32 nOldSize = m_nSize;
+        for (iterator pos = Begin(); pos != End();)
+        {
+            const iterator current = pos++;
+            if (predicate(std::as_const(*current)))
+                Erase(current);
+        }
+        return nOldSize - m_nSize;
     }
 
     /// Destroys the elements front to back and frees their nodes.
@@ -205,7 +261,10 @@ private:
     static constexpr std::uintptr_t kElementOffset = kx::detail::kElementOffset<T, SListLinks>;
 
     static iterator PositionOf(SListLinks* pNode) { return iterator(kx::detail::ElementOf<T>(pNode)); }
-    static SListLinks* NodeOf(iterator pos) { return kx::detail::NodeOf<SListLinks>(pos.Address()); }
+    static SListLinks* NodeOf(const_iterator pos)
+    {
+        return kx::detail::NodeOf<SListLinks>(const_cast<T*>(pos.Address()));
+    }
 
     static void Link(SListLinks* pFirst, SListLinks* pSecond)
     {
@@ -213,7 +272,11 @@ private:
         pSecond->m_pPrev = pFirst;
     }
 
-    static SListLinks* NewNode(const T& value) { return new (*GetNormalAllocator()) SListNode<T>(value); }
+    template <class... TArgs>
+    static SListLinks* NewNode(TArgs&&... args)
+    {
+        return new (*GetNormalAllocator()) SListNode<T>(kx::detail::SInPlace(), std::forward<TArgs>(args)...);
+    }
 
     static void FreeNode(SListLinks* pLinks) noexcept
     {
@@ -234,6 +297,7 @@ private:
     template <class TIterator>
     void AppendCopies(TIterator first, TIterator last)
     {
+        kx::detail::RequireCopies<T>();
         SListLinks* pLast = m_sentinel.m_pPrev;
         for (; first != last; ++first)
         {

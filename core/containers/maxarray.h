@@ -6,8 +6,8 @@
 //      +-------+-------+-------+-------+-------+-----+
 //
 // It never calls an allocator. Unlike TArray, it adds and shifts elements by copying, so no operation leaves moved-from
-// elements in the array, and an rvalue is copied like any other value. Only moving the whole array moves elements, one
-// by one.
+// elements in the array, and Add and Insert copy an rvalue like any other value. Only moving the whole array moves
+// elements, one by one. Elements that can only be moved are moved; Emplace brings them in.
 //
 // Exceeding N triggers the debug break; if execution resumes, it writes past the storage. Iterators are pointers.
 // Insert and Erase invalidate those from the position on; Clear, assignment and moving the array away invalidate all of
@@ -16,6 +16,7 @@
 
 #include "core/containers/arrayenumerator.h"
 #include "core/containers/lifetime.h"
+#include "core/containers/sequence.h"
 
 #include <concepts>
 #include <cstddef>
@@ -25,9 +26,12 @@
 
 /// An array of at most N elements, stored in the object itself; see the head of this file.
 template <class T, uint32 N>
-class TMaxArray
+class TMaxArray : public kx::detail::TContiguousSequence<TMaxArray<T, N>, T>
 {
     static_assert(N > 0, "TMaxArray: give it room for at least one element");
+    using TBase = kx::detail::TContiguousSequence<TMaxArray, T>;
+    using TShift = std::conditional_t<std::is_copy_constructible_v<T>, const T&, T>;
+    friend TBase;
 
 public:
     /// The names that generic code expects.
@@ -41,13 +45,15 @@ public:
     /// Copies the values in ascending order. More than N values trigger the debug break.
     TMaxArray(std::initializer_list<T> values) : m_nSize(static_cast<uint32>(values.size()))
     {
+        kx::detail::RequireCopies<T>();
         kx::detail::BreakUnless(values.size() <= N);
         kx::detail::CopyRange(Begin(), values.begin(), values.end());
     }
 
     /// Copies the elements in ascending order.
-    TMaxArray(const TMaxArray& other) : m_nSize(other.m_nSize)
+    TMaxArray(const TMaxArray& other) : TBase(), m_nSize(other.m_nSize)
     {
+        kx::detail::RequireCopies<T>();
         kx::detail::CopyRange(Begin(), other.Begin(), other.End());
     }
 
@@ -62,8 +68,6 @@ public:
                           && offsetof(TMaxArray, m_nSize) < N * sizeof(T) + sizeof(uint32)
                           && sizeof(TMaxArray) - offsetof(TMaxArray, m_nSize) <= (alignof(T) > 4 ? alignof(T) : 4),
                       "the elements, then their number: the layout that debugger views rely on");
-        static_assert(std::is_copy_constructible_v<T>,
-                      "TMaxArray copies elements in; keep what can only be moved in a TArray");
         kx::detail::DestroyRange(Begin(), End());
     }
 
@@ -72,6 +76,7 @@ public:
     {
         if (this == &other)
             return *this;
+        kx::detail::RequireCopies<T>();
         Clear();
         kx::detail::CopyRange(Begin(), other.Begin(), other.End());
         m_nSize = other.m_nSize;
@@ -122,11 +127,20 @@ public:
     /// Appends a copy and returns it; triggers the debug break if the array is full.
     T& Add(const T& value)
     {
+        kx::detail::RequireCopies<T>();
+        return Emplace(value);
+    }
+
+    /// Appends an element that is constructed from the arguments, and returns it.
+    /// Triggers the debug break if the array is full.
+    template <class... TArgs>
+    T& Emplace(TArgs&&... args)
+    {
         // m_nSize is read once and written last, because constructing the element may alias it. A loop of Add would
         // otherwise reload it each time.
         const uint32 nSize = m_nSize;
         kx::detail::BreakUnless(nSize < N);
-        T* pNew = kx::detail::ConstructAt(Begin() + nSize, value);
+        T* pNew = kx::detail::ConstructAt(Begin() + nSize, std::forward<TArgs>(args)...);
         m_nSize = nSize + 1;
         return *pNew;
     }
@@ -137,11 +151,8 @@ public:
     /// this array: the inserted value is its value before the call.
     T* Insert(T* pos, const T& value)
     {
-        kx::detail::BreakUnless(m_nSize < N);
-        kx::detail::BreakUnless(kx::detail::IsInsertPosition<T>(pos, Begin(), End()));
-        kx::detail::InsertShifting<const T&>(pos, End(), value);
-        ++m_nSize;
-        return pos;
+        kx::detail::RequireCopies<T>();
+        return InsertAt(pos, value);
     }
 
     /// Inserts before the element at an index, or at the end for Size(); triggers the debug break past it.
@@ -159,10 +170,12 @@ public:
     T* Erase(T* pos)
     {
         kx::detail::BreakUnless(kx::detail::IsElement<T>(pos, Begin(), End()));
-        kx::detail::EraseShifting<const T&>(pos, End());
+        kx::detail::EraseShifting<TShift>(pos, End());
         --m_nSize;
         return pos;
     }
+
+    using TBase::Erase;
 
     /// Removes the element at an index; triggers the debug break past the end.
     /// A template, so that the literal 0 is an index and not a null pointer.
@@ -184,6 +197,28 @@ public:
     [[nodiscard]] bool Validate() const { return m_nSize <= N; }
 
 private:
+    template <class TValue>
+    T* InsertAt(T* pos, TValue&& value)
+    {
+        kx::detail::BreakUnless(m_nSize < N);
+        kx::detail::BreakUnless(kx::detail::IsInsertPosition<T>(pos, Begin(), End()));
+        kx::detail::InsertShifting<TShift>(pos, End(), std::forward<TValue>(value));
+        ++m_nSize;
+        return pos;
+    }
+
+    // Makes raw storage for nCount elements before pos, which count at once; returns it.
+    T* MakeGap(T* pos, uint64 nCount)
+    {
+        kx::detail::BreakUnless(nCount <= N - m_nSize);
+        kx::detail::BreakUnless(kx::detail::IsInsertPosition<T>(pos, Begin(), End()));
+        kx::detail::OpenGap<TShift>(pos, End(), nCount);
+        m_nSize += static_cast<uint32>(nCount);
+        return pos;
+    }
+
+    void SetEnd(T* pEnd) { m_nSize = static_cast<uint32>(pEnd - Begin()); }
+
     void TakeElements(TMaxArray& other)
     {
         kx::detail::RelocateRange(Begin(), other.Begin(), other.End());

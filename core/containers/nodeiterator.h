@@ -38,9 +38,10 @@ TLinks* NodeOf(T* pElement)
     return reinterpret_cast<TLinks*>(detail::AddressOf(pElement) - kElementOffset<T, TLinks>);
 }
 
-/// A forward iterator over a container of nodes; T is const for read-only access.
-/// TLinks::Next returns the node that follows. An iterator stays valid until its element is erased. Nothing is checked,
-/// neither reading at the end nor advancing past it, unless iteratorchecks.h is told to.
+/// An iterator over a container of nodes; T is const for read-only access.
+/// TLinks::Next returns the node that follows. The iterator goes back too if there is a TLinks::Previous. An iterator
+/// stays valid until its element is erased. Nothing is checked, neither reading at the end nor advancing past it,
+/// unless iteratorchecks.h is told to.
 template <class T, class TLinks>
 class TNodeIterator
 {
@@ -78,6 +79,20 @@ public:
     {
         TNodeIterator old = *this;
         ++*this;
+        return old;
+    }
+
+    /// Goes back to the element before. From the end, this is the last one.
+    TNodeIterator& operator--() requires requires(TLinks* pNode) { TLinks::Previous(pNode); }
+    {
+        m_pElement = detail::ElementOf<T>(TLinks::Previous(detail::NodeOf<TLinks>(m_pElement)));
+        return *this;
+    }
+
+    TNodeIterator operator--(int) requires requires(TLinks* pNode) { TLinks::Previous(pNode); }
+    {
+        TNodeIterator old = *this;
+        --*this;
         return old;
     }
 

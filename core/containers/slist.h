@@ -9,7 +9,8 @@
 //   node needs no special case.
 //
 // There is no link back and no link to the last node. An operation at a position walks from the head to it, so its cost
-// is linear in the number of elements before the position. An rvalue is copied like any other value.
+// is linear in the number of elements before the position. Insert copies an rvalue like any other value; Emplace
+// moves it in.
 //
 // Each element has a node of its own: one allocation of sizeof(SSListNode<T>) from the normal allocator, one Free.
 // Elements never move. An iterator stays valid until its element is erased. End() is the address that the element of a
@@ -17,6 +18,7 @@
 #pragma once
 
 #include "core/containers/nodeiterator.h"
+#include "core/containers/sequence.h"
 #include "core/memory/memorymanager.h"
 
 #include <cstddef>
@@ -40,6 +42,11 @@ template <class T>
 struct SSListNode : kx::detail::SSListLink
 {
     explicit SSListNode(const T& value) noexcept : m_Element(value) {}
+    template <class... TArgs>
+    explicit SSListNode(kx::detail::SInPlace, TArgs&&... args) noexcept
+        : m_Element(kx::detail::MakeElement<T>(static_cast<TArgs&&>(args)...))
+    {
+    }
 
     T m_Element;
 };
@@ -54,7 +61,7 @@ using TSListEnumerator = kx::detail::TNodeEnumerator<T, kx::detail::SSListLink>;
 
 /// The singly linked list; see the head of this file.
 template <class T>
-class TSList
+class TSList : public kx::detail::TSequence<TSList<T>, T>
 {
 public:
     /// The names that generic code expects.
@@ -70,7 +77,10 @@ public:
     {
         ChainCopies(values.begin(), values.end());
     }
-    TSList(const TSList& other) : m_nSize(other.m_nSize) { ChainCopies(other.Begin(), other.End()); }
+    TSList(const TSList& other) : kx::detail::TSequence<TSList, T>(), m_nSize(other.m_nSize)
+    {
+        ChainCopies(other.Begin(), other.End());
+    }
 
     /// Takes ownership of the nodes, in constant time.
     /// No element is touched and no allocator is called. The source is empty afterwards and can be used again.
@@ -84,8 +94,6 @@ public:
     {
         static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__,
                       "TSList: nodes are aligned to 16 bytes; keep elements of a wider alignment in a TArray");
-        static_assert(std::is_copy_constructible_v<T>,
-                      "TSList copies elements in; keep what can only be moved in a TArray");
         static_assert(offsetof(TSList, m_nSize) == 0 && offsetof(TSList, m_head) == 8 && sizeof(TSList) == 16,
                       "size, then the head link: the layout that debugger views rely on");
         Clear();
@@ -145,13 +153,30 @@ public:
     /// list. pos is not checked: with an iterator of another list, the walk runs past the end of the chain.
     iterator Insert(iterator pos, const T& value)
     {
+        kx::detail::RequireCopies<T>();
+        return EmplaceAt(pos, value);
+    }
+
+    /// Inserts before pos an element that is constructed from the arguments, and returns an iterator to it.
+    /// Costs what Insert costs, without a copy or a move. The arguments may refer to elements of this list.
+    template <class... TArgs>
+    iterator EmplaceAt(const_iterator pos, TArgs&&... args)
+    {
         SSListLink* pNext = NodeOf(pos);
-        SSListLink* pNode = NewNode(value);
+        SSListLink* pNode = NewNode(std::forward<TArgs>(args)...);
         SSListLink* pBefore = NodeBefore(pNext);
         pNode->m_pNext = pNext;
         pBefore->m_pNext = pNode;
         ++m_nSize;
         return PositionOf(pNode);
+    }
+
+    /// Prepends an element that is constructed from the arguments, and returns it.
+    /// Constant time, without a copy or a move. The arguments may refer to elements of this list.
+    template <class... TArgs>
+    T& Emplace(TArgs&&... args)
+    {
+        return *EmplaceAt(Begin(), std::forward<TArgs>(args)...);
     }
 
     /// Destroys the element at pos, frees its node, and returns an iterator to the element that followed.
@@ -164,6 +189,32 @@ public:
         FreeNode(pNode);
         --m_nSize;
         return PositionOf(pNext);
+    }
+    template <std::same_as<const_iterator> TConst>
+    iterator Erase(TConst pos)
+    {
+        return Erase(PositionOf(NodeOf(pos)));
+    }
+
+    /// Removes the elements for which the predicate is true and returns their number.
+    /// Calls predicate(const element) once for each, in order; it must not throw. Linear.
+    template <class TPredicate>
+    uint32 EraseIf(TPredicate predicate)
+    {
+        const uint32 nOldSize = m_nSize;
+        for (SSListLink* pBefore = &m_head; pBefore->m_pNext != nullptr;)
+        {
+            SSListLink* pNode = pBefore->m_pNext;
+            if (!predicate(std::as_const(*PositionOf(pNode))))
+            {
+                pBefore = pNode;
+                continue;
+            }
+            pBefore->m_pNext = pNode->m_pNext;
+            FreeNode(pNode);
+            --m_nSize;
+        }
+        return nOldSize - m_nSize;
     }
 
     /// Destroys the elements front to back and frees their nodes.
@@ -191,9 +242,16 @@ private:
     using SSListLink = kx::detail::SSListLink;
 
     static iterator PositionOf(SSListLink* pNode) { return iterator(kx::detail::ElementOf<T>(pNode)); }
-    static SSListLink* NodeOf(iterator pos) { return kx::detail::NodeOf<SSListLink>(pos.Address()); }
+    static SSListLink* NodeOf(const_iterator pos)
+    {
+        return kx::detail::NodeOf<SSListLink>(const_cast<T*>(pos.Address()));
+    }
 
-    static SSListLink* NewNode(const T& value) { return new (*GetNormalAllocator()) SSListNode<T>(value); }
+    template <class... TArgs>
+    static SSListLink* NewNode(TArgs&&... args)
+    {
+        return new (*GetNormalAllocator()) SSListNode<T>(kx::detail::SInPlace(), std::forward<TArgs>(args)...);
+    }
 
     static void FreeNode(SSListLink* pLink) noexcept
     {
@@ -215,6 +273,7 @@ private:
     template <class TIterator>
     void ChainCopies(TIterator first, TIterator last)
     {
+        kx::detail::RequireCopies<T>();
         SSListLink* pLast = &m_head;
         for (; first != last; ++first)
         {

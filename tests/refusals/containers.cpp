@@ -4,6 +4,7 @@
 
 struct SMoveOnly
 {
+    SMoveOnly() = default;
     SMoveOnly(SMoveOnly&&) = default;
     bool operator<(const SMoveOnly&) const;
 };
@@ -22,9 +23,17 @@ void Use()
     KX_REFUSE(BLOCK_ARRAY_OF_WIDE, "keep elements of a wider alignment in a TArray", TBlockArray<SWide> refused);
     KX_REFUSE(HASH_SET_OF_WIDE, "keep elements of a wider alignment in a TMap or TSet",
               THashSet<SWide> refused{SWide()});
-    KX_REFUSE(LIST_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TList<SMoveOnly> refused);
-    KX_REFUSE(SLIST_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TSList<SMoveOnly> refused);
-    KX_REFUSE(MAX_ARRAY_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TMaxArray<SMoveOnly, 4> refused);
+    SMoveOnly moveOnly{};
+    KX_REFUSE(LIST_INSERT_OF_MOVE_ONLY, "bring in what can only be moved by Emplace",
+              TList<SMoveOnly>().Insert(moveOnly));
+    KX_REFUSE(SLIST_INSERT_OF_MOVE_ONLY, "bring in what can only be moved by Emplace",
+              TSList<SMoveOnly>().Insert(moveOnly));
+    KX_REFUSE(MAX_ARRAY_ADD_OF_MOVE_ONLY, "bring in what can only be moved by Emplace",
+              TMaxArray<SMoveOnly, 4>().Add(moveOnly));
+    KX_REFUSE(COPIED_LIST_OF_MOVE_ONLY, "and move the container", const TList<SMoveOnly> list;
+              TList<SMoveOnly> refused(list));
+    KX_REFUSE(COPIED_BLOCK_ARRAY_OF_MOVE_ONLY, "and move the container", const TBlockArray<SMoveOnly> array;
+              TBlockArray<SMoveOnly> refused(array));
     KX_REFUSE(SET_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TSet<SMoveOnly> refused);
     KX_REFUSE(MAP_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TMap<int, SMoveOnly> refused);
     KX_REFUSE(HASH_MAP_OF_MOVE_ONLY, "keep what can only be moved in a TArray", THashMap<int, SMoveOnly> refused);
