@@ -42,7 +42,12 @@ struct SPolicy
 TEST_F(HashTest, TakesListsOfPairs)
 {
     EXPECT_EQ(3, (THashMap<int, int>{{1, 2}, {1, 3}}.Find(1)->Value()));
-    EXPECT_EQ(4u, (TMultiHashMap<int, int>{{1, 1}, {2, 2}, {1, 3}, {1, 4}}.Size()));
+    const TMultiHashMap<int, int> list = {{1, 1}, {2, 2}, {1, 3}, {4, 4}, {5, 5}, {6, 6}, {7, 7}};
+    TMultiHashMap<int, int> byOne;
+    for (const int nKey : {1, 2, 1, 4, 5, 6, 7})
+        byOne.Insert(nKey, nKey);
+    const auto haveOneKey = [](const auto& first, const auto& second) { return first.Key() == second.Key(); };
+    EXPECT_TRUE(std::equal(list.begin(), list.end(), byOne.begin(), byOne.end(), haveOneKey)) << "as many buckets";
 }
 
 TEST_F(HashTest, HashesSignedBytes)
