@@ -165,7 +165,7 @@ private:
     }
 
     // Writes signed 32-bit numbers, however they are spelled.
-    void PutOffsets(Text before, int nCount, Text behind)
+    void PutOffsets(Text before, int nCount, Text after)
     {
         Put(before);
         for (int i = 0; i < nCount; ++i)
@@ -175,7 +175,7 @@ private:
             const SNumber number = ReadNumber();
             PutInteger(static_cast<int32>(number.m_bNegative ? 0 - number.m_nMagnitude : number.m_nMagnitude));
         }
-        Put(behind);
+        Put(after);
     }
 
     // ---- Names.
@@ -984,11 +984,11 @@ private:
         Unstash(name.m_text);
     }
 
-    void AddOffsets(SName& name, Text before, int nCount, Text behind)
+    void AddOffsets(SName& name, Text before, int nCount, Text after)
     {
         const uint32 nBegin = End();
         Unstash(name.m_text);
-        PutOffsets(before, nCount, behind);
+        PutOffsets(before, nCount, after);
         name.m_text = Stash(nBegin);
     }
 

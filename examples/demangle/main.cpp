@@ -138,7 +138,7 @@ int main(int argc, char** argv)
                                    {"help", no_argument, nullptr, 'h'},
                                    {nullptr, 0, nullptr, 0}};
     constexpr char kUsage[] = "Usage: demangle [--verbose] [--modern] < TEXT\n"
-                              "Replaces the decorated symbols in a text by what they stand for.\n\n"
+                              "Replaces the decorated symbols in a log by what they mean.\n\n"
                               "  -v, --verbose  with calling conventions, access, class, struct and union\n"
                               "  -m, --modern   with the tables of names that the encoders of today use\n"
                               "  -h, --help     this text\n";

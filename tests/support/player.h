@@ -88,7 +88,7 @@ public:
              });
     }
 
-    // An operation as it is written, whatever follows behind "->", and what it does.
+    // An operation as it is written, whatever follows "->", and what it does.
     std::string Play(const std::string& text)
     {
         const std::string operation = text.substr(0, text.find(" ->"));
