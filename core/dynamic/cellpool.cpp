@@ -61,7 +61,7 @@ void* ZCellHeap::AllocateFirst(uint64 nSize)
     while (pChunk == nullptr)
     {
         lock.unlock();
-        SChunk* pNew = ms_orphans.NewChunk(pool);
+        SChunk* pNew = ms_orphans.NewChunk(pool, false);
         lock.lock();
         pool.Add(pNew);
         pChunk = FindUsable(pool);
@@ -196,6 +196,7 @@ void ZCellHeap::Release(SChunk* pChunk)
 // A chunk with a free cell, of the process heap or of the current normal allocator, to take cells from.
 ZCellHeap::SChunk* ZCellHeap::FindChunk(SPool& pool)
 {
+    bool bFirst = false;
     {
         const std::lock_guard lock(s_lock);
         SChunk* pChunk = FindUsable(pool);
@@ -208,8 +209,9 @@ ZCellHeap::SChunk* ZCellHeap::FindChunk(SPool& pool)
         pool.m_pCurrent = pChunk;
         if (pChunk != nullptr)
             return pChunk;
+        bFirst = pool.m_pFirst == nullptr && this != &ms_orphans;
     }
-    SChunk* pChunk = NewChunk(pool);
+    SChunk* pChunk = NewChunk(pool, bFirst);
     const std::lock_guard lock(s_lock);
     pool.Add(pChunk);
     pool.m_pCurrent = pChunk;
@@ -217,9 +219,8 @@ ZCellHeap::SChunk* ZCellHeap::FindChunk(SPool& pool)
 }
 
 // Allocators are called without the lock, since they may be users of variants.
-ZCellHeap::SChunk* ZCellHeap::NewChunk(SPool& pool)
+ZCellHeap::SChunk* ZCellHeap::NewChunk(const SPool& pool, bool bFirst)
 {
-    const bool bFirst = this != &ms_orphans && pool.m_pFirst == nullptr;
     IAllocator* pAllocator = bFirst ? nullptr : GetNormalAllocator();
     void* pBlock = bFirst ? std::malloc(kChunk) : pAllocator->Allocate(kChunk, alignof(std::max_align_t), 0);
     char* pBegin = static_cast<char*>(pBlock);

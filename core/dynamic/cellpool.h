@@ -123,7 +123,7 @@ private:
     KX_NOINLINE static void PutInUse(SChunk* pChunk);
     KX_NOINLINE static void Release(SChunk* pChunk);
     KX_NOINLINE SChunk* FindChunk(SPool& pool);
-    SChunk* NewChunk(SPool& pool);
+    SChunk* NewChunk(const SPool& pool, bool bFirst);
     void End();
     static void ReleaseUnused();
     static SChunk* FindUsable(SPool& pool);
