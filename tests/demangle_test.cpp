@@ -39,13 +39,13 @@ std::string Repeat(int nCount, const std::string& text)
 
 // The stack that the call is documented to take, and 6 KB for the thread itself.
 #if defined(__OPTIMIZE__)
-constexpr size_t kStack = size_t{116} * 1024;
+[[maybe_unused]] constexpr size_t kStack = size_t{116} * 1024;
 #else
-constexpr size_t kStack = size_t{196} * 1024;
+[[maybe_unused]] constexpr size_t kStack = size_t{196} * 1024;
 #endif
 
 // What the default options of the modern form allow, in any build.
-constexpr size_t kModernStack = size_t{96 + 33 + 6} * 1024;
+[[maybe_unused]] constexpr size_t kModernStack = size_t{96 + 33 + 6} * 1024;
 
 // Runs into the guard page of the thread if the call takes more.
 void DemangleOnASmallStack(std::string symbol, bool bModern)

@@ -183,7 +183,7 @@ TEST_F(JournalTest, AllocatorsThatKnowTheSizeOfTheirBlocks)
     ZMemoryResource normal;
     ZMemoryResourceAllocator standard(&normal);
     ZCountingAllocator counting("level", &standard);
-    for (const uint64 nAlignment : {0, 1, 64})
+    for (const uint64 nAlignment : {0u, 1u, 64u})
     {
         void* pMemory = counting.Allocate(5, nAlignment, 0);
         EXPECT_EQ(0u, kx::detail::AddressOf(static_cast<char*>(pMemory)) % std::max<uint64>(nAlignment, 16));
