@@ -12,7 +12,7 @@ using kx::detail::ZCellHeap;
 using Tree = kx::detail::TTree<ZDynamicObject, SDynamicObjectKeyValuePair>;
 
 template <class T>
-T& Push(TArray<T>& array, T&& value)
+T& Push(TArray<T>& array, std::type_identity_t<T>&& value)
 {
     if (array.Size() == array.Capacity()) [[unlikely]]
         array.Reserve(std::max<uint64>(64, uint64{array.Capacity()} * 2));

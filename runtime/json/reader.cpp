@@ -80,7 +80,10 @@ struct ZReader::SState
 
     struct SSeen
     {
-        auto operator<=>(const SSeen&) const = default;
+        bool operator<(const SSeen& other) const
+        {
+            return m_key != other.m_key ? m_key < other.m_key : m_pAt < other.m_pAt;
+        }
 
         std::string_view m_key;
         const char* m_pAt;

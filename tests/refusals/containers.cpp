@@ -23,7 +23,7 @@ void Use()
     KX_REFUSE(BLOCK_ARRAY_OF_WIDE, "keep elements of a wider alignment in a TArray", TBlockArray<SWide> refused);
     KX_REFUSE(HASH_SET_OF_WIDE, "keep elements of a wider alignment in a TMap or TSet",
               THashSet<SWide> refused{SWide()});
-    SMoveOnly moveOnly{};
+    [[maybe_unused]] SMoveOnly moveOnly{};
     KX_REFUSE(LIST_INSERT_OF_MOVE_ONLY, "bring in what can only be moved by Emplace",
               TList<SMoveOnly>().Insert(moveOnly));
     KX_REFUSE(SLIST_INSERT_OF_MOVE_ONLY, "bring in what can only be moved by Emplace",
