@@ -29,7 +29,7 @@ std::string Letters(int64 n, char cFirst = 'a')
 
 // ---- ZString and its peers.
 
-// Stands for a function that takes a string and reads it where the caller cannot see. It is called through a pointer
+// Replaces a function that takes a string and reads it where the caller cannot see. It is called through a pointer
 // that the compiler does not follow.
 template <class TText>
 int64 ReadText(const TText& text)

@@ -300,6 +300,7 @@ TEST_F(Json, ChangesAndWalksTrees)
     EXPECT_TRUE(tree.RemoveAt(1) && !tree.RemoveAt(2) && tree.Validate());
     EXPECT_EQ(Written(tree), "[\"a\",[\"a\",1]]");
     EXPECT_BREAK(tree.InsertAt(3, 1));
+    EXPECT_BREAK(tree.GetArrayContainer()[1].InsertAt(0, std::move(tree)));
     tree.Clear();
     EXPECT_EQ(Written(tree), "[]");
 

@@ -41,7 +41,7 @@ TLinks* NodeOf(T* pElement)
 /// An iterator over a container of nodes; T is const for read-only access.
 /// TLinks::Next returns the node that follows. The iterator goes back too if there is a TLinks::Previous. An iterator
 /// stays valid until its element is erased. Nothing is checked, neither reading at the end nor advancing past it,
-/// unless iteratorchecks.h is told to.
+/// unless KX_CHECK_ITERATORS is defined.
 template <class T, class TLinks>
 class TNodeIterator
 {

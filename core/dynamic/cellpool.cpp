@@ -96,7 +96,8 @@ void ZCellHeap::End()
 }
 
 // Called before the normal allocator is replaced, which no thread uses at that time. Afterwards the allocator that
-// chunks came from may be gone.
+// chunks came from may be gone. Any chunk may be empty, and not the current one alone: when its owner and another
+// thread free the last two cells at the same moment, neither sees that.
 void ZCellHeap::ReleaseUnused()
 {
     SPool empty;
@@ -106,8 +107,18 @@ void ZCellHeap::ReleaseUnused()
         {
             for (SPool& pool : pHeap->m_aPools)
             {
-                if (pool.m_pCurrent != nullptr && UnlinkIfEmpty(pool.m_pCurrent) != nullptr)
-                    empty.Add(std::exchange(pool.m_pCurrent, nullptr));
+                SChunk* const pLast = pool.m_pFirst != nullptr ? pool.m_pFirst->m_pPrev : nullptr;
+                for (SChunk* pChunk = pool.m_pFirst; pChunk != nullptr;)
+                {
+                    SChunk* pNext = pChunk != pLast ? pChunk->m_pNext : nullptr;
+                    if (UnlinkIfEmpty(pChunk) != nullptr)
+                    {
+                        if (pool.m_pCurrent == pChunk)
+                            pool.m_pCurrent = nullptr;
+                        empty.Add(pChunk);
+                    }
+                    pChunk = pNext;
+                }
             }
         }
     }

@@ -16,8 +16,8 @@
 // needs cells. Whatever happens to whole chunks happens under one lock. When a thread ends, its chunks that are in use
 // become orphans; threads in need of a chunk adopt them.
 //
-// A chunk that is emptied by other threads while its owner allocates from it stays until the owner needs cells or ends,
-// or another allocator is installed. That is one chunk for each cell size of a thread at most.
+// A chunk that is emptied by other threads while its owner allocates from it, or at the moment at which its owner frees
+// a cell, stays until the owner needs cells or ends, or another allocator is installed.
 #pragma once
 
 #include "core/memory/memorymanager.h"

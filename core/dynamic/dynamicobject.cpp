@@ -55,10 +55,10 @@ void MoveToEnd(TArray<SDynamicObjectKeyValuePair>& properties, SDynamicObjectKey
 }
 } // namespace
 
-KX_KNOWN_TYPE(SArrayType, &Tree::kValues[0], TArray<ZDynamicObject>);
-KX_KNOWN_TYPE(SObjectType, &Tree::kValues[1], TArray<SDynamicObjectKeyValuePair>);
-KX_KNOWN_TYPE(SElementType, &Tree::kValues[2], ZDynamicObject);
-KX_KNOWN_TYPE(SPropertyType, &Tree::kValues[3], SDynamicObjectKeyValuePair);
+KX_KNOWN_TYPE(SArrayType, &Tree::kValues[Tree::kArray], TArray<ZDynamicObject>);
+KX_KNOWN_TYPE(SObjectType, &Tree::kValues[Tree::kObject], TArray<SDynamicObjectKeyValuePair>);
+KX_KNOWN_TYPE(SElementType, &Tree::kValues[Tree::kElement], ZDynamicObject);
+KX_KNOWN_TYPE(SPropertyType, &Tree::kValues[Tree::kProperty], SDynamicObjectKeyValuePair);
 
 SDynamicObjectKeyValuePair* kx::detail::FindProperty(const ZDynamicObject& object, std::string_view key)
 {
@@ -133,6 +133,7 @@ void ZDynamicObject::InsertAt(uint64 nIndex, ZDynamicObject value)
     kx::detail::BreakUnless(bInside);
     if (!bInside)
         return;
+    kx::detail::BreakIfPart(*this, value.Type(), value.Data());
     TArray<ZDynamicObject>& elements = ArrayOf(*this).m_children;
     MakeRoom(elements);
     elements.Insert(elements.Begin() + nIndex, std::move(value));

@@ -51,6 +51,8 @@ struct SVariantAccess
 template <class TElement, class TProperty>
 class TTree
 {
+public:
+    /// What a node holds.
     enum EKind : std::uintptr_t
     {
         kArray,
@@ -59,6 +61,7 @@ class TTree
         kProperty
     };
 
+private:
     // What a node needs while it is copied or destroyed. The lowest two bits of m_nParent are its kind.
     struct SLinks
     {

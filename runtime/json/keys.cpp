@@ -53,7 +53,7 @@ const char* ZKeys::Stored(std::string_view key, uint64 nHash)
         if (std::strncmp(pStored, key.data(), key.size()) == 0 && pStored[key.size()] == '\0')
             return pStored;
     }
-    // A key with a NUL in it cannot be told from a shorter one.
+    // A key with a NUL in it looks like a shorter one.
     if (store.m_nKeys == SStore::kSlots / 2 || SStore::kCharacters - store.m_nUsed <= key.size()
         || key.find('\0') != std::string_view::npos)
         return nullptr;
