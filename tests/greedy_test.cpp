@@ -32,6 +32,15 @@
     KX_TEST_GREEDY(EqualValues);                                                                                       \
     KX_TEST_GREEDY(FindProperty);                                                                                      \
     KX_TEST_GREEDY(FormatArgument);                                                                                    \
+    KX_TEST_GREEDY(MakeElement);                                                                                       \
+    KX_TEST_GREEDY(RequireCopies);                                                                                     \
+    KX_TEST_GREEDY(OpenGap);                                                                                           \
+    KX_TEST_GREEDY(ConstructFrom);                                                                                     \
+    KX_TEST_GREEDY(EraseRangeShifting);                                                                                \
+    KX_TEST_GREEDY(EraseMatching);                                                                                     \
+    KX_TEST_GREEDY(CompareElements);                                                                                   \
+    KX_TEST_GREEDY(CompareWalks);                                                                                      \
+    KX_TEST_GREEDY(LookUpKey);                                                                                         \
     KX_TEST_GREEDY(TextOf);                                                                                            \
     KX_TEST_GREEDY(TruncateTo)
 
@@ -95,6 +104,15 @@ uint64 Use(TContainer container)
     while (enumerator.MoveNext())
         static_cast<void>(enumerator.Current());
     copy.Erase(std::next(copy.Begin()));
+    if constexpr (requires { copy.EmplaceAt(copy.Begin(), eng::SElement{1}); })
+        copy.EmplaceAt(copy.Begin(), eng::SElement{1});
+    else if constexpr (requires { copy.Begin()->Key(); })
+        copy.Emplace(copy.Begin()->Key());
+    else
+        copy.Emplace(*copy.Begin());
+    if constexpr (requires { copy.AddRange({}); })
+        copy.AddRange({});
+    copy.EraseIf([](const auto&) { return false; });
     return static_cast<uint64>(std::distance(copy.begin(), copy.end()));
 }
 
@@ -110,10 +128,10 @@ TEST(GreedyNames, AreNotTheLibrarysOwn)
     const ZMemAllocatorScope scope;
     using E = eng::SElement;
     using Pair = TKeyValuePair<E, E>;
-    EXPECT_EQ(18u, (UseAll<TArray<E>, TMaxArray<E, 4>, TBlockArray<E>, TList<E>, TSList<E>, TRedBlackTree<E>, TSet<E>,
+    EXPECT_EQ(25u, (UseAll<TArray<E>, TMaxArray<E, 4>, TBlockArray<E>, TList<E>, TSList<E>, TRedBlackTree<E>, TSet<E>,
                            TMultiSet<E>, THashSet<E>>(E{1}, E{2}, E{3})));
-    EXPECT_EQ(8u, (UseAll<TMap<E, E>, TMultiMap<E, E>, THashMap<E, E>, TMultiHashMap<E, E>>(
-                      Pair({1}, {1}), Pair({2}, {2}), Pair({3}, {3}))));
+    EXPECT_EQ(10u, (UseAll<TMap<E, E>, TMultiMap<E, E>, THashMap<E, E>, TMultiHashMap<E, E>>(
+                       Pair({1}, {1}), Pair({2}, {2}), Pair({3}, {3}))));
     EXPECT_EQ(2u, (Use(TMap<int, int>{{1, 1}, {2, 2}, {3, 3}})));
     const ZDynamicObject tree = ZDynamicObject::Object().Set("key", ZString::Format("{0}", "text")).Set("n", 5);
     EXPECT_TRUE(tree["key"] == "text" && tree["n"] == 5 && ZDynamicObject(tree) == tree);

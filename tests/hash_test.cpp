@@ -5,6 +5,7 @@
 #include "tests/support/modeltest.h"
 #include "tests/support/player.h"
 
+#include <memory>
 #include <unordered_map>
 
 static_assert(std::forward_iterator<THashMap<int, int>::iterator>);
@@ -31,6 +32,12 @@ struct SKey
     int m_nValue;
 };
 
+struct SAddressPolicy
+{
+    static uint32 Hash(const auto& pointer) { return HashKey(pointer.get()); }
+    static bool Equals(const auto& first, const auto& second) { return first == second; }
+};
+
 // Finds halves, and knows no good hash.
 struct SPolicy
 {
@@ -38,6 +45,138 @@ struct SPolicy
     static bool Equals(const SKey& first, const SKey& second) { return first.m_nValue / 2 == second.m_nValue / 2; }
 };
 } // namespace
+
+// The four maps have one face, and the two that repeat keys as much of it as fits.
+template <class TMapping>
+class MapTest : public JournalTest
+{
+};
+
+using Mappings =
+    testing::Types<TMap<ZString, int>, TMultiMap<ZString, int>, THashMap<ZString, int>, TMultiHashMap<ZString, int>,
+                   THashMap<ZString, int, TSeededHashMapPolicy<ZString, int>>>;
+TYPED_TEST_SUITE(MapTest, Mappings);
+
+TYPED_TEST(MapTest, FindsByCharactersWithoutAKey)
+{
+    TypeParam map{{"", 0}, {"ab", 2}, {"abc", 3}, {"\xE9", 4}};
+    const TypeParam& constMap = map;
+    const std::string text = "abcd";
+    const std::string_view view(text.data(), 2);
+    const char *pszNone = nullptr, *pszKey = "abc";
+    TakeJournal();
+    EXPECT_EQ(2, map.Find(view)->Value());
+    EXPECT_TRUE(constMap.Find(pszKey)->Value() == 3 && map.Find("\xE9")->Value() == 4);
+    EXPECT_TRUE(*map.TryGet(pszNone) == 0 && *constMap.TryGet(view) == 2 && map.TryGet(text) == nullptr);
+    EXPECT_TRUE(map.Contains(pszKey) && !map.Contains(text) && !map.Contains(view.substr(0, 1)));
+    if constexpr (requires { map.LowerBound(view); })
+    {
+        EXPECT_TRUE(map.LowerBound(view.substr(0, 1))->Value() == 2 && constMap.LowerBound(text)->Value() == 4);
+    }
+    if constexpr (requires { map.Emplace(view).m_bNew; })
+    {
+        EXPECT_FALSE(map.Emplace(view, 5).m_bNew);
+    }
+    EXPECT_EQ(Journal(), TakeJournal());
+    if constexpr (requires { map.Remove(pszKey); })
+    {
+        EXPECT_TRUE(map.Remove(pszKey) && !map.Remove(pszKey));
+    }
+}
+
+TYPED_TEST(MapTest, HasOneFace)
+{
+    TypeParam map;
+    map.Emplace("a", 1);
+    map.Emplace(ZString("b"), 2);
+    map.Emplace("c");
+    TypeParam other{{"c", 0}, {"b", 2}, {"a", 1}};
+    EXPECT_TRUE(map == other && map.Count("a") == 1);
+    for (auto& [key, value] : map)
+    {
+        static_assert(std::is_same_v<decltype(key), const ZString> && std::is_same_v<decltype(value), int>);
+        value += key == "a";
+    }
+    for (const auto& [key, value] : std::as_const(map))
+        EXPECT_EQ(key == "c" ? 0 : 2, value) << key;
+    EXPECT_TRUE(map != other && *map.TryGet("a") == 2);
+    map.Swap(other);
+    EXPECT_TRUE(*map.TryGet("a") == 1 && *other.TryGet("a") == 2);
+    other.Erase(std::as_const(other).Find("b"));
+    EXPECT_EQ(1u, other.EraseIf([](const auto& pair) { return pair.Key() == "a"; }));
+    EXPECT_TRUE(other.Size() == 1 && other != map && other.Contains("c") && other.Validate());
+    EXPECT_TRUE(map.EqualRange("x").IsEmpty() && map.EqualRange("b").Begin()->Value() == 2);
+    map.Insert(TKeyValuePair<ZString, int>("b", 3));
+    const uint32 nEquals = map.Count("b");
+    EXPECT_EQ(map.Size() - 2, nEquals);
+    EXPECT_TRUE(map.RemoveAll("b") == nEquals && map.Size() == 2 && map.Validate());
+}
+
+TEST_F(HashTest, MapsTellWhatIsNewAndIndex)
+{
+    const auto check = []<class TMapping>(TMapping map)
+    {
+        const auto [pos, bNew] = map.Emplace(1, 2);
+        EXPECT_TRUE(bNew && pos->Value() == 2 && !map.Emplace(1, 3).m_bNew && map[1] == 2);
+        EXPECT_EQ(0, map[5]);
+        map[5] = 6;
+        EXPECT_TRUE(std::as_const(map)[5] == 6 && map.GetValue(5, 7) == 6 && map.GetValue(8, 7) == 7
+                    && map.Size() == 2);
+        EXPECT_BREAK(static_cast<void>(std::as_const(map)[8]));
+    };
+    check(TMap<int, int>());
+    check(THashMap<int, int>());
+    const auto checkSet = []<class TSetting>(TSetting set)
+    {
+        EXPECT_TRUE(set.Emplace("a").m_bNew && !set.Emplace(std::string_view("a")).m_bNew);
+        EXPECT_TRUE(set.Emplace(ZString("b")).m_bNew && *set.Emplace("b").m_pos == "b" && set == (TSetting{"b", "a"}));
+    };
+    checkSet(TSet<ZString>());
+    checkSet(THashSet<ZString>());
+    TakeJournal();
+}
+
+// Through growth, and none of them copies or leaks: the allocator would report a lost array.
+TEST_F(HashTest, KeysAndValuesMayBeMoveOnly)
+{
+    using Element = std::unique_ptr<TArray<int>>;
+    const auto check = [](auto container, auto emplace)
+    {
+        for (int i = 0; i < 7; ++i)
+            emplace(container, i, std::make_unique<TArray<int>>(1));
+        container.Erase(container.Begin());
+        auto moved = std::move(container);
+        EXPECT_TRUE(moved.Size() == 6 && moved.Validate() && container.IsEmpty());
+    };
+    const auto pair = [](auto& map, int nKey, Element value) { map.Emplace(nKey, std::move(value)); };
+    const auto single = [](auto& set, int, Element value) { set.Emplace(std::move(value)); };
+    check(TMap<int, Element>(), pair);
+    check(TMultiMap<int, Element>(), pair);
+    check(THashMap<int, Element>(), pair);
+    check(TMultiHashMap<int, Element>(), pair);
+    check(THashMap<int, Element>(), [](auto& map, int nKey, Element value) { map[nKey] = std::move(value); });
+    check(TMap<int, Element>(), [](auto& map, int nKey, Element value) { map[nKey] = std::move(value); });
+    check(TSet<Element>(), single);
+    check(TRedBlackTree<Element>(), single);
+    check(THashSet<Element, SAddressPolicy>(), single);
+    TakeJournal();
+}
+
+TEST_F(HashTest, MovesOnGrowthIfThePolicyAsks)
+{
+    THashMap<int, Logged, TMovesOnGrowth<TDefaultHashMapPolicy<int, Logged>>> map;
+    for (int i = 1; i < 5; ++i)
+        map.Emplace(i, i);
+    TakeJournal();
+    map.Emplace(5, *map.TryGet(1));
+    EXPECT_EQ((Journal{"alloc 24/16", "alloc 72/16", "copy 1", "move 1", "delete -1", "move 4", "delete -1", "move 3",
+                       "delete -1", "move 2", "delete -1", "free 48", "free 16"}),
+              TakeJournal());
+    EXPECT_EQ(1, map.Find(5)->Value().m_nValue);
+    EXPECT_TRUE(map.Reserve(9) == 9 && map.Reserve(3) == 9 && map.Validate());
+    map.Clear();
+    TakeJournal();
+}
 
 TEST_F(HashTest, TakesListsOfPairs)
 {

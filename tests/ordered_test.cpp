@@ -3,8 +3,8 @@
 #include "tests/support/modeltest.h"
 #include "tests/support/player.h"
 
-static_assert(std::forward_iterator<TTreeIterator<int>> && std::forward_iterator<TTreeConstIterator<int>>);
-static_assert(!std::bidirectional_iterator<TTreeIterator<int>> && sizeof(TTreeIterator<int>) == sizeof(void*));
+static_assert(std::bidirectional_iterator<TTreeIterator<int>> && std::bidirectional_iterator<TTreeConstIterator<int>>);
+static_assert(sizeof(TTreeIterator<int>) == sizeof(void*));
 static_assert(std::is_convertible_v<TTreeIterator<int>, TTreeConstIterator<int>>);
 static_assert(!std::is_convertible_v<TTreeConstIterator<int>, TTreeIterator<int>>);
 static_assert(std::is_nothrow_move_constructible_v<TSet<int>> && std::is_nothrow_move_assignable_v<TMap<int, int>>);
@@ -54,6 +54,31 @@ TEST_F(OrderedTest, EnumeratesValues)
         EXPECT_EQ(0u, kx::detail::AddressOf(&values.Current()) % 64);
     }
     EXPECT_FALSE(values.MoveNext());
+}
+
+TEST_F(OrderedTest, ComparesSetsAndFindsBounds)
+{
+    const TSet<int> set{1, 2, 4};
+    EXPECT_TRUE(set == (TSet<int>{4, 2, 1}) && set != (TSet<int>{1, 2}) && set < (TSet<int>{1, 3})
+                && TSet<int>() < set);
+    EXPECT_TRUE((TMultiMap<int, int>{{1, 2}}) != (TMultiMap<int, int>{{1, 3}}));
+    TMultiSet<int> multi{3, 1, 2, 2};
+    EXPECT_TRUE(*multi.UpperBound(1) == 2 && multi.UpperBound(3) == multi.End() && multi.LowerBound(4) == multi.End());
+    EXPECT_TRUE(multi.EqualRange(4).IsEmpty() && multi.Count(2) == 2);
+    EXPECT_EQ((std::vector<int>{2, 2}), std::vector<int>(multi.EqualRange(2).begin(), multi.EqualRange(2).end()));
+}
+
+TEST_F(OrderedTest, WalksBackwardsInACircle)
+{
+    TSet<int> set;
+    EXPECT_EQ(set.End(), --set.End());
+    for (int i = 0; i < 100; ++i)
+        set.Insert(i * 37 % 100);
+    auto pos = std::as_const(set).End();
+    for (int i = 99; i >= 0; --i)
+        EXPECT_EQ(i, *--pos);
+    EXPECT_EQ(set.End(), --pos);
+    EXPECT_TRUE(std::is_sorted(set.rbegin(), set.rend(), std::greater<>()) && *std::prev(set.rend()) == 0);
 }
 
 // A chain as deep as no balanced tree of this size would be.

@@ -23,6 +23,7 @@ struct SHashMapFields
 {
     using TKey = K;
     using TElement = TKeyValuePair<K, V>;
+    using TMapped = V;
 
     static const K& KeyOf(const TElement& element) { return element.Key(); }
     bool MayRehash() const { return true; }
@@ -42,6 +43,7 @@ struct SHashSetFields
 {
     using TKey = K;
     using TElement = const K;
+    using TMapped = void;
 
     static const K& KeyOf(const K& key) { return key; }
     bool MayRehash() const { return !m_bNoRehash; }

@@ -16,9 +16,18 @@
 // standard library have one here. A class without an overload is rejected by the compiler. If its bytes alone
 // distinguish two keys, its HashKey may return HashBytes(&key, sizeof(key)); a class with pointers or views to what it
 // compares must not.
+//
+// A policy may ask for more by member types, whatever they name:
+//
+// - IsTransparent: look-ups take every argument that does not convert to the key and that Hash and Equals (with the key
+//   first) accept. Such an argument must have the hash of the keys that it equals. The default policies have it: they
+//   accept characters for ZString keys.
+// - MovesOnGrowth: a rehash moves keys and values instead of copying them, for values that are dear to copy.
+//   TMovesOnGrowth adds it to a policy: THashMap<K, V, TMovesOnGrowth<TDefaultHashMapPolicy<K, V>>>.
 #pragma once
 
 #include "core/containers/hashbytes.h"
+#include "core/containers/lookup.h"
 
 #include <type_traits>
 
@@ -26,15 +35,6 @@ namespace kx::detail
 {
 template <class K>
 concept CScalarKey = std::is_integral_v<K> || std::is_enum_v<K> || std::is_pointer_v<K>;
-
-// A std::basic_string or std::basic_string_view of char, without the cost of their headers.
-template <class K>
-concept CStandardString = requires(const K& key, typename K::traits_type* pTraits, const char* pChars)
-{
-    pTraits->eq(*key.data(), *pChars);
-    pChars = key.data();
-    key.size();
-};
 
 template <class K, class... TCharacters>
 constexpr bool PointsAtOneOf()
@@ -65,6 +65,8 @@ namespace kx::detail
 template <class K>
 struct TDefaultHashPolicy
 {
+    using IsTransparent = void;
+
     static uint32 Hash(const K& key)
     {
         static_assert(!CCharacterPointer<K>,
@@ -80,8 +82,27 @@ struct TDefaultHashPolicy
     }
 
     static bool Equals(const K& first, const K& second) { return first == second; }
+
+    template <CTextFor<K> TText>
+    static uint32 Hash(const TText& text)
+    {
+        const ZLookUpText characters(text);
+        return ::HashBytes(characters.Chars(), characters.Length());
+    }
+    template <CTextFor<K> TText>
+    static bool Equals(const K& key, const TText& text)
+    {
+        return ZLookUpText(text) == key;
+    }
 };
 } // namespace kx::detail
+
+/// A policy whose containers move their elements when they grow.
+template <class TPolicy>
+struct TMovesOnGrowth : TPolicy
+{
+    using MovesOnGrowth = void;
+};
 
 /// The default policy of a map.
 template <class K, class V>

@@ -21,7 +21,8 @@
 // - A whole table takes two allocations, an element takes none. Chains and nodes can be copied as they are, because an
 //   index means the same in any array.
 // - It grows when it is full, to one and a half times the buckets: 4, 6, 9, 13, 19, 28, 42, 63, 94, 141, ... Growth
-//   copies the elements and destroys the old ones, even if they could be moved.
+//   copies the elements and destroys the old ones, even if they could be moved. It moves those that can only be moved,
+//   and all if the policy has a member type MovesOnGrowth.
 // - The iteration order is predictable: by bucket, and within a bucket by chain. It depends on the history of
 //   insertions, and growth changes it.
 // - Iterators point at the container, so moving a container away invalidates them. Rehash, growth, Clear and assignment
@@ -31,9 +32,13 @@
 #pragma once
 
 #include "core/containers/hashiterator.h"
+#include "core/containers/keyedresults.h"
+#include "core/containers/keyvaluebindings.h"
 #include "core/containers/lifetime.h"
+#include "core/containers/lookup.h"
 #include "core/memory/memorymanager.h"
 
+#include <concepts>
 #include <cstddef>
 #include <cstring>
 #include <type_traits>
@@ -51,6 +56,8 @@ protected:
     using TKey = typename TFields::TKey;
     using TElement = typename TFields::TElement;
     using TNode = SHashNode<std::remove_const_t<TElement>>;
+    using TMapped = typename TFields::TMapped;
+    static constexpr bool kIsMap = !std::is_void_v<TMapped>;
 
 public:
     /// The names that generic code expects.
@@ -79,8 +86,6 @@ public:
                           && offsetof(TFields, m_nFreeHead) == offsetof(TFields, m_nSize) + 4
                           && offsetof(TFields, m_nBucketCount) == offsetof(TFields, m_nFreeHead) + 4,
                       "the fields are the layout that type descriptions and debugger views rely on");
-        static_assert(std::is_copy_constructible_v<value_type>,
-                      "a hash container copies elements in; keep what can only be moved in a TArray");
         ReleaseAll();
     }
 
@@ -92,6 +97,7 @@ public:
     {
         if (this == &other)
             return *this;
+        detail::RequireCopies<value_type>();
         Clear();
         Rehash(other.m_nBucketCount);
         // The number of buckets is the same, so every key has the same bucket in both containers.
@@ -144,6 +150,64 @@ public:
     /// Returns whether there is an element with the key. Constant on average.
     [[nodiscard]] bool Contains(const TKey& key) const { return Find(key) != End(); }
 
+    /// Return the value of the element that Find finds, or null if there is none. Maps only.
+    [[nodiscard]] TMapped* TryGet(const TKey& key) KX_LIFETIMEBOUND requires kIsMap { return ValueOrNull(Find(key)); }
+    [[nodiscard]] const TMapped* TryGet(const TKey& key) const KX_LIFETIMEBOUND requires kIsMap
+    {
+        return ValueOrNull(Find(key));
+    }
+
+    /// Look up by an argument of another class that the policy accepts, without making a key; see hashpolicy.h.
+    template <CHashesAs<TKey, TPolicy> TOther>
+    [[nodiscard]] iterator Find(const TOther& key) KX_LIFETIMEBOUND
+    {
+        return FindAs<iterator>(key);
+    }
+    template <CHashesAs<TKey, TPolicy> TOther>
+    [[nodiscard]] const_iterator Find(const TOther& key) const KX_LIFETIMEBOUND
+    {
+        return FindAs<const_iterator>(key);
+    }
+    template <CHashesAs<TKey, TPolicy> TOther>
+    [[nodiscard]] bool Contains(const TOther& key) const
+    {
+        return Find(key) != End();
+    }
+    template <CHashesAs<TKey, TPolicy> TOther>
+    [[nodiscard]] TMapped* TryGet(const TOther& key) KX_LIFETIMEBOUND requires kIsMap
+    {
+        return ValueOrNull(Find(key));
+    }
+    template <CHashesAs<TKey, TPolicy> TOther>
+    [[nodiscard]] const TMapped* TryGet(const TOther& key) const KX_LIFETIMEBOUND requires kIsMap
+    {
+        return ValueOrNull(Find(key));
+    }
+    template <CHashesAs<TKey, TPolicy> TOther>
+    bool Remove(const TOther& key) requires(!bMulti)
+    {
+        return RemoveFirst(key);
+    }
+
+    /// Returns the elements with the key, in iteration order. Constant on average, and linear in their number.
+    [[nodiscard]] TIteratorRange<iterator> EqualRange(const TKey& key) KX_LIFETIMEBOUND
+    {
+        return {Find(key), PastEquals(Find(key), key)};
+    }
+    [[nodiscard]] TIteratorRange<const_iterator> EqualRange(const TKey& key) const KX_LIFETIMEBOUND
+    {
+        return {Find(key), PastEquals(Find(key), key)};
+    }
+
+    /// Returns the number of elements with the key. Constant on average, and linear in that number.
+    [[nodiscard]] uint32 Count(const TKey& key) const
+    {
+        uint32 nCount = 0;
+        for ([[maybe_unused]] const value_type& element : EqualRange(key))
+            ++nCount;
+        return nCount;
+    }
+
     /// Removes the element at pos and returns an iterator to the element that followed.
     /// Destroys the value before the key. The next insertion reuses the node. Triggers the debug break for End() and
     /// for an element that is not in this container. Constant on average, apart from the search for the next bucket in
@@ -159,17 +223,66 @@ public:
         RemoveNode(pLink, *pNode);
         return next;
     }
+    template <std::same_as<const_iterator> TConst>
+    iterator Erase(TConst pos) requires(!std::same_as<iterator, const_iterator>)
+    {
+        detail::BreakUnless(m_pBuckets != nullptr && pos != std::as_const(*this).End());
+        TElement& element = const_cast<TElement&>(*pos);
+        return Erase(iterator(detail::PointerTo(element), Table(), BucketOf(TFields::KeyOf(element))));
+    }
 
     /// Removes the element with the key; returns false if there is none. Constant on average.
-    bool Remove(const TKey& key) requires(!bMulti)
+    bool Remove(const TKey& key) requires(!bMulti) { return RemoveFirst(key); }
+
+    /// Removes all elements with the key and returns their number. The key must not be that of one of them.
+    uint32 RemoveAll(const TKey& key)
     {
-        if (m_pBuckets == nullptr)
-            return false;
-        uint32* pLink = FindKey(BucketOf(key), key);
-        if (*pLink == kHashNone)
-            return false;
-        RemoveNode(pLink, m_pNodes[*pLink]);
-        return true;
+        const uint32 nOldSize = m_nSize;
+        while (RemoveFirst(key))
+        {
+        }
+        return nOldSize - m_nSize;
+    }
+
+    /// Removes the elements for which the predicate is true and returns their number.
+    /// Calls predicate(const element) once for each, in iteration order; it must not throw. Linear in the buckets.
+    template <class TPredicate>
+    uint32 EraseIf(TPredicate predicate)
+    {
+        const uint32 nOldSize = m_nSize;
+        for (uint32 nBucket = 0; nBucket < m_nBucketCount; ++nBucket)
+        {
+            for (uint32* pLink = &m_pBuckets[nBucket]; *pLink != kHashNone;)
+            {
+                TNode& node = m_pNodes[*pLink];
+                if (predicate(std::as_const(node.m_element)))
+                    RemoveNode(pLink, node);
+                else
+                    pLink = &node.m_nNext;
+            }
+        }
+        return nOldSize - m_nSize;
+    }
+
+    /// Exchanges the elements of two containers, in constant time.
+    /// No element is touched, so references stay valid; all iterators become invalid.
+    void Swap(THashTable& other) { std::swap(static_cast<TFields&>(*this), static_cast<TFields&>(other)); }
+
+    /// Returns whether both hold the same elements, in any order: keys by the policy, values by ==.
+    /// Linear on average; with repeated keys, each costs the square of its number.
+    [[nodiscard]] friend bool
+    operator==(const THashTable& first, const THashTable& second) requires(!kIsMap || std::equality_comparable<TMapped>)
+    {
+        return first.m_nSize == second.m_nSize && SameElements(first, second);
+    }
+
+    /// Ensures that nCount elements fit without growth; returns how many do.
+    /// Rehashes to exactly that many buckets if there are fewer, else does nothing.
+    uint32 Reserve(uint32 nCount)
+    {
+        if (nCount > m_nBucketCount)
+            Rehash(nCount);
+        return m_nBucketCount;
     }
 
     /// Destroys the elements in iteration order, each value before its key. Keeps both arrays.
@@ -184,7 +297,7 @@ public:
         m_nSize = 0;
     }
 
-    /// Copies the elements into new arrays of nCount buckets and nodes.
+    /// Copies the elements into new arrays of nCount buckets and nodes, or moves them as the head of this file says.
     /// There are at least 4 buckets and nodes, or no arrays for 0. The arrays are new even if the count stays the same.
     /// Triggers the debug break in a set whose m_bNoRehash is set, and after that for a count below Size().
     ///
@@ -193,23 +306,7 @@ public:
     /// together. Finally releases the old node array, then the old bucket array.
     void Rehash(uint32 nCount)
     {
-        detail::BreakUnless(TFields::MayRehash());
-        detail::BreakUnless(m_nSize <= nCount);
-        const TFields old = *this;
-        m_nFreeHead = kHashNone;
-        AllocateArrays(nCount);
-        uint32 nIndex = 0;
-        ForEachNode(old,
-                    [&](TNode& node, uint32)
-                    {
-                        TNode& copy = m_pNodes[nIndex];
-                        detail::ConstructAt(detail::PointerTo(copy.m_element), std::as_const(node.m_element));
-                        uint32& nHead = m_pBuckets[BucketOf(TFields::KeyOf(copy.m_element))];
-                        copy.m_nNext = std::exchange(nHead, nIndex++);
-                        detail::DestroyAt(detail::PointerTo(node.m_element));
-                    });
-        Release(old.m_pNodes);
-        Release(old.m_pBuckets);
+        RehashAfter(nCount, [](TNode*) {});
     }
 
     /// Returns whether the invariants hold. For tests and debugging; linear.
@@ -260,6 +357,7 @@ protected:
     template <class... TValues>
     iterator InsertElement(const TKey& key, const TValues&... values)
     {
+        detail::RequireCopies<value_type>();
         const uint32 nHash = HashOf(key);
         if (m_pBuckets == nullptr) [[unlikely]]
             return InsertGrowing(nHash, key, values...);
@@ -276,6 +374,45 @@ protected:
         if (m_nBucketCount < m_nSize + 1) [[unlikely]]
             return InsertGrowing(nHash, key, values...);
         return AddNode(nBucket, key, values...);
+    }
+
+    // Inserts an element constructed from args unless there is one with the key, which may be one of the args.
+    template <class TOther, class... TArgs>
+    TEmplaced<iterator> EmplaceUnlessFound(const TOther& key, TArgs&&... args)
+    {
+        const uint32 nHash = HashOf(key);
+        if (m_pBuckets != nullptr)
+        {
+            const uint32 nBucket = nHash % m_nBucketCount;
+            if (const uint32 nFound = *FindKey(nBucket, key); nFound != kHashNone)
+                return {{detail::PointerTo(m_pNodes[nFound].m_element), Table(), nBucket}, false};
+        }
+        return {EmplaceNew(nHash, std::forward<TArgs>(args)...), true};
+    }
+
+    // Adds an element constructed from args, which may be stored in elements of this container.
+    template <class... TArgs>
+    iterator EmplaceNew(uint32 nHash, TArgs&&... args)
+    {
+        const auto construct = [&](TNode& node)
+        {
+            if constexpr (kIsMap)
+                detail::ConstructAt(detail::PointerTo(node.m_element), SInPlace(), std::forward<TArgs>(args)...);
+            else
+                detail::ConstructAt(detail::PointerTo(node.m_element), std::forward<TArgs>(args)...);
+        };
+        uint32 nIndex = m_nSize;
+        if (m_nBucketCount < m_nSize + 1) [[unlikely]]
+            RehashAfter(GrownBucketCount(), [&](TNode* pNodes) { construct(pNodes[nIndex]); });
+        else
+            construct(m_pNodes[nIndex = TakeNode()]);
+        return LinkNode(nHash % m_nBucketCount, nIndex);
+    }
+
+    template <class TOther>
+    static uint32 HashOf(const TOther& key) noexcept
+    {
+        return TPolicy::Hash(key);
     }
 
 private:
@@ -311,13 +448,52 @@ private:
         std::uintptr_t m_nNewOffset = 0;
     };
 
+    // Does what Rehash does. In between, construct(new nodes) may construct an element after those that move there: the
+    // old elements are still intact.
+    template <class TConstruct>
+    void RehashAfter(uint32 nCount, TConstruct construct)
+    {
+        detail::BreakUnless(TFields::MayRehash());
+        detail::BreakUnless(m_nSize <= nCount);
+        const TFields old = *this;
+        m_nFreeHead = kHashNone;
+        AllocateArrays(nCount);
+        construct(m_pNodes);
+        uint32 nIndex = 0;
+        ForEachNode(old,
+                    [&](TNode& node, uint32)
+                    {
+                        TNode& copy = m_pNodes[nIndex];
+                        Transfer(copy, node);
+                        uint32& nHead = m_pBuckets[BucketOf(TFields::KeyOf(copy.m_element))];
+                        copy.m_nNext = std::exchange(nHead, nIndex++);
+                        detail::DestroyAt(detail::PointerTo(node.m_element));
+                    });
+        Release(old.m_pNodes);
+        Release(old.m_pBuckets);
+    }
+
+    static void Transfer(TNode& to, TNode& from)
+    {
+        auto* pTo = detail::PointerTo(to.m_element);
+        constexpr bool bMoves = !std::is_copy_constructible_v<value_type> || requires
+        {
+            typename TPolicy::MovesOnGrowth;
+        };
+        if constexpr (!bMoves)
+            detail::ConstructAt(pTo, std::as_const(from.m_element));
+        else if constexpr (kIsMap)
+            detail::ConstructAt(pTo, SRelocate(), from.m_element);
+        else
+            detail::ConstructAt(pTo, std::move(from.m_element));
+    }
+
     template <class... TArgs>
     KX_NOINLINE iterator InsertGrowing(uint32 nHash, const TArgs&... args)
     {
         const auto growAndAdd = [this, nHash](const auto&... arguments)
         {
-            const uint32 nGrown = (m_nBucketCount * 3) >> 1;
-            Rehash(nGrown != 0 ? nGrown : kFewestBuckets);
+            Rehash(GrownBucketCount());
             return AddNode(nHash % m_nBucketCount, arguments.In(*this)...);
         };
         return growAndAdd(SArgument<TArgs>(*this, args)...);
@@ -331,6 +507,13 @@ private:
         const uint32 nIndex = TakeNode();
         TNode& node = m_pNodes[nIndex];
         detail::ConstructAt(detail::PointerTo(node.m_element), args...);
+        return LinkNode(nBucket, nIndex);
+    }
+
+    // Links a node whose element has just been constructed.
+    iterator LinkNode(uint32 nBucket, uint32 nIndex)
+    {
+        TNode& node = m_pNodes[nIndex];
         uint32* pLink = &m_pBuckets[nBucket];
         if constexpr (bMulti)
         {
@@ -341,6 +524,12 @@ private:
         node.m_nNext = std::exchange(*pLink, nIndex);
         ++m_nSize;
         return {detail::PointerTo(node.m_element), Table(), nBucket};
+    }
+
+    uint32 GrownBucketCount() const
+    {
+        const uint32 nGrown = (m_nBucketCount * 3) >> 1;
+        return nGrown != 0 ? nGrown : kFewestBuckets;
     }
 
     uint32 TakeNode()
@@ -371,15 +560,18 @@ private:
         return pLink;
     }
 
-    uint32* FindKey(uint32 nBucket, const TKey& key) const noexcept
+    template <class TOther>
+    uint32* FindKey(uint32 nBucket, const TOther& key) const noexcept
     {
         return FindLink(nBucket,
                         [&key](const TNode& node) { return TPolicy::Equals(TFields::KeyOf(node.m_element), key); });
     }
 
-    static uint32 HashOf(const TKey& key) noexcept { return TPolicy::Hash(key); }
-
-    uint32 BucketOf(const TKey& key) const { return HashOf(key) % m_nBucketCount; }
+    template <class TOther>
+    uint32 BucketOf(const TOther& key) const
+    {
+        return HashOf(key) % m_nBucketCount;
+    }
 
     const uint32* Table() const { return &m_nBucketCount; }
 
@@ -392,8 +584,8 @@ private:
         return {pFirst, Table(), nBucket};
     }
 
-    template <class TIterator>
-    TIterator FindAs(const TKey& key) const
+    template <class TIterator, class TOther>
+    TIterator FindAs(const TOther& key) const
     {
         if (m_pBuckets == nullptr)
             return {nullptr, Table(), kHashNone};
@@ -402,6 +594,56 @@ private:
         if (nFound == kHashNone)
             return {nullptr, Table(), kHashNone};
         return {detail::PointerTo(m_pNodes[nFound].m_element), Table(), nBucket};
+    }
+
+    template <class TIterator>
+    TIterator PastEquals(TIterator pos, const TKey& key) const noexcept
+    {
+        while (pos != TIterator() && TPolicy::Equals(TFields::KeyOf(*pos), key))
+            ++pos;
+        return pos;
+    }
+
+    template <class TIterator>
+    static auto* ValueOrNull(TIterator pos)
+    {
+        return pos != TIterator() ? detail::PointerTo(pos->Value()) : nullptr;
+    }
+
+    template <class TOther>
+    bool RemoveFirst(const TOther& key)
+    {
+        if (m_pBuckets == nullptr)
+            return false;
+        uint32* pLink = FindKey(BucketOf(key), key);
+        if (*pLink == kHashNone)
+            return false;
+        RemoveNode(pLink, m_pNodes[*pLink]);
+        return true;
+    }
+
+    // Whether each element of the first container is as often in the second one.
+    static bool SameElements(const THashTable& first, const THashTable& second) noexcept
+    {
+        for (const value_type& element : first)
+        {
+            if (CountOf(first, element) != CountOf(second, element))
+                return false;
+        }
+        return true;
+    }
+
+    static uint32 CountOf(const THashTable& table, const value_type& element)
+    {
+        uint32 nCount = 0;
+        for ([[maybe_unused]] const value_type& other : table.EqualRange(TFields::KeyOf(element)))
+        {
+            if constexpr (kIsMap)
+                nCount += other.Value() == element.Value();
+            else
+                ++nCount;
+        }
+        return nCount;
     }
 
     // Calls function(node, bucket) for each live node in iteration order. The function may destroy the element.

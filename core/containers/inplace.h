@@ -10,6 +10,11 @@ struct SInPlace
 {
 };
 
+/// Selects the constructor of a pair that moves from the pair that follows.
+struct SRelocate
+{
+};
+
 /// Returns an element constructed from the arguments, which are the members of an aggregate.
 /// The braces are for compilers that cannot initialise an aggregate with parentheses.
 template <class T, class... TArgs>

@@ -64,13 +64,18 @@ public:
 
     /// Returns the value of the key; inserts V() as its value if the key is missing.
     /// So reading through this operator changes the map. Logarithmic. A new key costs one allocation and two copies of
-    /// key and value, one of them for a temporary pair.
+    /// key and value, one of them for a temporary pair. If these can only be moved, they are constructed in place.
     V& operator[](const K& key) KX_LIFETIMEBOUND requires std::default_initializable<V>
     {
-        typename TMap::SSearchPath path;
-        if (auto* pNode = this->template FindNode<true>(key, path))
-            return pNode->m_Element.Value();
-        return this->InsertMissing(MakePair(key, MakeValue()), path)->Value();
+        if constexpr (!std::is_copy_constructible_v<Pair>)
+            return Emplace(key).m_pos->Value();
+        else
+        {
+            typename TMap::SSearchPath path;
+            if (auto* pNode = this->template FindNode<true>(key, path))
+                return pNode->m_Element.Value();
+            return this->InsertMissing(MakePair(key, MakeValue()), path)->Value();
+        }
     }
 
     /// Returns the value of the key, in logarithmic time.
@@ -78,14 +83,7 @@ public:
     const V& operator[](const K& key) const KX_LIFETIMEBOUND
     {
         const auto pos = this->Find(key);
-        if (pos == this->End()) [[unlikely]]
-        {
-            kx::detail::BreakUnless(false);
-            // Read from a volatile, so that the compiler does not see that the reference is null.
-            const V* volatile pNone = nullptr;
-            return *pNone;
-        }
-        return pos->Value();
+        return pos != this->End() ? pos->Value() : kx::detail::BreakForMissingKey<V>();
     }
 
     /// Returns the value of the key, or defaultValue if the key is missing. Logarithmic.
@@ -112,6 +110,27 @@ public:
         if (auto* pNode = this->template FindNode<true>(pair.Key(), path))
             return Assign(pNode, pair.Value());
         return this->InsertMissing(pair, path);
+    }
+
+    /// Inserts the key with a value that is constructed from the other arguments, unless the key exists; says which.
+    /// An existing element is left unchanged, and nothing is moved from. Logarithmic. A new key costs one allocation,
+    /// and no copy or move but those asked for. An argument that compares with the keys becomes a key only if it is
+    /// new.
+    template <class... TArgs>
+    TEmplaced<TTreeIterator<Pair>> Emplace(const K& key, TArgs&&... args)
+    {
+        return this->EmplaceUnlessFound(key, kx::detail::SInPlace(), key, std::forward<TArgs>(args)...);
+    }
+    template <class... TArgs>
+    TEmplaced<TTreeIterator<Pair>> Emplace(K&& key, TArgs&&... args)
+    {
+        return this->EmplaceUnlessFound(key, kx::detail::SInPlace(), std::move(key), std::forward<TArgs>(args)...);
+    }
+    template <kx::detail::CComparesWith<K> TOther, class... TArgs>
+    TEmplaced<TTreeIterator<Pair>> Emplace(const TOther& key, TArgs&&... args)
+    {
+        return this->EmplaceUnlessFound(kx::detail::LookUpKey<K>(key), kx::detail::SInPlace(), key,
+                                        std::forward<TArgs>(args)...);
     }
 
     /// Returns an enumerator that starts before the first value.
@@ -174,4 +193,18 @@ class TMultiMap : public TRedBlackTree<TKeyValuePair<K, V>>
 {
 public:
     using TRedBlackTree<TKeyValuePair<K, V>>::TRedBlackTree;
+
+    /// Inserts the key with a value that is constructed from the other arguments, and returns an iterator to the
+    /// element. The element goes before those with the same key. Makes one allocation, and no copy or move but those
+    /// asked for.
+    template <class... TArgs>
+    TTreeIterator<TKeyValuePair<K, V>> Emplace(const K& key, TArgs&&... args)
+    {
+        return this->EmplaceNew(kx::detail::SInPlace(), key, std::forward<TArgs>(args)...);
+    }
+    template <class... TArgs>
+    TTreeIterator<TKeyValuePair<K, V>> Emplace(K&& key, TArgs&&... args)
+    {
+        return this->EmplaceNew(kx::detail::SInPlace(), std::move(key), std::forward<TArgs>(args)...);
+    }
 };

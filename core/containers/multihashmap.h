@@ -31,4 +31,22 @@ public:
     /// Constant on average, however often the key exists; a full table grows first. Key and value may be stored in
     /// elements of this container.
     typename TMultiHashMap::iterator Insert(const K& key, const V& value) { return this->InsertElement(key, value); }
+    typename TMultiHashMap::iterator Insert(const TKeyValuePair<K, V>& pair)
+    {
+        return Insert(pair.Key(), pair.Value());
+    }
+
+    /// Inserts the key with a value that is constructed from the other arguments, and returns an iterator to the
+    /// element. The element takes the place that Insert gives it, and no copy or move but those asked for, apart from
+    /// growth. The arguments may be stored in elements of this container.
+    template <class... TArgs>
+    typename TMultiHashMap::iterator Emplace(const K& key, TArgs&&... args)
+    {
+        return this->EmplaceNew(this->HashOf(key), key, std::forward<TArgs>(args)...);
+    }
+    template <class... TArgs>
+    typename TMultiHashMap::iterator Emplace(K&& key, TArgs&&... args)
+    {
+        return this->EmplaceNew(this->HashOf(key), std::move(key), std::forward<TArgs>(args)...);
+    }
 };

@@ -24,17 +24,22 @@
 //   is the address of m_nSize, read as that of an element. It must not be dereferenced. If a Swap or a move takes the
 //   elements elsewhere, End() stays with its tree object.
 // - There is no comparator and no allocator parameter. The order is operator<. Memory comes from GetNormalAllocator(),
-//   looked up for each allocation and each release. Iteration is forward only.
+//   looked up for each allocation and each release.
 // - The first node is not cached: Begin() is a descent.
-// - Elements are copied in. None is moved, and none changes its address while it is in a tree.
+// - Insert copies elements in; Emplace constructs them in place. None changes its address while it is in a tree.
 // - A violated precondition triggers the debug break; see kx::detail::BreakUnless.
 //
 // Iterators and enumerators stay valid until their own element is removed. The size must stay below 2^31.
 #pragma once
 
+#include "core/containers/comparewalks.h"
+#include "core/containers/keyedresults.h"
+#include "core/containers/keyvaluebindings.h"
 #include "core/containers/keyvaluepair.h"
 #include "core/containers/lifetime.h"
+#include "core/containers/lookup.h"
 #include "core/containers/nodeiterator.h"
+#include "core/containers/reverseiterator.h"
 #include "core/memory/memorymanager.h"
 
 #include <cstddef>
@@ -79,6 +84,24 @@ struct SRedBlackTreeLinks
         }
         return pParent != nullptr ? pParent : pNode;
     }
+
+    /// Returns the in-order predecessor, by the circle of Next: the header precedes the first node.
+    static SRedBlackTreeLinks* Previous(SRedBlackTreeLinks* pNode)
+    {
+        if (SRedBlackTreeLinks* pPrevious = pNode->m_pChild[0])
+        {
+            while (pPrevious->m_pChild[1] != nullptr)
+                pPrevious = pPrevious->m_pChild[1];
+            return pPrevious;
+        }
+        SRedBlackTreeLinks* pParent = pNode->m_pParent;
+        while (pParent != nullptr && pParent->m_pChild[1] != pNode)
+        {
+            pNode = pParent;
+            pParent = pNode->m_pParent;
+        }
+        return pParent != nullptr ? pParent : pNode;
+    }
 };
 } // namespace kx::detail
 
@@ -88,6 +111,11 @@ struct SRedBlackTreeNode : kx::detail::SRedBlackTreeLinks
 {
     /// Leaves the links uninitialised; InsertNode and the copying of trees set them.
     explicit SRedBlackTreeNode(const T& value) noexcept : m_Element(value) {}
+    template <class... TArgs>
+    explicit SRedBlackTreeNode(kx::detail::SInPlace, TArgs&&... args) noexcept
+        : m_Element(kx::detail::MakeElement<T>(static_cast<TArgs&&>(args)...))
+    {
+    }
 
     T m_Element;
 };
@@ -108,9 +136,9 @@ KX_API void RemoveNode(SRedBlackTreeLinks* pNode, const SRedBlackTreeLinks* pHea
 KX_API bool ValidateNodes(const SRedBlackTreeLinks* pHeader, int32 nSize);
 } // namespace kx::detail
 
-/// A forward iterator; see kx::detail::TNodeIterator.
-/// ++ leads from the last element to End() and from there to the first one, in amortised constant time. An element of a
-/// set may be changed only in ways that keep its place in the order.
+/// A bidirectional iterator; see kx::detail::TNodeIterator.
+/// ++ leads from the last element to End() and from there to the first one, -- the other way, in amortised constant
+/// time. An element of a set may be changed only in ways that keep its place in the order.
 template <class T>
 using TTreeIterator = kx::detail::TNodeIterator<T, kx::detail::SRedBlackTreeLinks>;
 
@@ -130,6 +158,7 @@ template <class T>
 struct TTreeKey
 {
     using Type = T;
+    using TMapped = void;
     static const T& Of(const T& element) { return element; }
 };
 
@@ -137,6 +166,7 @@ template <class K, class V>
 struct TTreeKey<TKeyValuePair<K, V>>
 {
     using Type = K;
+    using TMapped = V;
     static const K& Of(const TKeyValuePair<K, V>& pair) { return pair.Key(); }
 };
 
@@ -147,6 +177,8 @@ class TOrderedTree
 {
     using Links = SRedBlackTreeLinks;
     using Node = SRedBlackTreeNode<T>;
+    using TMapped = typename TTreeKey<T>::TMapped;
+    static constexpr bool kIsMap = !std::is_void_v<TMapped>;
 
 public:
     /// The names that generic code expects.
@@ -171,8 +203,6 @@ protected:
     ~TOrderedTree()
     {
         constexpr std::uintptr_t kOffset = kElementOffset<T, Links>;
-        static_assert(std::is_copy_constructible_v<T>,
-                      "an ordered container copies elements in; keep what can only be moved in a TArray");
         static_assert(
             requires(const key_type& first, const key_type& second) { first < second; },
             "an ordered container compares by operator<: declare one beside the class of the element or map key");
@@ -220,6 +250,12 @@ public:
     [[nodiscard]] const_iterator begin() const KX_LIFETIMEBOUND { return Begin(); }
     [[nodiscard]] const_iterator end() const KX_LIFETIMEBOUND { return End(); }
 
+    /// Return iterators for walking backwards: to the last element, and past the first one.
+    [[nodiscard]] auto rbegin() KX_LIFETIMEBOUND { return TReverseIterator<iterator>(End()); }
+    [[nodiscard]] auto rend() KX_LIFETIMEBOUND { return TReverseIterator<iterator>(Begin()); }
+    [[nodiscard]] auto rbegin() const KX_LIFETIMEBOUND { return TReverseIterator<const_iterator>(End()); }
+    [[nodiscard]] auto rend() const KX_LIFETIMEBOUND { return TReverseIterator<const_iterator>(Begin()); }
+
     /// Returns an enumerator that starts before the first element.
     [[nodiscard]] TTreeEnumerator<T> GetEnumerator() KX_LIFETIMEBOUND { return {End().Address(), End().Address()}; }
     [[nodiscard]] TTreeEnumerator<const T> GetEnumerator() const KX_LIFETIMEBOUND
@@ -236,6 +272,58 @@ public:
         return PositionOf(FindOrHeader(key));
     }
 
+    /// Look up by an argument of another class that compares with the keys, without making a key; see lookup.h.
+    template <CComparesWith<key_type> TOther>
+    [[nodiscard]] iterator Find(const TOther& key) KX_LIFETIMEBOUND
+    {
+        return PositionOf(FindOrHeader(detail::LookUpKey<key_type>(key)));
+    }
+    template <CComparesWith<key_type> TOther>
+    [[nodiscard]] const_iterator Find(const TOther& key) const KX_LIFETIMEBOUND
+    {
+        return PositionOf(FindOrHeader(detail::LookUpKey<key_type>(key)));
+    }
+    template <CComparesWith<key_type> TOther>
+    [[nodiscard]] bool Contains(const TOther& key) const
+    {
+        return FindOrHeader(detail::LookUpKey<key_type>(key)) != Header();
+    }
+    template <CComparesWith<key_type> TOther>
+    [[nodiscard]] iterator LowerBound(const TOther& key) KX_LIFETIMEBOUND
+    {
+        return PositionOf(FindLowerBound(detail::LookUpKey<key_type>(key)));
+    }
+    template <CComparesWith<key_type> TOther>
+    [[nodiscard]] const_iterator LowerBound(const TOther& key) const KX_LIFETIMEBOUND
+    {
+        return PositionOf(FindLowerBound(detail::LookUpKey<key_type>(key)));
+    }
+    template <CComparesWith<key_type> TOther>
+    bool Remove(const TOther& key)
+    {
+        return RemoveNodeUnlessHeader(FindOrHeader(detail::LookUpKey<key_type>(key)));
+    }
+
+    /// Return the value of the element that Find finds, or null if there is none. Maps only.
+    [[nodiscard]] TMapped* TryGet(const key_type& key) KX_LIFETIMEBOUND requires kIsMap
+    {
+        return ValueOrNull(FindOrHeader(key));
+    }
+    [[nodiscard]] const TMapped* TryGet(const key_type& key) const KX_LIFETIMEBOUND requires kIsMap
+    {
+        return ValueOrNull(FindOrHeader(key));
+    }
+    template <CComparesWith<key_type> TOther>
+    [[nodiscard]] TMapped* TryGet(const TOther& key) KX_LIFETIMEBOUND requires kIsMap
+    {
+        return ValueOrNull(FindOrHeader(detail::LookUpKey<key_type>(key)));
+    }
+    template <CComparesWith<key_type> TOther>
+    [[nodiscard]] const TMapped* TryGet(const TOther& key) const KX_LIFETIMEBOUND requires kIsMap
+    {
+        return ValueOrNull(FindOrHeader(detail::LookUpKey<key_type>(key)));
+    }
+
     /// Returns whether there is an element with the key, searching as Find does.
     [[nodiscard]] bool Contains(const key_type& key) const { return FindOrHeader(key) != Header(); }
 
@@ -245,6 +333,32 @@ public:
     [[nodiscard]] const_iterator LowerBound(const key_type& key) const KX_LIFETIMEBOUND
     {
         return PositionOf(FindLowerBound(key));
+    }
+
+    /// Returns an iterator to the first element in order that is greater than the key, or End(). Logarithmic.
+    [[nodiscard]] iterator UpperBound(const key_type& key) KX_LIFETIMEBOUND { return PositionOf(FindUpperBound(key)); }
+    [[nodiscard]] const_iterator UpperBound(const key_type& key) const KX_LIFETIMEBOUND
+    {
+        return PositionOf(FindUpperBound(key));
+    }
+
+    /// Returns the elements with the key, which are in order newest first. Logarithmic.
+    [[nodiscard]] TIteratorRange<iterator> EqualRange(const key_type& key) KX_LIFETIMEBOUND
+    {
+        return {LowerBound(key), UpperBound(key)};
+    }
+    [[nodiscard]] TIteratorRange<const_iterator> EqualRange(const key_type& key) const KX_LIFETIMEBOUND
+    {
+        return {LowerBound(key), UpperBound(key)};
+    }
+
+    /// Returns the number of elements with the key. Logarithmic, and linear in that number.
+    [[nodiscard]] uint32 Count(const key_type& key) const
+    {
+        uint32 nCount = 0;
+        for ([[maybe_unused]] const T& element : EqualRange(key))
+            ++nCount;
+        return nCount;
     }
 
     /// Removes the element at pos and returns an iterator to the element that followed.
@@ -261,13 +375,45 @@ public:
 
     /// Removes the element that Find finds; returns false if there is none.
     /// Of several elements with the key, one call removes one. Logarithmic.
-    bool Remove(const key_type& key)
+    bool Remove(const key_type& key) { return RemoveNodeUnlessHeader(FindOrHeader(key)); }
+
+    /// Removes all elements with the key and returns their number. The key must not be that of one of them.
+    uint32 RemoveAll(const key_type& key)
     {
-        Links* pNode = FindOrHeader(key);
-        if (pNode == Header())
-            return false;
-        RemoveElement(pNode);
-        return true;
+        const uint32 nOldSize = Size();
+        const TIteratorRange<iterator> range = EqualRange(key);
+        for (iterator pos = range.Begin(); pos != range.End();)
+            pos = Erase(pos);
+        return nOldSize - Size();
+    }
+
+    /// Removes the elements for which the predicate is true and returns their number.
+    /// Calls predicate(const element) once for each, in order; it must not throw. Linear.
+    template <class TPredicate>
+    uint32 EraseIf(TPredicate predicate)
+    {
+        const uint32 nOldSize = Size();
+        for (iterator pos = Begin(); pos != End();)
+        {
+            const iterator current = pos++;
+            if (predicate(std::as_const(*current)))
+                Erase(current);
+        }
+        return nOldSize - Size();
+    }
+
+    /// Returns whether both hold the same elements in the same order: keys by <, and the values of maps by ==. Linear.
+    [[nodiscard]] friend bool operator==(const TOrderedTree& first,
+                                         const TOrderedTree& second) requires(!kIsMap
+                                                                              || std::equality_comparable<TMapped>)
+    {
+        return first.Size() == second.Size() && EqualWalks(first, second);
+    }
+
+    /// Compares the elements of two sets in order; a set that ends first is the lesser one. Linear.
+    [[nodiscard]] friend auto operator<=>(const TOrderedTree& first, const TOrderedTree& second) requires(!kIsMap)
+    {
+        return detail::CompareWalks(first, second);
     }
 
     /// Destroys each element and releases its node: children before parents, left children before right ones.
@@ -324,8 +470,8 @@ protected:
     // every other turn. But insertions often come in ascending order. So with bInserting, there is a branch as long as
     // the path follows the right edge. After that, both children are prefetched, because the balancing will look at the
     // one that is not on the path.
-    template <bool bInserting>
-    Node* FindNode(const key_type& key, SSearchPath& path) const noexcept
+    template <bool bInserting, class TKey>
+    Node* FindNode(const TKey& key, SSearchPath& path) const noexcept
     {
         path = {{Header(), 0}, 0, 0};
         [[maybe_unused]] bool bRightEdge = true;
@@ -358,14 +504,47 @@ protected:
     // searched for.
     iterator InsertNew(const T& value)
     {
+        detail::RequireCopies<T>();
         Node* pNode = CreateNode(value);
         return LinkIn(pNode, FindInsertPosition(TTreeKey<T>::Of(value)));
+    }
+
+    // Inserts an element constructed from args before all equivalent elements.
+    template <class... TArgs>
+    iterator EmplaceNew(TArgs&&... args)
+    {
+        Node* pNode = CreateNode(std::forward<TArgs>(args)...);
+        return LinkIn(pNode, FindInsertPosition(KeyOf(pNode)));
+    }
+
+    // Inserts an element constructed from args unless there is one with the key, which may be one of the args.
+    template <class TKey, class... TArgs>
+    TEmplaced<iterator> EmplaceUnlessFound(const TKey& key, TArgs&&... args)
+    {
+        SSearchPath path;
+        if (Node* pFound = FindNode<true>(key, path))
+            return {PositionOf(pFound), false};
+        return {LinkIn(CreateNode(std::forward<TArgs>(args)...), path.m_position), true};
+    }
+
+    // Constructs an element from args, then inserts it unless there is an equivalent one.
+    template <class... TArgs>
+    TEmplaced<iterator> EmplaceThenFind(TArgs&&... args)
+    {
+        Node* pNode = CreateNode(std::forward<TArgs>(args)...);
+        SSearchPath path;
+        Node* pFound = FindNode<true>(KeyOf(pNode), path);
+        if (pFound == nullptr)
+            return {LinkIn(pNode, path.m_position), true};
+        ReleaseNode(pNode);
+        return {PositionOf(pFound), false};
     }
 
     // Does what InsertNew does, after FindNode took this path and found no element. The search for the place would take
     // the same path again, so only its comparisons are made.
     iterator InsertMissing(const T& value, const SSearchPath& path)
     {
+        detail::RequireCopies<T>();
         Node* pNode = CreateNode(value);
         CompareAlong(path, TTreeKey<T>::Of(value));
         return LinkIn(pNode, path.m_position);
@@ -382,14 +561,16 @@ private:
         return TTreeKey<T>::Of(static_cast<const Node*>(pNode)->m_Element);
     }
 
-    Links* FindOrHeader(const key_type& key) const
+    template <class TKey>
+    Links* FindOrHeader(const TKey& key) const
     {
         SSearchPath path;
         Links* pNode = FindNode<false>(key, path);
         return pNode != nullptr ? pNode : Header();
     }
 
-    Links* FindLowerBound(const key_type& key) const noexcept
+    template <class TKey>
+    Links* FindLowerBound(const TKey& key) const noexcept
     {
         Links* pBound = Header();
         for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr;)
@@ -400,6 +581,42 @@ private:
             pNode = pNode->m_pChild[nSide];
         }
         return pBound;
+    }
+
+    Links* FindUpperBound(const key_type& key) const noexcept
+    {
+        Links* pBound = Header();
+        for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr;)
+        {
+            const uint32 nSide = !(key < KeyOf(pNode));
+            if (nSide == 0)
+                pBound = pNode;
+            pNode = pNode->m_pChild[nSide];
+        }
+        return pBound;
+    }
+
+    auto* ValueOrNull(Links* pNode) const
+    {
+        return pNode != Header() ? detail::PointerTo(static_cast<Node*>(pNode)->m_Element.Value()) : nullptr;
+    }
+
+    static bool EqualWalks(const TOrderedTree& first, const TOrderedTree& second) noexcept
+    {
+        const_iterator other = second.Begin();
+        for (const T& element : first)
+        {
+            if (TTreeKey<T>::Of(element) < TTreeKey<T>::Of(*other)
+                || TTreeKey<T>::Of(*other) < TTreeKey<T>::Of(element))
+                return false;
+            if constexpr (kIsMap)
+            {
+                if (!(element.Value() == other->Value()))
+                    return false;
+            }
+            ++other;
+        }
+        return true;
     }
 
     SInsertPosition FindInsertPosition(const key_type& key) const noexcept
@@ -445,6 +662,14 @@ private:
         return PositionOf(pNode);
     }
 
+    bool RemoveNodeUnlessHeader(Links* pNode)
+    {
+        if (pNode == Header())
+            return false;
+        RemoveElement(pNode);
+        return true;
+    }
+
     void RemoveElement(Links* pNode)
     {
         detail::RemoveNode(pNode, Header());
@@ -453,12 +678,13 @@ private:
     }
 
     // Nodes are aligned as operator new aligns, or more if the element needs it.
-    static Node* CreateNode(const T& value)
+    template <class... TArgs>
+    static Node* CreateNode(TArgs&&... args)
     {
         constexpr std::size_t kAlignment =
             alignof(Node) > __STDCPP_DEFAULT_NEW_ALIGNMENT__ ? alignof(Node) : __STDCPP_DEFAULT_NEW_ALIGNMENT__;
         return detail::ConstructAt(static_cast<Node*>(GetNormalAllocator()->Allocate(sizeof(Node), kAlignment, 0)),
-                                   value);
+                                   SInPlace(), std::forward<TArgs>(args)...);
     }
 
     static void ReleaseNode(Links* pNode) noexcept
@@ -469,6 +695,7 @@ private:
 
     static Links* CopyNode(const Links* pNode, Links* pParent)
     {
+        detail::RequireCopies<T>();
         Links* pCopy = CreateNode(static_cast<const Node*>(pNode)->m_Element);
         *pCopy = {pNode->m_nColor, pParent, {nullptr, nullptr}};
         return pCopy;
@@ -591,6 +818,16 @@ public:
     /// The copy goes before all equivalent elements, so these are in order newest first. Logarithmic. Makes one
     /// allocation and one copy.
     TTreeIterator<T> Insert(const T& value) { return this->InsertNew(value); }
+
+    /// Inserts an element that is constructed from the arguments, as Insert does, and returns an iterator to it.
+    /// Makes one allocation, and no copy or move of the element but the one asked for.
+    TTreeIterator<T> Emplace(const T& value) { return this->EmplaceNew(value); }
+    TTreeIterator<T> Emplace(T&& value) { return this->EmplaceNew(std::move(value)); }
+    template <class... TArgs>
+    TTreeIterator<T> Emplace(TArgs&&... args) requires(!kx::detail::COneThatConverts<T, TArgs...>)
+    {
+        return this->EmplaceNew(std::forward<TArgs>(args)...);
+    }
 
     /// Exchanges the elements of two trees, in constant time.
     /// No element is touched. Iterators to elements stay valid and belong to the other tree afterwards.

@@ -8,6 +8,7 @@
 // The iteration order of such a container differs from process to process too.
 #pragma once
 
+#include "core/containers/lookup.h"
 #include "core/platform/platform.h"
 
 #include <string_view>
@@ -37,6 +38,8 @@ concept CText = std::is_convertible_v<const K&, std::string_view> && !std::is_po
 template <class K>
 struct TSeededHashPolicy
 {
+    using IsTransparent = void;
+
     static uint32 Hash(const K& key)
     {
         static_assert(CText<K> || std::is_integral_v<K> || std::is_enum_v<K>,
@@ -52,6 +55,18 @@ struct TSeededHashPolicy
     }
 
     static bool Equals(const K& first, const K& second) { return first == second; }
+
+    template <CTextFor<K> TText>
+    static uint32 Hash(const TText& text)
+    {
+        const ZLookUpText characters(text);
+        return static_cast<uint32>(::SeededHash(characters.Chars(), characters.Length()));
+    }
+    template <CTextFor<K> TText>
+    static bool Equals(const K& key, const TText& text)
+    {
+        return ZLookUpText(text) == key;
+    }
 };
 } // namespace kx::detail
 

@@ -32,6 +32,23 @@ public:
         return this->InsertMissing(value, path);
     }
 
+    /// Inserts an element that is constructed from the arguments unless an equivalent one exists; says which.
+    /// Logarithmic, with one allocation. From an element itself, it is constructed only if it is new. From other
+    /// arguments, it is constructed first, and destroyed again if it is not new.
+    TEmplaced<TTreeIterator<T>> Emplace(const T& value)
+    {
+        return this->EmplaceUnlessFound(kx::detail::TTreeKey<T>::Of(value), value);
+    }
+    TEmplaced<TTreeIterator<T>> Emplace(T&& value)
+    {
+        return this->EmplaceUnlessFound(kx::detail::TTreeKey<T>::Of(value), std::move(value));
+    }
+    template <class... TArgs>
+    TEmplaced<TTreeIterator<T>> Emplace(TArgs&&... args) requires(!kx::detail::COneThatConverts<T, TArgs...>)
+    {
+        return this->EmplaceThenFind(std::forward<TArgs>(args)...);
+    }
+
     /// Exchanges the elements of two sets, in constant time.
     /// No element is touched. Iterators to elements stay valid and belong to the other set afterwards.
     void Swap(TSet& other) { this->SwapWith(other); }

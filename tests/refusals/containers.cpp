@@ -34,9 +34,18 @@ void Use()
               TList<SMoveOnly> refused(list));
     KX_REFUSE(COPIED_BLOCK_ARRAY_OF_MOVE_ONLY, "and move the container", const TBlockArray<SMoveOnly> array;
               TBlockArray<SMoveOnly> refused(array));
-    KX_REFUSE(SET_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TSet<SMoveOnly> refused);
-    KX_REFUSE(MAP_OF_MOVE_ONLY, "keep what can only be moved in a TArray", TMap<int, SMoveOnly> refused);
-    KX_REFUSE(HASH_MAP_OF_MOVE_ONLY, "keep what can only be moved in a TArray", THashMap<int, SMoveOnly> refused);
+    using MapOfMoveOnly = TMap<int, SMoveOnly>;
+    using HashMapOfMoveOnly = THashMap<int, SMoveOnly>;
+    KX_REFUSE(SET_INSERT_OF_MOVE_ONLY, "bring in what can only be moved by Emplace",
+              TSet<SMoveOnly>().Insert(moveOnly));
+    KX_REFUSE(MAP_INSERT_OF_MOVE_ONLY, "bring in what can only be moved by Emplace",
+              MapOfMoveOnly().Insert(1, moveOnly));
+    KX_REFUSE(HASH_MAP_INSERT_OF_MOVE_ONLY, "bring in what can only be moved by Emplace",
+              HashMapOfMoveOnly().Insert(1, moveOnly));
+    KX_REFUSE(COPIED_MAP_OF_MOVE_ONLY, "and move the container", const MapOfMoveOnly map; MapOfMoveOnly refused(map));
+    KX_REFUSE(COPIED_HASH_MAP_OF_MOVE_ONLY, "and move the container", const HashMapOfMoveOnly map;
+              HashMapOfMoveOnly refused(map));
+    KX_REFUSE(FIND_OF_ANOTHER_TYPE, "no matching (member )?function", THashSet<std::string_view>().Find(5));
     KX_REFUSE(MAX_ARRAY_OF_NONE, "give it room for at least one element", TMaxArray<int, 0> refused);
     KX_REFUSE(SET_WITHOUT_ORDER, "compares by operator<: declare one beside the class of the element",
               TSet<SWide> refused);
