@@ -34,7 +34,7 @@ struct SKey
 
 struct SAddressPolicy
 {
-    static uint32 Hash(const auto& pointer) { return HashKey(pointer.get()); }
+    static uint32 Hash(const auto& pointer) { return HashKey(kx::detail::AddressOf(pointer.get())); }
     static bool Equals(const auto& first, const auto& second) { return first == second; }
 };
 

@@ -35,7 +35,7 @@ auto CompareWalks(const TContainer& first, const TContainer& second) noexcept
     auto other = second.Begin();
     for (; pos != first.End() && other != second.End(); ++pos, ++other)
     {
-        if (const TOrder order = detail::CompareElements(*pos, *other); order != 0)
+        if (const TOrder order = detail::CompareElements(*pos, *other); std::is_neq(order))
             return order;
     }
     return pos != first.End()      ? TOrder(std::strong_ordering::greater)

@@ -476,11 +476,11 @@ private:
     static void Transfer(TNode& to, TNode& from)
     {
         auto* pTo = detail::PointerTo(to.m_element);
-        constexpr bool bMoves = !std::is_copy_constructible_v<value_type> || requires
+        constexpr bool kMoves = !std::is_copy_constructible_v<value_type> || requires
         {
             typename TPolicy::MovesOnGrowth;
         };
-        if constexpr (!bMoves)
+        if constexpr (!kMoves)
             detail::ConstructAt(pTo, std::as_const(from.m_element));
         else if constexpr (kIsMap)
             detail::ConstructAt(pTo, SRelocate(), from.m_element);

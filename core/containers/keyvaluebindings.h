@@ -4,12 +4,12 @@
 #include "core/containers/keyvaluepair.h"
 
 #include <cstddef>
+#include <type_traits>
 #include <utility>
 
 template <class K, class V>
-struct std::tuple_size<TKeyValuePair<K, V>>
+struct std::tuple_size<TKeyValuePair<K, V>> : std::integral_constant<std::size_t, 2>
 {
-    static constexpr std::size_t value = 2;
 };
 
 template <class K, class V>
