@@ -36,6 +36,13 @@ struct SVariantAccess
         return TElement(pType, pHeld);
     }
 
+    /// Gives a value to a variant that has none.
+    static void Fill(ZVariant& variant, STypeID* pType, void* pHeld)
+    {
+        variant.m_pType = pType;
+        variant.m_pData = pHeld;
+    }
+
     /// Leaves the variant without a value, for its destructor alone.
     static void* Released(ZVariant& variant)
     {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace
 {
@@ -12,22 +13,26 @@ using kx::detail::ZCellHeap;
 using Tree = kx::detail::TTree<ZDynamicObject, SDynamicObjectKeyValuePair>;
 
 template <class T>
-T& Push(TArray<T>& array, std::type_identity_t<T>&& value)
+KX_NOINLINE void Grow(TArray<T>& children)
 {
-    if (array.Size() == array.Capacity()) [[unlikely]]
-        array.Reserve(std::max<uint64>(64, uint64{array.Capacity()} * 2));
-    return array.Add(std::move(value));
+    children.Reserve(std::max<uint64>(4, uint64{children.Capacity()} * 2));
 }
 
-// A node with the elements or properties from nFirst on, which leave the array.
+// The children of a node, with room for one more.
 template <class TNode>
-TNode* NodeOf(TArray<typename TNode::Child>& waiting, uint32 nFirst)
+auto& Growing(void* pNode)
 {
-    TNode* pNode = Tree::NewNode<TNode>(waiting.Size() - nFirst);
-    for (auto* p = waiting.Begin() + nFirst; p != waiting.End(); ++p)
-        pNode->m_children.Add(std::move(*p));
-    waiting.Resize(nFirst);
-    return pNode;
+    auto& children = static_cast<TNode*>(pNode)->m_children;
+    if (children.Size() == children.Capacity()) [[unlikely]]
+        Grow(children);
+    return children;
+}
+
+template <class T>
+void Trim(TArray<T>& children)
+{
+    if (children.Size() != children.Capacity()) [[unlikely]]
+        children.Reserve(children.Size(), true);
 }
 
 // Two keys can be equal only if they have the same mark, one of 64.
@@ -53,13 +58,16 @@ bool HasRepeatedKey(const Tree::SObject& node)
 }
 } // namespace
 
-inline void ZTreeBuilder::Add(STypeID* pType, void* pHeld)
+inline ZDynamicObject& ZTreeBuilder::Add(STypeID* pType, void* pHeld)
 {
-    auto value = SVariantAccess::Adopted<ZDynamicObject>(pType, pHeld);
-    if (m_bObject)
-        m_properties.End()[-1].m_value = std::move(value);
-    else
-        Push(m_elements, std::move(value));
+    if (m_pArray != nullptr)
+        return Growing<Tree::SArray>(m_pArray).Add(SVariantAccess::Adopted<ZDynamicObject>(pType, pHeld));
+    kx::detail::BreakUnless(m_pPlace != nullptr);
+    if (m_pPlace == nullptr)
+        Clear();
+    ZDynamicObject* pPlace = std::exchange(m_pPlace, nullptr);
+    SVariantAccess::Fill(*pPlace, pType, pHeld);
+    return *pPlace;
 }
 
 void ZTreeBuilder::Null()
@@ -84,41 +92,63 @@ void ZTreeBuilder::String(std::string_view text)
 
 void ZTreeBuilder::Key(ZString&& key)
 {
-    Push(m_properties, {std::move(key), {}});
+    const bool bExpected = m_pPlace == nullptr && !m_open.IsEmpty() && m_open.End()[-1].m_bObject;
+    kx::detail::BreakUnless(bExpected);
+    if (bExpected)
+        m_pPlace = &Growing<Tree::SObject>(m_open.End()[-1].m_pNode).Emplace(std::move(key), ZDynamicObject()).m_value;
 }
 
-void ZTreeBuilder::Begin(bool bObject)
+inline void ZTreeBuilder::Begin(STypeID* pType, void* pNode, bool bObject)
 {
-    Push(m_open, {bObject ? m_properties.Size() : m_elements.Size(), bObject});
-    m_bObject = bObject;
+    ZDynamicObject& value = Add(pType, pNode);
+    m_open.Add({&value, pNode, bObject});
+    m_pArray = bObject ? nullptr : pNode;
 }
 
-void ZTreeBuilder::End()
+void ZTreeBuilder::BeginArray(uint64 nSize)
 {
-    const SOpen open = m_open[m_open.Size() - 1];
-    m_open.Erase(m_open.End() - 1);
-    m_bObject = !m_open.IsEmpty() && m_open.End()[-1].m_bObject;
-    if (!open.m_bObject)
-        return Add(GetTypeID<TArray<ZDynamicObject>>(), NodeOf<Tree::SArray>(m_elements, open.m_nFirst));
-    Tree::SObject* pNode = NodeOf<Tree::SObject>(m_properties, open.m_nFirst);
-    STypeID* pType = GetTypeID<TArray<SDynamicObjectKeyValuePair>>();
+    Begin(GetTypeID<TArray<ZDynamicObject>>(), Tree::NewNode<Tree::SArray>(nSize), false);
+}
+
+void ZTreeBuilder::BeginObject(uint64 nSize)
+{
+    Begin(GetTypeID<TArray<SDynamicObjectKeyValuePair>>(), Tree::NewNode<Tree::SObject>(nSize), true);
+}
+
+bool ZTreeBuilder::End()
+{
+    const bool bExpected = !m_open.IsEmpty() && m_pPlace == nullptr;
+    kx::detail::BreakUnless(bExpected);
+    if (!bExpected)
+        return true;
+    const SOpen ended = m_open.End()[-1];
+    m_open.Pop();
+    const SOpen* pOuter = m_open.IsEmpty() ? nullptr : m_open.End() - 1;
+    m_pArray = pOuter == nullptr || pOuter->m_bObject ? nullptr : pOuter->m_pNode;
+    if (!ended.m_bObject)
+    {
+        Trim(static_cast<Tree::SArray*>(ended.m_pNode)->m_children);
+        return true;
+    }
+    auto* pNode = static_cast<Tree::SObject*>(ended.m_pNode);
+    Trim(pNode->m_children);
     const bool bIndexed = pNode->m_children.Size() > kx::detail::kUnindexedProperties;
     if (bIndexed ? pNode->m_index.TryBuild(pNode->Keys()) : !HasRepeatedKey(*pNode)) [[likely]]
-        return Add(pType, pNode);
-    const auto repeated = SVariantAccess::Adopted<ZDynamicObject>(pType, pNode);
+        return true;
     ZDynamicObject object = ZDynamicObject::Object();
     for (SDynamicObjectKeyValuePair& property : pNode->m_children)
         object.Set(property.m_key, std::move(property.m_value));
-    Add(pType, SVariantAccess::Released(object));
+    *ended.m_pValue = std::move(object);
+    return false;
 }
 
 ZDynamicObject ZTreeBuilder::Take()
 {
-    const bool bWhole = m_open.IsEmpty() && m_elements.Size() == 1;
+    const bool bWhole = m_open.IsEmpty() && m_pPlace == nullptr;
     kx::detail::BreakUnless(bWhole);
     ZDynamicObject tree;
     if (bWhole)
-        tree = std::move(m_elements[0]);
+        tree = std::move(m_tree);
     Clear();
     return tree;
 }
@@ -126,7 +156,7 @@ ZDynamicObject ZTreeBuilder::Take()
 void ZTreeBuilder::Clear()
 {
     m_open.Clear();
-    m_elements.Clear();
-    m_properties.Clear();
-    m_bObject = false;
+    m_tree = {};
+    m_pArray = nullptr;
+    m_pPlace = &m_tree;
 }

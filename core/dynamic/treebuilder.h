@@ -1,15 +1,14 @@
 // ZTreeBuilder: builds a dynamic object from the values that a parser finds, in the order of the text.
 //
 //   ZTreeBuilder builder;
-//   builder.BeginObject();
+//   builder.BeginObject(1);
 //   builder.Key("crew");
 //   builder.Number(12);
 //   builder.End();
 //   ZDynamicObject ship = builder.Take();
 //
-// It is faster than Set and PushBack, and the arrays of the tree have exactly the size that they need: children wait in
-// the builder until their array or object ends. An object with a repeated key has the last value at the first place, as
-// after Set.
+// It is faster than Set and PushBack, and the arrays of the tree have exactly the size that they need. An object with a
+// repeated key has the last value at the first place, as after Set.
 #pragma once
 
 #include "core/dynamic/dynamicobject.h"
@@ -17,9 +16,15 @@
 #include <string_view>
 
 /// Builds a tree from the values of a text; see the head of this file.
+/// A value, key or end that the order does not allow triggers the debug break. If execution resumes, a key or an end is
+/// ignored, and before a value everything is dropped.
 class KX_API ZTreeBuilder
 {
 public:
+    ZTreeBuilder() = default;
+    ZTreeBuilder(const ZTreeBuilder&) = delete;
+    ZTreeBuilder& operator=(const ZTreeBuilder&) = delete;
+
     /// The next value: the whole tree, the next element of the innermost array, or the value of the last key.
     void Null();
     void Boolean(bool bValue);
@@ -30,15 +35,16 @@ public:
     void Key(ZString&& key);
 
     /// Begins an array or object, which is the next value.
-    void BeginArray() { Begin(false); }
-    void BeginObject() { Begin(true); }
+    /// Takes one allocation for its children if their number is known; it may be wrong.
+    void BeginArray(uint64 nSize = 0);
+    void BeginObject(uint64 nSize = 0);
 
-    /// Ends the innermost array or object. There must be one.
-    void End();
+    /// Ends the innermost array or object. Returns false if it is an object in which a key was repeated.
+    bool End();
 
     /// The tree, after its last value; the builder is then empty. Triggers the debug break, and is null if execution
-    /// resumes, if there is not exactly one value, or an array or object is open.
-    ZDynamicObject Take();
+    /// resumes, if there is no value, or an array or object is open.
+    [[nodiscard]] ZDynamicObject Take();
 
     /// Drops everything.
     void Clear();
@@ -46,15 +52,16 @@ public:
 private:
     struct SOpen
     {
-        uint32 m_nFirst; // of its children, among those that wait
+        ZDynamicObject* m_pValue; // what is open; its array does not grow as long as this is
+        void* m_pNode;
         bool m_bObject;
     };
 
-    void Add(STypeID* pType, void* pHeld);
-    void Begin(bool bObject);
+    ZDynamicObject& Add(STypeID* pType, void* pHeld);
+    void Begin(STypeID* pType, void* pNode, bool bObject);
 
+    ZDynamicObject m_tree;
     TArray<SOpen> m_open;
-    TArray<ZDynamicObject> m_elements;
-    TArray<SDynamicObjectKeyValuePair> m_properties;
-    bool m_bObject = false; // whether the innermost is an object
+    void* m_pArray = nullptr;           // the innermost node, if it is an array
+    ZDynamicObject* m_pPlace = &m_tree; // else, where the next value goes; null if none may follow
 };

@@ -11,8 +11,7 @@
 // - What is read is JSON as RFC 8259 has it, in UTF-8; a byte order mark at the start is skipped. Strings are stored as
 //   UTF-8, and "\u0000" is a character like any other.
 // - Numbers become float64, rounded to the nearest. A number beyond the range of float64 is an error.
-// - Properties keep the order of the text. If a key is repeated, the last value wins, at the place of the first, as
-// with
+// - Properties keep the order of the text. If a key is repeated, the last value wins, at the place of the first, as by
 //   ZDynamicObject::Set.
 // - Neither reading nor writing recurses, so text and tree may be nested to any depth.
 // - Nothing is written to the result unless the whole operation succeeds. A callback or stream has received what was
@@ -94,7 +93,8 @@ bool Convert(const ZVariant& value, ZDynamicObject& result)
 
 /// Reads one JSON value. On an error returns false, fills in *pError if there is one, and leaves result untouched.
 ///
-/// The text must be shorter than 4 GB. While it is read, that takes about six times its size in memory at most.
+/// The text must be shorter than 4 GB. While it is read, that takes up to fifteen times its size in memory, besides the
+/// tree: a text of numbers of one digit needs most.
 KX_JSON_API bool Read(std::string_view text, ZDynamicObject& result, SError* pError = nullptr,
                       const SReadOptions& options = {});
 

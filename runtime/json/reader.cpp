@@ -1,15 +1,12 @@
-// The text is read by simdjson's On-Demand parser, which finds all structural characters in one pass and then yields
-// value after value. It is copied first, because the parser reads past its end. The copy is one array of one element,
-// so that a number or string needs no treatment of its own:
+// A text that the fast way (tapereader.h) does not take is read by simdjson's On-Demand parser, which finds all
+// structural characters in one pass and then yields value after value, to any depth, and knows where it is. The text is
+// copied first, because the parsers read past its end. The copy is one array of one element, so that a number or string
+// needs no treatment of its own:
 //
 //   m_pText -> [ text of the caller ] NUL NUL ...
-#define SIMDJSON_DEVELOPMENT_CHECKS 0 // their tables are limited to a fixed depth
-#include <simdjson.h>
+#include "runtime/json/tapereader.h"
 
-#include "core/dynamic/treebuilder.h"
 #include "runtime/json/blanker.h"
-#include "runtime/json/json.h"
-#include "runtime/json/keys.h"
 #include "runtime/json/reader.h"
 #include "runtime/json/utf8.h"
 
@@ -99,6 +96,7 @@ struct ZReader::SState
     explicit SState(const SReadOptions& options) : m_options(options) {}
 
     bool Load(std::string_view text);
+    bool ReadFast();
     bool Parse();
     bool Walk();
     EStep NextElement(SFrame& frame, ondemand::value& value);
@@ -115,6 +113,7 @@ struct ZReader::SState
     const char* TextEnd() const { return m_pText.get() + 1 + m_nSize; }
 
     const SReadOptions m_options;
+    ZTapeReader m_fastReader;
     ondemand::parser m_parser;
     ondemand::document m_document;
     std::unique_ptr<char[]> m_pText;
@@ -169,8 +168,17 @@ bool ZReader::SState::Load(std::string_view text)
     return pOpen == nullptr || Fail(pOpen, "The comment has no end.");
 }
 
+bool ZReader::SState::ReadFast()
+{
+    m_tree.Clear();
+    return m_fastReader.Read({m_pText.get() + 1, m_nSize}, m_options, m_keys, m_tree);
+}
+
 bool ZReader::SState::Parse()
 {
+    m_tree.Clear();
+    m_frames.Clear();
+    m_seen.Clear();
     const uint64 nSize = m_nSize + 2;
     const auto error = m_parser.iterate(m_pText.get(), nSize, nSize + simdjson::SIMDJSON_PADDING).get(m_document);
     if (error == simdjson::SUCCESS)
@@ -394,10 +402,7 @@ bool ZReader::Read(std::string_view text, ZDynamicObject& result, SError* pError
             Locate(text, 0, kNoMemory, *pError);
         return false;
     }
-    m_pState->m_frames.Clear();
-    m_pState->m_tree.Clear();
-    m_pState->m_seen.Clear();
-    const bool bRead = m_pState->Load(text) && m_pState->Parse();
+    const bool bRead = m_pState->Load(text) && (m_pState->ReadFast() || m_pState->Parse());
     if (bRead)
         result = m_pState->m_tree.Take();
     else if (pError != nullptr)

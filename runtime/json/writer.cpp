@@ -1,6 +1,7 @@
 #include "runtime/json/json.h"
 #include "runtime/json/utf8.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -26,9 +27,18 @@ bool NeedsLook(const char* p)
     return ((nBytes | (nBytes - kOnes * 0x20) | (nQuote - kOnes) | (nSlash - kOnes)) & kHigh) != 0;
 }
 
+// The characters that are copied as they are.
+constexpr auto kPlain = []
+{
+    std::array<bool, 256> aPlain = {};
+    for (std::size_t c = 0x20; c < 0x80; ++c)
+        aPlain[c] = c != '"' && c != '\\';
+    return aPlain;
+}();
+
 bool IsPlain(char c)
 {
-    return static_cast<uint8>(c) >= 0x20 && static_cast<uint8>(c) < 0x80 && c != '"' && c != '\\';
+    return kPlain[static_cast<uint8>(c)];
 }
 
 // Writes a tree in pieces. The stack has the arrays and objects that are open, so that nothing recurses.
@@ -173,6 +183,14 @@ bool ZWriter::WriteString(std::string_view text)
         char* pOut = m_pEnd;
         for (; pEnd - p >= 8 && pLimit - pOut >= 8 && !NeedsLook(p); p += 8, pOut += 8)
             std::memcpy(pOut, p, 8);
+        // The rest together with what precedes it.
+        if (const std::ptrdiff_t nRest = pEnd - p;
+            nRest < 8 && text.size() >= 8 && pOut - m_acBuffer >= 8 && pOut < pLimit - 8 && !NeedsLook(pEnd - 8))
+        {
+            std::memcpy(pOut - (8 - nRest), pEnd - 8, 8);
+            pOut += nRest;
+            p = pEnd;
+        }
         while (p != pEnd && pOut != pLimit && IsPlain(*p))
             *pOut++ = *p++;
         m_pEnd = pOut;
