@@ -28,6 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* pData, std::size_t nSize)
     const std::string slow = "[-0," + std::string(text) + "\n]";
     if (bRead && !text.starts_with('\xEF') && !(json::Read(slow, again, nullptr, options) && again[1] == tree))
         std::abort();
-    json::ReadLines(text, [](ZDynamicObject& value, const json::SProgress&) { return value.Validate(); });
+    // The buffer for lines costs more than everything above.
+    if (nSize % 8 == 0)
+        json::ReadLines(text, [](ZDynamicObject& value, const json::SProgress&) { return value.Validate(); });
     return 0;
 }
