@@ -336,7 +336,10 @@ bool ZReader::SState::TakeNumber(ondemand::value& value)
 {
     std::string_view token = value.raw_json_token();
     float64 fNumber = 0;
-    if (value.get_double().get(fNumber) != simdjson::SUCCESS)
+    // The parser refuses exponents of many digits, which the other one reads.
+    simdjson::dom::parser other;
+    if (value.get_double().get(fNumber) != simdjson::SUCCESS
+        && other.parse(token.data(), token.size()).get_double().get(fNumber) != simdjson::SUCCESS)
         return Fail(token.data(), "This is no number, or it is too large.");
     if (m_options.m_bExactIntegers && std::fabs(fNumber) >= 9007199254740992.0)
     {
