@@ -68,6 +68,7 @@ TYPED_TEST(MapTest, FindsByCharactersWithoutAKey)
     EXPECT_EQ(2, map.Find(view)->Value());
     EXPECT_TRUE(constMap.Find(pszKey)->Value() == 3 && map.Find("\xE9")->Value() == 4);
     EXPECT_TRUE(*map.TryGet(pszNone) == 0 && *constMap.TryGet(view) == 2 && map.TryGet(text) == nullptr);
+    EXPECT_TRUE(map.Count(view) == 1 && constMap.EqualRange(pszKey).Begin()->Value() == 3 && map.Count(text) == 0);
     EXPECT_TRUE(map.Contains(pszKey) && !map.Contains(text) && !map.Contains(view.substr(0, 1)));
     if constexpr (requires { map.LowerBound(view); })
     {
@@ -108,8 +109,11 @@ TYPED_TEST(MapTest, HasOneFace)
     EXPECT_TRUE(map.EqualRange("x").IsEmpty() && map.EqualRange("b").Begin()->Value() == 2);
     map.Insert(TKeyValuePair<ZString, int>("b", 3));
     const uint32 nEquals = map.Count("b");
-    EXPECT_EQ(map.Size() - 2, nEquals);
-    EXPECT_TRUE(map.RemoveAll("b") == nEquals && map.Size() == 2 && map.Validate());
+    EXPECT_EQ(map.size() - 2, nEquals);
+    map.Emplace(std::string_view("d"), 4);
+    EXPECT_TRUE(map.Remove("d") && !map.Remove("d"));
+    EXPECT_TRUE(map.RemoveAll(std::string_view("b")) == nEquals && map.RemoveAll("b") == 0);
+    EXPECT_TRUE(map.Size() == 2 && !map.empty() && map.Validate());
 }
 
 TEST_F(HashTest, MapsTellWhatIsNewAndIndex)

@@ -115,6 +115,14 @@ TYPED_TEST(SequenceOfIntsTest, WalksBackwards)
         EXPECT_EQ((std::vector<int>{3, 2, 1}), std::vector<int>(sequence.rbegin(), sequence.rend()));
         EXPECT_EQ(3, sequence.Last());
         EXPECT_EQ(sequence.Begin(), std::prev(sequence.End(), 3));
+        if constexpr (std::random_access_iterator<typename TypeParam::iterator>)
+        {
+            TypeParam sorted{2, 3, 1};
+            std::sort(sorted.rbegin(), sorted.rend());
+            EXPECT_EQ((std::vector<int>{3, 2, 1}), Values(sorted));
+            EXPECT_TRUE(sorted.rbegin()[2] == 3 && sorted.rbegin() < sorted.rend());
+            static_assert(std::random_access_iterator<decltype(sorted.rbegin())>);
+        }
     }
 }
 

@@ -73,4 +73,10 @@ public:
         const V* pValue = this->TryGet(key);
         return pValue != nullptr ? *pValue : defaultValue;
     }
+    template <kx::detail::CHashesAs<K, TPolicy> TOther>
+    [[nodiscard]] const V& GetValue(const TOther& key, const V& defaultValue KX_LIFETIMEBOUND) const KX_LIFETIMEBOUND
+    {
+        const V* pValue = this->TryGet(key);
+        return pValue != nullptr ? *pValue : defaultValue;
+    }
 };

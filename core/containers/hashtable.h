@@ -40,7 +40,6 @@
 
 #include <concepts>
 #include <cstddef>
-#include <cstring>
 #include <type_traits>
 #include <utility>
 
@@ -61,6 +60,7 @@ protected:
 
 public:
     /// The names that generic code expects.
+    using key_type = TKey;
     using value_type = std::remove_const_t<TElement>;
     using iterator = THashIterator<TFields, TElement>;
     using const_iterator = THashIterator<TFields, const TElement>;
@@ -116,9 +116,11 @@ public:
         return *this;
     }
 
-    /// Return the number of elements, and whether there are none.
+    /// Return the number of elements, and whether there are none; also under the names that generic code expects.
     [[nodiscard]] uint32 Size() const { return m_nSize; }
     [[nodiscard]] bool IsEmpty() const { return m_nSize == 0; }
+    [[nodiscard]] uint32 size() const { return m_nSize; }
+    [[nodiscard]] bool empty() const { return m_nSize == 0; }
 
     /// Return iterators to the first element and past the last one.
     /// Begin() searches for the first bucket in use, so it is linear in the buckets. A full iteration is linear in
@@ -184,9 +186,29 @@ public:
         return ValueOrNull(Find(key));
     }
     template <CHashesAs<TKey, TPolicy> TOther>
-    bool Remove(const TOther& key) requires(!bMulti)
+    [[nodiscard]] TIteratorRange<iterator> EqualRange(const TOther& key) KX_LIFETIMEBOUND
+    {
+        return {Find(key), PastEquals(Find(key), key)};
+    }
+    template <CHashesAs<TKey, TPolicy> TOther>
+    [[nodiscard]] TIteratorRange<const_iterator> EqualRange(const TOther& key) const KX_LIFETIMEBOUND
+    {
+        return {Find(key), PastEquals(Find(key), key)};
+    }
+    template <CHashesAs<TKey, TPolicy> TOther>
+    [[nodiscard]] uint32 Count(const TOther& key) const
+    {
+        return EqualRange(key).Count();
+    }
+    template <CHashesAs<TKey, TPolicy> TOther>
+    bool Remove(const TOther& key)
     {
         return RemoveFirst(key);
+    }
+    template <CHashesAs<TKey, TPolicy> TOther>
+    uint32 RemoveAll(const TOther& key)
+    {
+        return RemoveEach(key);
     }
 
     /// Returns the elements with the key, in iteration order. Constant on average, and linear in their number.
@@ -200,13 +222,7 @@ public:
     }
 
     /// Returns the number of elements with the key. Constant on average, and linear in that number.
-    [[nodiscard]] uint32 Count(const TKey& key) const
-    {
-        uint32 nCount = 0;
-        for ([[maybe_unused]] const value_type& element : EqualRange(key))
-            ++nCount;
-        return nCount;
-    }
+    [[nodiscard]] uint32 Count(const TKey& key) const { return EqualRange(key).Count(); }
 
     /// Removes the element at pos and returns an iterator to the element that followed.
     /// Destroys the value before the key. The next insertion reuses the node. Triggers the debug break for End() and
@@ -231,18 +247,11 @@ public:
         return Erase(iterator(detail::PointerTo(element), Table(), BucketOf(TFields::KeyOf(element))));
     }
 
-    /// Removes the element with the key; returns false if there is none. Constant on average.
-    bool Remove(const TKey& key) requires(!bMulti) { return RemoveFirst(key); }
+    /// Removes the element that Find finds; returns false if there is none. Constant on average.
+    bool Remove(const TKey& key) { return RemoveFirst(key); }
 
     /// Removes all elements with the key and returns their number. The key must not be that of one of them.
-    uint32 RemoveAll(const TKey& key)
-    {
-        const uint32 nOldSize = m_nSize;
-        while (RemoveFirst(key))
-        {
-        }
-        return nOldSize - m_nSize;
-    }
+    uint32 RemoveAll(const TKey& key) { return RemoveEach(key); }
 
     /// Removes the elements for which the predicate is true and returns their number.
     /// Calls predicate(const element) once for each, in iteration order; it must not throw. Linear in the buckets.
@@ -596,8 +605,8 @@ private:
         return {detail::PointerTo(m_pNodes[nFound].m_element), Table(), nBucket};
     }
 
-    template <class TIterator>
-    TIterator PastEquals(TIterator pos, const TKey& key) const noexcept
+    template <class TIterator, class TOther>
+    TIterator PastEquals(TIterator pos, const TOther& key) const noexcept
     {
         while (pos != TIterator() && TPolicy::Equals(TFields::KeyOf(*pos), key))
             ++pos;
@@ -620,6 +629,16 @@ private:
             return false;
         RemoveNode(pLink, m_pNodes[*pLink]);
         return true;
+    }
+
+    template <class TOther>
+    uint32 RemoveEach(const TOther& key)
+    {
+        const uint32 nOldSize = m_nSize;
+        while (RemoveFirst(key))
+        {
+        }
+        return nOldSize - m_nSize;
     }
 
     // Whether each element of the first container is as often in the second one.
@@ -692,6 +711,12 @@ private:
             ReleaseArrayStorage(pArray);
     }
 
-    void EmptyBuckets() { std::memset(m_pBuckets, 0xFF, m_nBucketCount * sizeof(uint32)); }
+    // Compilers make a memset of it, without the cost of <cstring>.
+    void EmptyBuckets()
+    {
+        uint32* pBucket = m_pBuckets;
+        for (const uint32* pEnd = pBucket + m_nBucketCount; pBucket != pEnd; ++pBucket)
+            *pBucket = kHashNone;
+    }
 };
 } // namespace kx::detail

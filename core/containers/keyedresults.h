@@ -40,6 +40,15 @@ public:
     [[nodiscard]] TIterator end() const { return m_last; }
     [[nodiscard]] bool IsEmpty() const { return m_first == m_last; }
 
+    /// Returns the number of elements. Linear.
+    [[nodiscard]] uint32 Count() const
+    {
+        uint32 nCount = 0;
+        for (TIterator pos = m_first; pos != m_last; ++pos)
+            ++nCount;
+        return nCount;
+    }
+
 private:
     TIterator m_first;
     TIterator m_last;

@@ -93,6 +93,12 @@ public:
         const auto pos = this->Find(key);
         return pos != this->End() ? pos->Value() : defaultValue;
     }
+    template <kx::detail::CComparesWith<K> TOther>
+    [[nodiscard]] const V& GetValue(const TOther& key, const V& defaultValue KX_LIFETIMEBOUND) const KX_LIFETIMEBOUND
+    {
+        const V* pValue = this->TryGet(key);
+        return pValue != nullptr ? *pValue : defaultValue;
+    }
 
     /// Inserts copies, or copy-assigns the value of an existing key; returns an iterator to the element.
     /// An existing element keeps its key object and its node. Logarithmic. A new key costs one allocation and two
@@ -206,5 +212,10 @@ public:
     TTreeIterator<TKeyValuePair<K, V>> Emplace(K&& key, TArgs&&... args)
     {
         return this->EmplaceNew(kx::detail::SInPlace(), std::move(key), std::forward<TArgs>(args)...);
+    }
+    template <kx::detail::CComparesWith<K> TOther, class... TArgs>
+    TTreeIterator<TKeyValuePair<K, V>> Emplace(const TOther& key, TArgs&&... args)
+    {
+        return this->EmplaceNew(kx::detail::SInPlace(), key, std::forward<TArgs>(args)...);
     }
 };

@@ -49,4 +49,9 @@ public:
     {
         return this->EmplaceNew(this->HashOf(key), std::move(key), std::forward<TArgs>(args)...);
     }
+    template <kx::detail::CHashesAs<K, TPolicy> TOther, class... TArgs>
+    typename TMultiHashMap::iterator Emplace(const TOther& key, TArgs&&... args)
+    {
+        return this->EmplaceNew(this->HashOf(key), key, std::forward<TArgs>(args)...);
+    }
 };

@@ -235,9 +235,11 @@ protected:
     }
 
 public:
-    /// Return the number of elements, and whether there are none.
+    /// Return the number of elements, and whether there are none; also under the names that generic code expects.
     [[nodiscard]] uint32 Size() const { return static_cast<uint32>(m_nSize); }
     [[nodiscard]] bool IsEmpty() const { return m_nSize == 0; }
+    [[nodiscard]] uint32 size() const { return Size(); }
+    [[nodiscard]] bool empty() const { return IsEmpty(); }
 
     /// Return iterators to the first element and past the last one.
     /// Begin() is a descent, logarithmic in the size; End() takes constant time.
@@ -299,9 +301,39 @@ public:
         return PositionOf(FindLowerBound(detail::LookUpKey<key_type>(key)));
     }
     template <CComparesWith<key_type> TOther>
+    [[nodiscard]] iterator UpperBound(const TOther& key) KX_LIFETIMEBOUND
+    {
+        return PositionOf(FindUpperBound(detail::LookUpKey<key_type>(key)));
+    }
+    template <CComparesWith<key_type> TOther>
+    [[nodiscard]] const_iterator UpperBound(const TOther& key) const KX_LIFETIMEBOUND
+    {
+        return PositionOf(FindUpperBound(detail::LookUpKey<key_type>(key)));
+    }
+    template <CComparesWith<key_type> TOther>
+    [[nodiscard]] TIteratorRange<iterator> EqualRange(const TOther& key) KX_LIFETIMEBOUND
+    {
+        return {LowerBound(key), UpperBound(key)};
+    }
+    template <CComparesWith<key_type> TOther>
+    [[nodiscard]] TIteratorRange<const_iterator> EqualRange(const TOther& key) const KX_LIFETIMEBOUND
+    {
+        return {LowerBound(key), UpperBound(key)};
+    }
+    template <CComparesWith<key_type> TOther>
+    [[nodiscard]] uint32 Count(const TOther& key) const
+    {
+        return EqualRange(key).Count();
+    }
+    template <CComparesWith<key_type> TOther>
     bool Remove(const TOther& key)
     {
         return RemoveNodeUnlessHeader(FindOrHeader(detail::LookUpKey<key_type>(key)));
+    }
+    template <CComparesWith<key_type> TOther>
+    uint32 RemoveAll(const TOther& key)
+    {
+        return EraseAll(EqualRange(key));
     }
 
     /// Return the value of the element that Find finds, or null if there is none. Maps only.
@@ -353,13 +385,7 @@ public:
     }
 
     /// Returns the number of elements with the key. Logarithmic, and linear in that number.
-    [[nodiscard]] uint32 Count(const key_type& key) const
-    {
-        uint32 nCount = 0;
-        for ([[maybe_unused]] const T& element : EqualRange(key))
-            ++nCount;
-        return nCount;
-    }
+    [[nodiscard]] uint32 Count(const key_type& key) const { return EqualRange(key).Count(); }
 
     /// Removes the element at pos and returns an iterator to the element that followed.
     /// Destroys the element, then releases its node. Triggers the debug break at End(). Logarithmic, and constant on
@@ -378,14 +404,7 @@ public:
     bool Remove(const key_type& key) { return RemoveNodeUnlessHeader(FindOrHeader(key)); }
 
     /// Removes all elements with the key and returns their number. The key must not be that of one of them.
-    uint32 RemoveAll(const key_type& key)
-    {
-        const uint32 nOldSize = Size();
-        const TIteratorRange<iterator> range = EqualRange(key);
-        for (iterator pos = range.Begin(); pos != range.End();)
-            pos = Erase(pos);
-        return nOldSize - Size();
-    }
+    uint32 RemoveAll(const key_type& key) { return EraseAll(EqualRange(key)); }
 
     /// Removes the elements for which the predicate is true and returns their number.
     /// Calls predicate(const element) once for each, in order; it must not throw. Linear.
@@ -583,7 +602,8 @@ private:
         return pBound;
     }
 
-    Links* FindUpperBound(const key_type& key) const noexcept
+    template <class TKey>
+    Links* FindUpperBound(const TKey& key) const noexcept
     {
         Links* pBound = Header();
         for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr;)
@@ -660,6 +680,14 @@ private:
         detail::InsertNode(pNode, position.m_pParent, position.m_nSide, Header());
         ++m_nSize;
         return PositionOf(pNode);
+    }
+
+    uint32 EraseAll(TIteratorRange<iterator> range)
+    {
+        const uint32 nOldSize = Size();
+        for (iterator pos = range.Begin(); pos != range.End();)
+            pos = Erase(pos);
+        return nOldSize - Size();
     }
 
     bool RemoveNodeUnlessHeader(Links* pNode)

@@ -4,6 +4,7 @@
 
 #include "core/containers/comparewalks.h"
 #include "core/containers/lifetime.h"
+#include "core/containers/reverseiterator.h"
 
 #include <concepts>
 #include <cstddef>
@@ -109,6 +110,12 @@ public:
     /// Return the last element; trigger the debug break if there is none.
     [[nodiscard]] T& Last() KX_LIFETIMEBOUND { return NotEmpty(Self()).End()[-1]; }
     [[nodiscard]] const T& Last() const KX_LIFETIMEBOUND { return NotEmpty(Self()).End()[-1]; }
+
+    /// Return iterators for walking backwards: to the last element, and past the first one.
+    [[nodiscard]] auto rbegin() KX_LIFETIMEBOUND { return TReverseIterator<T*>(Self().End()); }
+    [[nodiscard]] auto rend() KX_LIFETIMEBOUND { return TReverseIterator<T*>(Self().Begin()); }
+    [[nodiscard]] auto rbegin() const KX_LIFETIMEBOUND { return TReverseIterator<const T*>(Self().End()); }
+    [[nodiscard]] auto rend() const KX_LIFETIMEBOUND { return TReverseIterator<const T*>(Self().Begin()); }
 
     /// Removes the last element; triggers the debug break if there is none.
     void Pop() { Self().Erase(NotEmpty(Self()).End() - 1); }
