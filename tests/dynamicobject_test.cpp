@@ -288,7 +288,22 @@ TEST_F(DynamicObject, AllocatesForStringsArraysAndIndexes)
     EXPECT_TRUE(ZDynamicObject().Set("key", 1).TrySetPath("key", ZVariant(ZString("taken") + "over")));
     EXPECT_EQ((Journal{"alloc 128/8", "free null", "alloc 10/1", "free 10", "free 128"}), TakeJournal());
 
-    ZDynamicObject wide;
+    // Look-ups by characters that end before the end of their string, in an object without and with an index.
+    ZDynamicObject wide = ZDynamicObject().Set("key", 3);
+    const std::string_view name = std::string_view("keys").substr(0, 3);
+    for (const bool bIndexed : {false, true})
+    {
+        for (int i = 0; i < (bIndexed ? 20 : 0); ++i)
+            wide.Set(ZString::Format("{0}", i), i);
+        TakeJournal();
+        int nValue = 0;
+        EXPECT_TRUE(wide.Contains(name) && wide[name] == 3 && std::as_const(wide)[std::string("key")] == 3);
+        EXPECT_TRUE(wide.TryGet(name, nValue) && nValue == 3 && !wide.Remove(std::string_view("keys")));
+        EXPECT_EQ(Journal{}, TakeJournal());
+    }
+    EXPECT_TRUE(wide.Remove(name) && !wide.Contains("key"));
+
+    wide = {};
     for (int i = 0; i < 12; ++i)
         wide.Set(ZString::Format("{0}", i), i);
     EXPECT_EQ(0, std::ranges::count(TakeJournal(), "alloc 512/4"));

@@ -72,6 +72,7 @@ TEST_F(GuidValues, ReadWhatIsAGuidToTheCharacter)
     EXPECT_EQ(kGuid, guid);
     EXPECT_TRUE(guid.FromString(kGuidText.data()) && guid.FromString(std::string(kGuidText)));
     EXPECT_EQ(ZGuid::Empty, ZGuid("97f879bd-be59-447b-ae39-5c54e0e67d22\0"));
+    EXPECT_TRUE(ZGuid(std::string_view(kGuidText)) == kGuid && ZGuid(std::string_view()) == ZGuid::Empty);
 }
 
 TEST_F(GuidValues, AllocateForTheirTextAlone)
@@ -123,6 +124,8 @@ TEST(Versions, ReadWhatIsAVersionToTheCharacter)
     actual.abs = 1;
     EXPECT_FALSE(version::FromString(nullptr, &actual));
     EXPECT_EQ(0u, actual.abs);
+    EXPECT_TRUE(version::FromString(ZString(std::string_view("2.1.3").substr(0, 3)), &actual));
+    EXPECT_EQ((Version{{2, 1, 0, 0}}), actual);
 }
 
 TEST(Versions, AreOrderedByTheirParts)

@@ -76,6 +76,20 @@ struct SDynamicProperties
 template <class T>
 concept DynamicSource = std::constructible_from<ZDynamicObject, T&&>;
 
+namespace kx::detail
+{
+// Characters by which a property is looked up without a ZString of its key.
+template <class T>
+concept CPropertyName = CTextFor<T, ZString> && !CConvertsTo<T, ZString>;
+
+template <class T>
+ZString NameOf(const T& name)
+{
+    const ZLookUpText text(name);
+    return SFormatText::Refer({text.Chars(), text.Length()});
+}
+} // namespace kx::detail
+
 /// A tree of values; see the head of this file.
 class KX_API ZDynamicObject : public ZVariant
 {
@@ -268,6 +282,43 @@ public:
     bool TryGet(const ZString& key, T& result) const
     {
         return Get(key).TryGetValue(result);
+    }
+
+    /// The same by a std::string_view, a std::string or a C string, without an allocation for the key.
+    template <kx::detail::CPropertyName TName>
+    ZDynamicObject& Get(const TName& name)
+    {
+        return Get(kx::detail::NameOf(name));
+    }
+    template <kx::detail::CPropertyName TName>
+    const ZDynamicObject& Get(const TName& name) const
+    {
+        return Get(kx::detail::NameOf(name));
+    }
+    template <kx::detail::CPropertyName TName>
+    ZDynamicObject& operator[](const TName& name)
+    {
+        return Get(name);
+    }
+    template <kx::detail::CPropertyName TName>
+    const ZDynamicObject& operator[](const TName& name) const
+    {
+        return Get(name);
+    }
+    template <kx::detail::CPropertyName TName>
+    bool Contains(const TName& name) const
+    {
+        return Contains(kx::detail::NameOf(name));
+    }
+    template <kx::detail::CPropertyName TName, class T>
+    bool TryGet(const TName& name, T& result) const
+    {
+        return TryGet(kx::detail::NameOf(name), result);
+    }
+    template <kx::detail::CPropertyName TName>
+    bool Remove(const TName& name)
+    {
+        return Remove(kx::detail::NameOf(name));
     }
 
     /// Replaces the property, or adds it after the others. The value may be a part of this tree. On a temporary as

@@ -12,10 +12,10 @@
 
 namespace kx::detail
 {
-/// Makes strings that exist during a call of Format alone.
+/// Makes strings that exist during one call alone: of Format, or of a look-up.
 struct SFormatText
 {
-    /// A string that refers to characters that need not have a terminator. Format never looks for one.
+    /// A string that refers to characters that need not have a terminator. The call never looks for one.
     static ZString Refer(std::string_view text)
     {
         if (text.empty() || text.size() > ZString::kMaxLength)

@@ -44,6 +44,11 @@ public:
 
     /// The GUID that the string spells, or the empty GUID if it does not spell one.
     explicit ZGuid(const ZString& text) { FromString(text); }
+    template <kx::detail::CStringLike TText>
+    explicit ZGuid(const TText& text) requires(!std::convertible_to<const TText&, ZString>)
+    {
+        FromString(text);
+    }
 
     /// Reads a GUID: groups of 8, 4, 4, 4 and 12 hexadecimal digits, lower or upper case, joined by "-", and nothing
     /// else.

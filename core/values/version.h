@@ -126,10 +126,15 @@ namespace version
 /// Reads nLength characters by the same rules, and never past their end.
 [[nodiscard]] KX_API bool FromString(const char* pText, uint64 nLength, Version* pResult);
 
-/// The same for a std::string_view or a std::string.
+/// The same for a std::string_view, a std::string or a ZString.
 template <kx::detail::CCharacters TText>
 [[nodiscard]] bool FromString(const TText& text, Version* pResult)
 {
     return FromString(text.data(), text.size(), pResult);
+}
+template <std::same_as<ZString> TText>
+[[nodiscard]] bool FromString(const TText& text, Version* pResult)
+{
+    return FromString(text.ToCString(), static_cast<uint64>(text.Length()), pResult);
 }
 } // namespace version
