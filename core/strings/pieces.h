@@ -14,19 +14,19 @@
 /// Returns the string without the white space at its start, at its end, or at both.
 ///
 /// White space is the blank and the characters from tab to carriage return.
-[[nodiscard]] constexpr std::string_view TrimSpaceAtStart(std::string_view text)
+[[nodiscard]] constexpr std::string_view TrimSpaceAtStart(std::string_view text KX_LIFETIMEBOUND)
 {
     while (!text.empty() && kx::detail::IsSpace(text.front()))
         text.remove_prefix(1);
     return text;
 }
-[[nodiscard]] constexpr std::string_view TrimSpaceAtEnd(std::string_view text)
+[[nodiscard]] constexpr std::string_view TrimSpaceAtEnd(std::string_view text KX_LIFETIMEBOUND)
 {
     while (!text.empty() && kx::detail::IsSpace(text.back()))
         text.remove_suffix(1);
     return text;
 }
-[[nodiscard]] constexpr std::string_view TrimSpace(std::string_view text)
+[[nodiscard]] constexpr std::string_view TrimSpace(std::string_view text KX_LIFETIMEBOUND)
 {
     return TrimSpaceAtEnd(TrimSpaceAtStart(text));
 }
@@ -38,7 +38,10 @@ class ZTextPieces
 {
 public:
     /// Cuts nothing yet.
-    constexpr ZTextPieces(std::string_view text, char cSeparator) : m_text(text), m_cSeparator(cSeparator) {}
+    constexpr ZTextPieces(std::string_view text KX_LIFETIMEBOUND, char cSeparator)
+        : m_text(text), m_cSeparator(cSeparator)
+    {
+    }
 
     struct SEnd
     {

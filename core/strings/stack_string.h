@@ -46,7 +46,7 @@ public:
     ///
     /// Output that does not fit is printed twice, the second time into a temporary on the stack that is as large as the
     /// free space. If that is more than 256 KB, there is no temporary, and an argument in this string is printed wrong.
-    const char* format(const char* pszFormat, ...) KX_PRINTF(2, 3);
+    const char* format(const char* pszFormat, ...) KX_LIFETIMEBOUND KX_PRINTF(2, 3);
 
     /// Appends the characters.
     ///
@@ -79,7 +79,7 @@ public:
     /// Appends one character by the rule of append: in a full string it replaces the last one.
     ///
     /// NUL is a character like any other and counts; as a C string, the string then ends there.
-    ZStackStringBase& appendChar(char c)
+    ZStackStringBase& appendChar(char c) KX_LIFETIMEBOUND
     {
         char* pBuffer = buffer();
         const uint64 nSize = m_nSize + uint64{1};
@@ -98,7 +98,7 @@ public:
     /// A value below zero has a sign, even if only zeros are left of it; negative zero has none. A precision of 0 omits
     /// the point. The precision is clamped to 0 ... kMaxPrecision. Infinities are "inf" and "-inf", and a NaN is "nan".
     /// Any other format triggers the debug break; if execution resumes, it counts as 'f'.
-    ZStackStringBase& appendFloat(float value, char cFormat, int nPrecision);
+    ZStackStringBase& appendFloat(float value, char cFormat, int nPrecision) KX_LIFETIMEBOUND;
 
     /// No float has more digits after the point.
     static constexpr int kMaxPrecision = 149;
@@ -113,8 +113,8 @@ public:
     void clear() { EndAt(buffer(), 0); }
 
     /// The characters, NUL-terminated. They and a view of them are valid while the string lives and is not changed.
-    [[nodiscard]] const char* get() const { return const_cast<ZStackStringBase*>(this)->buffer(); }
-    operator std::string_view() const { return {get(), m_nSize}; }
+    [[nodiscard]] const char* get() const KX_LIFETIMEBOUND { return const_cast<ZStackStringBase*>(this)->buffer(); }
+    operator std::string_view() const KX_LIFETIMEBOUND { return {get(), m_nSize}; }
 
     /// The number of characters without the terminator.
     [[nodiscard]] uint32 size() const { return m_nSize; }

@@ -94,7 +94,7 @@ public:
     /// The length is that of the array without the terminator. If another function passes the array on (emplace_back,
     /// std::pair), write ZString("text") at the call. GCC 12 also needs that in a member's initialiser and after new.
     template <uint64 N>
-    consteval ZString(const char (&acLiteral)[N])
+    consteval ZString(const char (&acLiteral KX_LIFETIMEBOUND)[N])
         : m_nLength(kBorrowed | static_cast<uint32>(N - 1)), m_pChars(acLiteral)
     {
         static_assert(N - 1 <= kMaxLength, "a ZString holds fewer than 2^31 characters");
@@ -203,8 +203,8 @@ public:
     }
 
     /// The characters, NUL-terminated. They and a view of them are valid while the string lives and is not assigned to.
-    [[nodiscard]] constexpr const char* ToCString() const { return m_pChars; }
-    constexpr operator std::string_view() const { return {m_pChars, m_nLength & ~kBorrowed}; }
+    [[nodiscard]] constexpr const char* ToCString() const KX_LIFETIMEBOUND { return m_pChars; }
+    constexpr operator std::string_view() const KX_LIFETIMEBOUND { return {m_pChars, m_nLength & ~kBorrowed}; }
 
     /// The number of characters without the terminator, and whether it is 0.
     [[nodiscard]] constexpr int Length() const { return static_cast<int>(m_nLength & ~kBorrowed); }
@@ -220,8 +220,8 @@ public:
     }
 
     /// The first character and the terminator, for loops and algorithms. Valid as long as ToCString().
-    [[nodiscard]] constexpr const char* begin() const { return m_pChars; }
-    [[nodiscard]] constexpr const char* end() const { return m_pChars + Length(); }
+    [[nodiscard]] constexpr const char* begin() const KX_LIFETIMEBOUND { return m_pChars; }
+    [[nodiscard]] constexpr const char* end() const KX_LIFETIMEBOUND { return m_pChars + Length(); }
 
     /// Compares the characters, never addresses or ownership. The order is that of the bytes as unsigned numbers.
     constexpr bool operator==(const ZString& other) const { return std::string_view(*this) == std::string_view(other); }
@@ -256,12 +256,12 @@ public:
     [[nodiscard]] constexpr bool Contains(const char* pszText) const { return Contains(kx::detail::TextOf(pszText)); }
 
     /// The string without the white space around it. A view like that of the whole string.
-    [[nodiscard]] constexpr std::string_view Trim() const { return TrimSpace(*this); }
+    [[nodiscard]] constexpr std::string_view Trim() const KX_LIFETIMEBOUND { return TrimSpace(*this); }
 
     /// The pieces between the separators: `for (const std::string_view piece : text.Split(','))`. No allocation.
     ///
     /// n separators make n + 1 pieces, which may be empty. They are views like that of the whole string.
-    [[nodiscard]] constexpr ZTextPieces Split(char cSeparator) const { return {*this, cSeparator}; }
+    [[nodiscard]] constexpr ZTextPieces Split(char cSeparator) const KX_LIFETIMEBOUND { return {*this, cSeparator}; }
 
     /// Returns the first position of c from nStart on, or -1 if there is none. A negative nStart counts as 0.
     [[nodiscard]] int IndexOf(char c, int64 nStart = 0) const;

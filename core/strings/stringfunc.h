@@ -111,7 +111,7 @@ KX_API int FormatToBuffer(char* pBuffer, uint64 nSize, const char* pszFormat, ..
 /// the call triggers the debug break; if execution resumes, acResult holds the empty string. Neither string may be in
 /// acResult.
 template <int N>
-char* GetStringPlusString(const char* pszFirst, const char* pszSecond, char (&acResult)[N])
+char* GetStringPlusString(const char* pszFirst, const char* pszSecond, char (&acResult KX_LIFETIMEBOUND)[N])
 {
     const std::string_view first = kx::detail::TextOf(pszFirst);
     const std::string_view second = kx::detail::TextOf(pszSecond);

@@ -10,12 +10,12 @@
 
 namespace kx::detail
 {
-constexpr const char* NotNull(const char* pszText)
+constexpr const char* NotNull(const char* pszText KX_LIFETIMEBOUND)
 {
     return pszText != nullptr ? pszText : "";
 }
 
-constexpr std::string_view TextOf(const char* pszText)
+constexpr std::string_view TextOf(const char* pszText KX_LIFETIMEBOUND)
 {
     return NotNull(pszText);
 }

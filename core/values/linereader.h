@@ -44,7 +44,7 @@ public:
     ///
     /// Fewer than 3 bytes have no space for a piece and a CR that is held back. They trigger the debug break, and so
     /// does a null function or buffer. If execution resumes, the reader is at the end of its data.
-    ZLineReader(ReadFunction pRead, uint64 nUser, char* pBuffer, uint32 nBufferSize);
+    ZLineReader(ReadFunction pRead, uint64 nUser, char* pBuffer KX_LIFETIMEBOUND, uint32 nBufferSize);
 
     ZLineReader(const ZLineReader&) = delete;
     ZLineReader& operator=(const ZLineReader&) = delete;
