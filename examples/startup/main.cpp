@@ -1,101 +1,94 @@
-// Fills each container with the numbers 0 to N - 1 and reports its allocator calls and memory:
+// Starts and ends an engine as far as its memory goes, and prints what each part has taken:
 //
-//   containers [N]        1000 if N is not given
+//   startup [NAME=VALUE...]       for example frames=10 leak=1
 //
-// The figures come from the counting allocator. It is installed like any other, and the containers know nothing of it.
+// The engine and the level have counting allocators of their own. The blocks of the level come from an arena of the
+// standard library. What must survive the level is in a container of the standard library, which
+// keeps the allocator of the engine.
 #include "core/containers/array.h"
-#include "core/containers/blockarray.h"
 #include "core/containers/hashmap.h"
-#include "core/containers/hashset.h"
-#include "core/containers/list.h"
 #include "core/containers/map.h"
-#include "core/containers/maxarray.h"
-#include "core/containers/set.h"
-#include "core/containers/slist.h"
+#include "core/dynamic/format.h"
 #include "core/memory/countingallocator.h"
-#include "core/strings/string.h"
+#include "core/memory/pmr.h"
 #include "core/strings/stringfunc.h"
 
-#include <algorithm>
 #include <cstdio>
+#include <vector>
 
 namespace
 {
-// Runs fill on a new container and prints its line of the report. Blocks that are still allocated when the container is
-// destroyed are a leak. Returns whether there was none.
-template <class TContainer, class TFill>
-bool Report(const char* pszName, TFill fill)
+using Settings = TMap<ZString, uint32>;
+
+// Changes a setting by "name=value"; returns whether there is one of that name.
+bool Change(Settings& settings, std::string_view change)
 {
-    ZCountingAllocator allocator(pszName);
+    const std::size_t nName = change.find('=');
+    uint32* pValue = settings.TryGet(change.substr(0, nName));
+    return pValue != nullptr && nName != change.npos && IntFromString(change.substr(nName + 1), pValue);
+}
+
+void Report(const ZCountingAllocator& allocator)
+{
+    std::puts(ZString::Format("{0}: {1} allocations, {2} bytes at most", allocator.GetName(), allocator.Allocations(),
+                              allocator.MostBytes())
+                  .ToCString());
+}
+
+// Runs a level and returns whether it has freed all of its blocks.
+bool PlayLevel(const Settings& settings, std::pmr::vector<uint64>& scores)
+{
+    std::pmr::monotonic_buffer_resource arena;
+    ZMemoryResourceAllocator inArena(&arena);
+    ZCountingAllocator allocator("level", &inArena);
     {
         ZAllocatorScope scope(allocator);
-        TContainer container;
-        fill(container);
-        std::printf("%-24s %11llu %9llu %9llu\n", pszName, static_cast<unsigned long long>(allocator.Allocations()),
-                    static_cast<unsigned long long>(allocator.Bytes()),
-                    static_cast<unsigned long long>(allocator.MostBytes()));
+        THashMap<uint32, ZString> names;
+        names.Reserve(settings["entities"]);
+        for (uint32 i = 0; i < settings["entities"]; ++i)
+            names.Emplace(i, ZString::Format("entity {0}", i));
+        for (uint32 nFrame = 0; nFrame < settings["frames"]; ++nFrame)
+        {
+            TArray<uint32> visible;
+            for (const auto& [nEntity, name] : names)
+            {
+                if (nEntity % (nFrame + 1) == 0)
+                    visible.Emplace(nEntity);
+            }
+            scores.push_back(visible.Size());
+        }
+        for (uint32 i = 0; i < settings["leak"]; ++i)
+            static_cast<void>(allocator.Allocate(100, 8, 0));
     }
-    return !allocator.ReportLeaks();
+    Report(allocator);
+    return allocator.Blocks() == 0; // if there are any, the destructor of the allocator reports them
+}
+
+int Run(char** ppszChanges)
+{
+    Settings settings{{"frames", 3}, {"entities", 1000}, {"leak", 0}};
+    for (; *ppszChanges != nullptr; ++ppszChanges)
+    {
+        if (Change(settings, *ppszChanges))
+            continue;
+        std::fputs("Usage: startup [NAME=VALUE...]\nThe names are:\n", stderr);
+        for (const auto& [name, nValue] : settings)
+            std::fprintf(stderr, "  %s\n", name.ToCString());
+        return 2;
+    }
+    ZMemoryResource ofEngine(GetNormalAllocator());
+    std::pmr::vector<uint64> scores(&ofEngine);
+    const bool bClean = PlayLevel(settings, scores);
+    for (const uint64 nScore : scores)
+        std::puts(ZString::Format("{0} visible", nScore).ToCString());
+    return bClean ? 0 : 1;
 }
 } // namespace
 
-int main(int argc, char** argv)
+int main(int, char** argv)
 {
-    int nCount = 1000;
-    if (argc > 1 && (!IntFromString(argv[1], &nCount) || nCount < 0))
-    {
-        std::fputs("Usage: containers [N]\nReports what each container of N numbers asks of the allocator.\n", stderr);
-        return 2;
-    }
-
-    const auto add = [nCount](auto& container)
-    {
-        for (int i = 0; i < nCount; ++i)
-            container.Add(i);
-    };
-    const auto addReserved = [nCount, add](TArray<int>& array)
-    {
-        array.Reserve(static_cast<uint64>(nCount));
-        add(array);
-    };
-    const auto addFew = [nCount](TMaxArray<int, 100>& array)
-    {
-        for (int i = 0; i < std::min(nCount, 100); ++i)
-            array.Add(i);
-    };
-    const auto append = [nCount](TBlockArray<int>& array)
-    {
-        for (int i = 0; i < nCount; ++i)
-            array.Insert(array.End(), i);
-    };
-    const auto insert = [nCount](auto& container)
-    {
-        for (int i = 0; i < nCount; ++i)
-            container.Insert(i);
-    };
-    const auto insertNames = [nCount](auto& container)
-    {
-        for (int i = 0; i < nCount; ++i)
-            container.Insert(i, "a literal, which takes no memory");
-    };
-    const auto addOwned = [nCount](TArray<ZString>& array)
-    {
-        const ZString literal = "a literal";
-        for (int i = 0; i < nCount; ++i)
-            array.Add(literal + ", and more");
-    };
-
-    std::printf("%-24s %11s %9s %9s\n", "", "allocations", "bytes", "at most");
-    bool bClean = Report<TArray<int>>("TArray<int>", add);
-    bClean &= Report<TArray<int>>("  with Reserve", addReserved);
-    bClean &= Report<TMaxArray<int, 100>>("TMaxArray<int, 100>", addFew);
-    bClean &= Report<TBlockArray<int>>("TBlockArray<int>", append);
-    bClean &= Report<TList<int>>("TList<int>", insert);
-    bClean &= Report<TSList<int>>("TSList<int>", insert);
-    bClean &= Report<TSet<int>>("TSet<int>", insert);
-    bClean &= Report<THashSet<int>>("THashSet<int>", insert);
-    bClean &= Report<TMap<int, ZString>>("TMap<int, ZString>", insertNames);
-    bClean &= Report<THashMap<int, ZString>>("THashMap<int, ZString>", insertNames);
-    bClean &= Report<TArray<ZString>>("TArray<ZString>, owned", addOwned);
-    return bClean ? 0 : 1;
+    ZCountingAllocator allocator("engine");
+    const ZAllocatorScope scope(allocator);
+    const int nStatus = Run(argv + 1);
+    return allocator.Blocks() != 0 ? 1 : nStatus;
 }
