@@ -16,6 +16,9 @@ execute_process(COMMAND ${GDB} -nx -batch -iex "add-auto-load-safe-path ${place}
 # What is before the first command that is shown has addresses in it.
 string(FIND "${printed}" "+print" first)
 string(SUBSTRING "${printed}" ${first} -1 transcript)
+# The views' own errors follow. GDB writes other things to the same stream.
+string(REGEX MATCHALL "There is no [^\n]*\n" refusals "${errors}")
+string(APPEND transcript ${refusals})
 file(READ ${here}/transcript.txt expected)
 if(NOT transcript STREQUAL expected)
   get_filename_component(folder ${PROGRAM} DIRECTORY)

@@ -1,7 +1,8 @@
-// Stops with one of each thing that the debugger has a view of.
+// Stops with one of each thing that the debuggers have a view of, in three frames: positions, containers, values.
 #include "core/dynamic/dynamicobject.h"
 #include "core/strings/stack_string.h"
 #include "core/values/version.h"
+#include "runtime/resource/resourceid.h"
 #include "tests/support/containers.h"
 
 struct SVertex
@@ -16,10 +17,47 @@ KX_NOINLINE static void Stop(const ZStackStringBase& reference)
     asm volatile("" : : "r"(&reference) : "memory");
 }
 
-int main()
+static void StopAmongPositions(const ZStackStringBase& reference)
 {
-    ZMemAllocatorScope scope;
+    TArray<int> array{1, 2, 3};
+    TBlockArray<int> blocks{4, 5};
+    TList<ZString> list{ZString("one"), ZString("two")};
+    TSList<int> slist{1, 2};
+    TSet<int> set{1, 2};
+    TMap<int, ZString> map{{2, "two"}, {1, "one"}};
+    THashMap<ZString, int> hashMap{{"one", 1}, {"two", 2}};
+    THashSet<int> hashSet{3};
 
+    [[maybe_unused]] auto blockPos = ++blocks.Begin();
+    [[maybe_unused]] const auto blockEnd = blocks.End();
+    [[maybe_unused]] const auto listPos = list.Begin();
+    [[maybe_unused]] const auto slistPos = slist.Begin();
+    [[maybe_unused]] const auto slistEnd = slist.End();
+    [[maybe_unused]] const auto mapPos = map.Find(2);
+    [[maybe_unused]] const auto mapEnd = map.End();
+    [[maybe_unused]] const auto hashPos = hashMap.Find("two");
+    [[maybe_unused]] const auto hashEnd = hashMap.End();
+
+    auto arrayWalk = array.GetEnumerator(), arrayDone = arrayWalk;
+    arrayWalk.MoveNext();
+    while (arrayDone.MoveNext())
+        ;
+    auto blockStart = blocks.GetEnumerator(), blockWalk = blockStart;
+    blockWalk.MoveNext();
+    auto setStart = set.GetEnumerator(), setWalk = setStart;
+    setWalk.MoveNext();
+    auto hashStart = hashSet.GetEnumerator(), hashWalk = hashStart, hashDone = hashStart;
+    hashWalk.MoveNext();
+    while (hashDone.MoveNext())
+        ;
+    auto valueWalk = map.GetValueEnumerator();
+    valueWalk.MoveNext();
+
+    Stop(reference);
+}
+
+static void StopAmongContainers(const ZStackStringBase& reference)
+{
     TArray<int> array{1, 2, 3};
     array.Add(4);
     array.Add(5);
@@ -44,6 +82,13 @@ int main()
     THashSet<int> hashSet{3}, emptyHashSet;
     TMap<ZString, TArray<int>> nested{{"primes", {2, 3, 5}}, {"squares", {1, 4}}};
 
+    StopAmongPositions(reference);
+}
+
+int main()
+{
+    ZMemAllocatorScope scope;
+
     const ZString literal = "a \"literal\"";
     const ZString owned = literal + ", owned";
     const ZString emptyString;
@@ -52,6 +97,8 @@ int main()
 
     [[maybe_unused]] const ZGuid guid(0x97f879bdbe59447b, 0xae395c54e0e67d22);
     [[maybe_unused]] const Version version{{2, 1, 3, 4}};
+
+    [[maybe_unused]] const ZRuntimeResourceID resource = ZRuntimeResourceID::Create(42), noResource;
 
     const ZVariant nothing;
     const ZVariant number(uint8{200});
@@ -68,5 +115,5 @@ int main()
             .Set("hold", ZDynamicObject::Array().PushBack(1.5).PushBack(ZDynamicObject::Object()));
     const ZVariant shipVariant(ship);
 
-    Stop(stackString);
+    StopAmongContainers(stackString);
 }

@@ -1,10 +1,13 @@
-"""GDB's views of the containers, strings and values of kxcore.
+"""GDB's views of the containers, strings and values of kxcore, and its own forms of their simplest functions.
 
 This file is stored beside the library as libkxbase.so.<version>-gdb.py. GDB runs it when it loads the library, if the
 folder is on its list of safe paths (docs/debugger.md). To load it by hand: source tools/gdb/kxcore.py.
 
 A view only reads memory and calls nothing in the program, so it also works on a core file. Counts come from the object
 itself. GDB's `set print elements` limits what is shown, so garbage in an uninitialised variable does no harm.
+
+The functions, `array[1]`, `map.Size()`, `*it` and a few more, read memory too. They replace those of the program, which
+the compiler has inlined or never compiled.
 """
 
 import itertools
@@ -12,6 +15,7 @@ import re
 
 import gdb
 import gdb.printing
+import gdb.xmethod
 
 PRINTERS = gdb.printing.RegexpCollectionPrettyPrinter("kxcore")
 
@@ -234,6 +238,114 @@ class StackString:
         return "string"
 
 
+class Position:
+    """Shows an iterator or an enumerator. A view defines state(), which says where it is, and element(), which returns
+    the element there or None."""
+
+    kind = "iterator"
+    child = "element"
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        return self.kind + self.state()
+
+    def state(self):
+        return " at the end" if self.element() is None else ""
+
+    def children(self):
+        element = self.element()
+        if element is not None:
+            yield self.child, element
+
+
+@view_of("kx::detail::TNodeIterator")
+class NodeIterator(Position):
+    """The end of a TList looks like an element, because nothing distinguishes the sentinel of a ring from a node."""
+
+    def element(self):
+        element = self.value["m_pElement"]
+        links = self.value.type.strip_typedefs().template_argument(1)
+        node = address(element) - round_up(links.sizeof, element.type.target().alignof)
+        if node <= 0 or (links.name.endswith("TreeLinks") and not at(node, links)["m_pParent"]):
+            return None
+        return element.dereference()
+
+
+@view_of("TBlockArrayIterator")
+class BlockArrayIterator(Position):
+    def state(self):
+        return " at the end" if self.element() is None else " at %d" % int(self.value["m_nIndex"])
+
+    def element(self):
+        return self.value["m_pElement"].dereference() if self.value["m_pElement"] else None
+
+
+@view_of("kx::detail::THashIterator")
+class HashIterator(Position):
+    def element(self):
+        return self.value["m_pCurrent"].dereference() if self.value["m_pCurrent"] else None
+
+
+class Enumerator(Position):
+    kind = "enumerator"
+    child = "current"
+
+
+@view_of("kx::detail::TNodeEnumerator", "TTreeValueEnumerator")
+class NodeEnumerator(Enumerator):
+    def state(self):
+        return " before the first or past the last" if self.element() is None else ""
+
+    def element(self):
+        current = self.value["m_pCurrent"]
+        return current.dereference() if current != self.value["m_pEnd"] else None
+
+
+@view_of("kx::detail::THashEnumerator")
+class HashEnumerator(Enumerator):
+    def state(self):
+        if self.element() is not None:
+            return ""
+        return " before the first" if int(self.value["m_nBucket"]) == 0xFFFFFFFF else " past the last"
+
+    def element(self):
+        return self.value["m_pCurrent"].dereference() if self.value["m_pCurrent"] else None
+
+
+@view_of("TBlockArrayEnumerator")
+class BlockArrayEnumerator(Enumerator):
+    def state(self):
+        if int(self.value["m_nIndex"]) == 0xFFFFFFFF:
+            return " before the first"
+        return " past the last" if self.element() is None else " at %d" % int(self.value["m_nIndex"])
+
+    def element(self):
+        return self.value["m_pElement"].dereference() if self.value["m_pElement"] else None
+
+
+@view_of("TArrayEnumerator")
+class ArrayEnumerator(Enumerator):
+    """Shows the next element, because an enumerator does not know whether it is still before the first."""
+
+    child = "next"
+
+    def to_come(self):
+        current = self.value["m_pCurrent"]
+        size = current.type.target().sizeof
+        return max((address(self.value["m_pEnd"]) - address(current)) // size - 1, 0)
+
+    def state(self):
+        return ", %d to come" % self.to_come()
+
+    def element(self):
+        return (self.value["m_pCurrent"] + 1).dereference() if self.to_come() else None
+
+    def current(self):
+        return self.value["m_pCurrent"].dereference() if self.value["m_pCurrent"] != self.value["m_pEnd"] else None
+
+
 @view_of("ZGuid")
 class Guid:
     def __init__(self, value):
@@ -251,6 +363,15 @@ class Version:
 
     def to_string(self):
         return ".".join(str(int(self.value[part])) for part in ("major", "minor", "patch", "build"))
+
+
+@view_of("ZRuntimeResourceID")
+class RuntimeResourceID:
+    def __init__(self, value):
+        self.number = int(value["m_nHigh"]) << 32 | int(value["m_nLow"])
+
+    def to_string(self):
+        return "no resource" if self.number == 0xFFFFFFFFFFFFFFFF else "resource %d" % self.number
 
 
 # The built-in types, by their number in a record.
@@ -360,4 +481,70 @@ class DynamicObject:
         return {ARRAY: "array", OBJECT: "map"}.get(self.name)
 
 
+def element_number(view, index):
+    index = int(index)
+    if not 0 <= index < view.size():
+        raise gdb.GdbError("There is no element %d: the size is %d." % (index, view.size()))
+    return next(itertools.islice(view.elements(), index, None))
+
+
+def element_of(view):
+    element = view.element()
+    if element is None:
+        raise gdb.GdbError("There is no element here: %s." % view.to_string())
+    return element
+
+
+def current_of(view):
+    current = view.current() if isinstance(view, ArrayEnumerator) else view.element()
+    if current is None:
+        raise gdb.GdbError("There is no element here: %s." % view.to_string())
+    return current
+
+
+def length_of(view):
+    return gdb.Value(int(view.value["m_nLength"]) & 0x7FFFFFFF)
+
+
+# The functions of each kind of view, by their names: the type of the argument if there is one, and what computes the
+# result from the view.
+FUNCTIONS = (
+    ((Array, MaxArray, BlockArray), {"operator[]": ("unsigned long", element_number)}),
+    ((Container,), {"Size": (None, lambda view: gdb.Value(view.size()))}),
+    ((Container,), {"IsEmpty": (None, lambda view: gdb.Value(view.size() == 0))}),
+    ((Position,), {"operator*": (None, element_of), "operator->": (None, lambda view: element_of(view).address)}),
+    ((Enumerator,), {"Current": (None, current_of)}),
+    ((String,), {"Length": (None, length_of), "ToCString": (None, lambda view: view.value["m_pChars"])}),
+)
+
+
+class Function(gdb.xmethod.XMethodWorker):
+    def __init__(self, view, argument, compute):
+        self.view, self.argument, self.compute = view, argument, compute
+
+    def get_arg_types(self):
+        return [gdb.lookup_type(self.argument)] if self.argument else []
+
+    def __call__(self, value, *arguments):
+        # GDB passes the object or, like a function, its address.
+        if value.type.code in (gdb.TYPE_CODE_PTR, gdb.TYPE_CODE_REF):
+            value = value.referenced_value()
+        return self.compute(self.view(value), *arguments)
+
+
+class Functions(gdb.xmethod.XMethodMatcher):
+    def __init__(self):
+        super().__init__("kxcore")
+        self.methods = []
+
+    def match(self, class_type, name):
+        class_name = class_type.strip_typedefs().unqualified().name or ""
+        view = next((p.gen_printer for p in PRINTERS.subprinters if p.compiled_re.search(class_name)), None)
+        for kinds, functions in FUNCTIONS:
+            if view is not None and issubclass(view, kinds) and name in functions:
+                return Function(view, *functions[name])
+        return None
+
+
+gdb.xmethod.register_xmethod_matcher(gdb.current_objfile(), Functions(), replace=True)
 gdb.printing.register_pretty_printer(gdb.current_objfile(), PRINTERS, replace=True)
