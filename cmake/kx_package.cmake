@@ -32,4 +32,5 @@ file(GENERATE OUTPUT $<TARGET_FILE:kxbase>-gdb.py INPUT ${PROJECT_SOURCE_DIR}/to
 install(FILES ${PROJECT_SOURCE_DIR}/tools/gdb/kxcore.py
   DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RENAME $<TARGET_FILE_NAME:kxbase>-gdb.py)
+install(FILES ${PROJECT_SOURCE_DIR}/tools/lldb/kxcore.py DESTINATION ${CMAKE_INSTALL_DATADIR}/kxcore/lldb)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/kxcore.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/kxcore)

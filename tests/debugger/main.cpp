@@ -114,6 +114,9 @@ int main()
             .Set("bow", vertex)
             .Set("hold", ZDynamicObject::Array().PushBack(1.5).PushBack(ZDynamicObject::Object()));
     const ZVariant shipVariant(ship);
+    // Their classes have to be in the debug information, because natvis casts to them.
+    const TArray<ZDynamicObject> noTrees;
+    const TArray<SDynamicObjectKeyValuePair> noProperties;
 
     StopAmongContainers(stackString);
 }
