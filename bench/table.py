@@ -20,9 +20,9 @@ REPETITIONS = 7
 KEEP_PAGES = "glibc.malloc.mmap_threshold=1073741824:glibc.malloc.trim_threshold=4294967296"
 HEAD = """# Benchmark: {name}
 
-Our time divided by the peer's: below 1.00 we are faster. Written by `./dev bench {name}`, GCC at -O3, {cpus} cores at
-{mhz} MHz. Median of {processes} processes, each the ratio of the medians of {repetitions} interleaved repetitions;
-differences under 15 % are noise.
+Our time divided by the peer's: below 1.00 we are faster. Written by `./dev bench {name}`, GCC at -O2, the library at
+-O3, {cpus} cores at {mhz} MHz. Median of {processes} processes, each the ratio of the medians of {repetitions} interleaved
+repetitions; differences under 15 % are noise.
 
 """
 
