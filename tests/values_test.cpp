@@ -116,6 +116,7 @@ TEST_F(GuidValues, AreKeysInTheOrderOfTheirDigits)
 
 TEST(Versions, ReadWhatIsAVersionToTheCharacter)
 {
+    const ZMemAllocatorScope scope;
     for (const std::string_view text :
          {" \v\f\r\t\n2.1", "2.1.3.4.5", "255.255.65535.4294967295", "0.0.0.42949672950", "18446744073709551617.0"})
         ExpectOfNeighbours(text, AgreesOnVersion);

@@ -298,7 +298,12 @@ private:
         Know("find", "k", 2, 2, [](SCall& x) { return x.c.Find(x.first); });
         Know("find in const", "k", 1, 1, [](SCall& x) { return std::as_const(x.c).Find(x.first); });
         Know("contains", "k", 1, 1, [](SCall& x) { return std::as_const(x.c).Contains(x.first); });
-        if constexpr (requires(TContainer & c, const Logged& key) { c.Remove(key); })
+        // The recorded series of the multi hash map is older than its Remove.
+        constexpr bool kIsUnique = requires(TContainer & c, const Logged& key)
+        {
+            c.GetValue(key, key);
+        };
+        if constexpr (!kIsHashed || !kIsMap || kIsUnique)
             Know("remove", "k", 1, 2, [](SCall& x) { return x.c.Remove(x.first); });
         if constexpr (kIsHashed)
             Know("rehash", "b", 1, 1, [](SCall& x) { x.c.Rehash(static_cast<uint32>(x.nFirst)); });
