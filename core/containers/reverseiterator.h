@@ -13,7 +13,7 @@ template <class TIterator>
 class TReverseIterator
 {
     // Whether the iterators have random access.
-    static constexpr bool kFar = requires(TIterator pos) { pos - pos; };
+    static constexpr bool kFar = requires(const TIterator& first, const TIterator& second) { first - second; };
 
 public:
     using value_type = std::remove_cvref_t<decltype(*TIterator())>;

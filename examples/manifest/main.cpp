@@ -55,18 +55,18 @@ ZString AddLine(std::string_view line, Assets& assets)
 // Prints the assets and returns whether each has what it needs.
 bool Print(const Assets& assets)
 {
-    TArray<const Assets::value_type*> sorted;
+    TArray<Assets::const_iterator> sorted;
     TMap<ZString, uint64> bytesOfKind;
-    for (const auto& asset : assets)
+    for (auto pos = assets.Begin(); pos != assets.End(); ++pos)
     {
-        sorted.Add(&asset);
-        bytesOfKind[asset.Value().m_kind] += asset.Value().m_nBytes;
+        sorted.Add(pos);
+        bytesOfKind[pos->Value().m_kind] += pos->Value().m_nBytes;
     }
-    std::ranges::sort(sorted, {}, [](const auto* pAsset) -> const ZString& { return pAsset->Key(); });
+    std::ranges::sort(sorted, {}, [](const auto& pos) -> const ZString& { return pos->Key(); });
     bool bComplete = true;
-    for (const auto* pAsset : sorted)
+    for (const auto& pos : sorted)
     {
-        const auto& [path, asset] = *pAsset;
+        const auto& [path, asset] = *pos;
         std::puts(ZString::Format("{0}: {1}, {2} bytes", path, asset.m_kind, asset.m_nBytes).ToCString());
         for (const ZString& need : asset.m_needs)
         {
