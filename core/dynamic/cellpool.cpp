@@ -1,16 +1,17 @@
 #include "core/dynamic/cellpool.h"
 
+#include "core/platform/lock.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
-#include <mutex>
 #include <new>
 
 namespace kx::detail
 {
 namespace
 {
-constinit std::mutex s_lock;
+constinit ZLock s_lock;
 
 // Whether the thread has ended its heap. Destructors that run later, those of static objects among them, allocate from
 // the orphans.

@@ -91,7 +91,7 @@ ZString NameOf(const T& name)
 } // namespace kx::detail
 
 /// A tree of values; see the head of this file.
-class KX_API ZDynamicObject : public ZVariant
+class KX_VISIBLE ZDynamicObject : public ZVariant
 {
 public:
     /// Null.
@@ -118,15 +118,15 @@ public:
 
     /// A null object, an empty object, an empty array.
     static const ZDynamicObject Null() { return {}; }
-    static ZDynamicObject Object();
-    static ZDynamicObject Array();
+    KX_API static ZDynamicObject Object();
+    KX_API static ZDynamicObject Array();
 
     bool IsNull() const { return m_pType == nullptr; }
     KX_LOCAL bool IsArray() const { return m_pType == GetTypeID<TArray<ZDynamicObject>>(); }
     KX_LOCAL bool IsObject() const { return m_pType == GetTypeID<TArray<SDynamicObjectKeyValuePair>>(); }
 
     /// For a switch over everything that a node can be.
-    EDynamicKind Kind() const;
+    KX_API EDynamicKind Kind() const;
 
     // ---- Values
 
@@ -176,7 +176,7 @@ public:
     /// and has a key twice equals only those with the same keys in the same order.
     bool operator==(const ZDynamicObject& other) const { return kx::detail::EqualValues(*this, other); }
     bool operator==(const ZVariant& other) const { return kx::detail::EqualValues(*this, other); }
-    bool operator==(const char* pszText) const;
+    KX_API bool operator==(const char* pszText) const;
     bool operator==(std::nullptr_t) const { return IsNull(); }
     template <DynamicValue T>
     bool operator==(const T& value) const
@@ -190,10 +190,10 @@ public:
     // ---- Arrays
 
     /// The number of elements of an array or of properties of an object, 0 for any other kind.
-    uint64 Size() const;
+    KX_API uint64 Size() const;
 
     /// The element. A null object past the end, for a negative index, and for any kind but an array.
-    const ZDynamicObject& Get(uint64 nIndex) const;
+    KX_API const ZDynamicObject& Get(uint64 nIndex) const;
     template <std::integral TIndex>
     const ZDynamicObject& operator[](TIndex nIndex) const
     {
@@ -216,21 +216,21 @@ public:
     /// Inserts before the element at nIndex, or appends if nIndex is the size. Any other index, and any kind but an
     /// array, triggers the debug break, and nothing changes if execution resumes. The argument may be a part of this
     /// tree.
-    void InsertAt(uint64 nIndex, ZDynamicObject value);
+    KX_API void InsertAt(uint64 nIndex, ZDynamicObject value);
 
     /// Removes the element; those after it move down. Returns false if there is none.
-    bool RemoveAt(uint64 nIndex);
+    KX_API bool RemoveAt(uint64 nIndex);
 
     /// Removes all elements of an array or properties of an object. Any other kind triggers the debug break.
-    void Clear();
+    KX_API void Clear();
 
     /// The storage of an array, writable. Triggers the debug break on any other kind, which has no such storage: there
     /// is no valid result if execution resumes.
-    TArray<ZDynamicObject>& GetArrayContainer() const;
+    KX_API TArray<ZDynamicObject>& GetArrayContainer() const;
 
     /// The elements of an array, for a range-based for; no elements for any other kind.
-    const ZDynamicObject* begin() const;
-    const ZDynamicObject* end() const;
+    KX_API const ZDynamicObject* begin() const;
+    KX_API const ZDynamicObject* end() const;
 
     /// Replaces the elements by the values, in the existing buffer if it is large enough.
     template <DynamicValue T>
@@ -277,7 +277,7 @@ public:
 
     /// Copies the property to result. If there is none, or none that IsValue<T>, returns false and leaves result
     /// untouched.
-    bool TryGet(const ZString& key, ZDynamicObject& result) const;
+    KX_API bool TryGet(const ZString& key, ZDynamicObject& result) const;
     template <DynamicValue T>
     bool TryGet(const ZString& key, T& result) const
     {
@@ -336,13 +336,13 @@ public:
     using ZVariant::Set;
 
     /// Removes the property; the others keep their order. Returns false if there is none.
-    bool Remove(const ZString& key);
+    KX_API bool Remove(const ZString& key);
 
     /// Walks the properties of an object; there are none for any other kind. Any change of the object invalidates it.
-    TArrayEnumerator<const SDynamicObjectKeyValuePair> GetPropertiesEnumerator() const;
+    KX_API TArrayEnumerator<const SDynamicObjectKeyValuePair> GetPropertiesEnumerator() const;
 
     /// The same walk, for a range-based for: for (const auto& [key, value] : object.Properties())
-    SDynamicProperties Properties() const;
+    KX_API SDynamicProperties Properties() const;
 
     // ---- Paths: the keys from here to a node, joined by dots, as in "root.item2.prop2"
     //
@@ -351,7 +351,7 @@ public:
 
     /// Copies the node to result. If the path leads nowhere, or a typed read leads to a node that is not IsValue<T>,
     /// returns false and leaves result untouched.
-    bool TryGetPath(const ZString& path, ZDynamicObject& result) const;
+    KX_API bool TryGetPath(const ZString& path, ZDynamicObject& result) const;
     template <DynamicValue T>
     bool TryGetPath(const ZString& path, T& result) const
     {
@@ -384,7 +384,7 @@ public:
     }
 
     /// Whether the invariants of this node hold. For tests and debugging.
-    bool Validate() const;
+    KX_API bool Validate() const;
 
 private:
     friend struct kx::detail::SVariantAccess;
@@ -392,12 +392,12 @@ private:
     ZDynamicObject(STypeID* pType, void* pData) : ZVariant(pData, pType) {}
 
     const SDynamicObjectKeyValuePair* FindProperty(std::string_view key) const;
-    ZDynamicObject& Append(ZDynamicObject value);
-    ZDynamicObject& Store(const ZString& key, ZDynamicObject value);
-    void StoreProperty(std::string_view key, const ZString* pKey, ZDynamicObject&& value);
-    ZDynamicObject* Walk(std::string_view path) const;
-    ZDynamicObject* FindPath(const ZString& path) const;
-    bool TrySetPathImpl(const ZString& path, ZDynamicObject value);
+    KX_API ZDynamicObject& Append(ZDynamicObject value);
+    KX_API ZDynamicObject& Store(const ZString& key, ZDynamicObject value);
+    KX_API void StoreProperty(std::string_view key, const ZString* pKey, ZDynamicObject&& value);
+    KX_API ZDynamicObject* Walk(std::string_view path) const;
+    KX_API ZDynamicObject* FindPath(const ZString& path) const;
+    KX_API bool TrySetPathImpl(const ZString& path, ZDynamicObject value);
 };
 
 /// A property of an object.

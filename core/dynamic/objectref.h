@@ -13,7 +13,7 @@ struct SVariantAccess;
 } // namespace kx::detail
 
 /// Refers to a value of any type. Two pointers, both null if there is no value; it must not outlive the value.
-class KX_API ZObjectRef
+class KX_VISIBLE ZObjectRef
 {
 public:
     /// Whether a value of type pFrom can be read in place as pTo: only if both are the same type, and not null.

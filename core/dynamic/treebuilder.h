@@ -18,7 +18,7 @@
 /// Builds a tree from the values of a text; see the head of this file.
 /// A value, key or end that the order does not allow triggers the debug break. If execution resumes, a key or an end is
 /// ignored, and before a value everything is dropped.
-class KX_API ZTreeBuilder
+class KX_VISIBLE ZTreeBuilder
 {
 public:
     ZTreeBuilder() = default;
@@ -26,28 +26,28 @@ public:
     ZTreeBuilder& operator=(const ZTreeBuilder&) = delete;
 
     /// The next value: the whole tree, the next element of the innermost array, or the value of the last key.
-    void Null();
-    void Boolean(bool bValue);
-    void Number(float64 fNumber);
-    void String(std::string_view text);
+    KX_API void Null();
+    KX_API void Boolean(bool bValue);
+    KX_API void Number(float64 fNumber);
+    KX_API void String(std::string_view text);
 
     /// The key of the next value. Before each value in an object, and nowhere else.
-    void Key(ZString&& key);
+    KX_API void Key(ZString&& key);
 
     /// Begins an array or object, which is the next value.
     /// Takes one allocation for its children if their number is known; it may be wrong.
-    void BeginArray(uint64 nSize = 0);
-    void BeginObject(uint64 nSize = 0);
+    KX_API void BeginArray(uint64 nSize = 0);
+    KX_API void BeginObject(uint64 nSize = 0);
 
     /// Ends the innermost array or object. Returns false if it is an object in which a key was repeated.
-    bool End();
+    KX_API bool End();
 
     /// The tree, after its last value; the builder is then empty. Triggers the debug break, and is null if execution
     /// resumes, if there is no value, or an array or object is open.
-    [[nodiscard]] ZDynamicObject Take();
+    [[nodiscard]] KX_API ZDynamicObject Take();
 
     /// Drops everything.
-    void Clear();
+    KX_API void Clear();
 
 private:
     struct SOpen

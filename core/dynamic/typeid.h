@@ -82,6 +82,9 @@ KX_API void FillTypeRecords(STypeEntry** ppFirst, STypeEntry** ppLast);
 KX_API void WithdrawTypeRecords(STypeEntry** ppFirst, STypeEntry** ppLast);
 } // namespace kx::detail
 
+KX_GATHERED(STypeIDData*, kxtype);
+KX_GATHERED(kx::detail::STypeEntry*, kxtypeentry);
+
 // A module's slot of T and the record it points at first. Specialised by KX_TYPE_SLOT.
 template <class T>
 struct TTypeSlot
@@ -138,9 +141,6 @@ KX_LOCAL inline STypeID* GetTypeID()
     return reinterpret_cast<STypeID*>(*TTypeSlot<T>::Slot());
 }
 
-KX_GATHERED(STypeIDData*, kxtype);
-KX_GATHERED(kx::detail::STypeEntry*, kxtypeentry);
-
 namespace kx::detail
 {
 // Starts the types of the module that it is compiled into. Whoever includes this header has one of it, hidden, so there
@@ -156,7 +156,7 @@ struct KX_LOCAL STypeStart
 
 KX_LOCAL KX_INIT_FIRST inline const STypeStart g_typeStart;
 
-KX_LOCAL KX_AT_UNLOAD inline void EndTypes()
+KX_AT_UNLOAD(EndTypes)
 {
     detail::WithdrawTypeRecords(KX_GATHER_BEGIN(kxtypeentry), KX_GATHER_END(kxtypeentry));
 }

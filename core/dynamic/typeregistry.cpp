@@ -1,10 +1,10 @@
 #include "core/dynamic/typeregistry.h"
 
 #include "core/dynamic/typetable.h"
+#include "core/platform/lock.h"
 
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 #include <string>
 #include <unordered_map>
 
@@ -13,7 +13,7 @@ namespace
 using kx::detail::STypeEntry;
 
 // Protects the identities, the entries, and what is made of them. Modules are loaded by any thread.
-constinit std::mutex s_lock;
+constinit kx::detail::ZLock s_lock;
 constinit bool s_bEnding = false;
 
 // The identity under this name, new if there is none. The first module that starts makes the table, when there is

@@ -54,7 +54,7 @@ static_assert(sizeof(IType) == 72 && offsetof(IType, m_nSize) == 8 && offsetof(I
               "modules that were built apart share this layout");
 
 /// The descriptions that have been entered, by identity.
-class KX_API ZTypeRegistry
+class KX_VISIBLE ZTypeRegistry
 {
 public:
     ZTypeRegistry(const ZTypeRegistry&) = delete;
@@ -64,10 +64,10 @@ public:
     /// same one again, has no effect. A description that no module declares must live on. A type whose module has not
     /// started triggers the debug break, and is not entered if execution resumes. Types declared by KX_DECLARE_TYPE are
     /// entered when their module starts.
-    void Register(IType* pType);
+    KX_API void Register(IType* pType);
 
     /// The description of the type, null if none is entered. It stays valid until its module is unloaded.
-    const IType* Find(STypeID* pTypeID) const;
+    KX_API const IType* Find(STypeID* pTypeID) const;
 
 private:
     friend KX_API ZTypeRegistry& GetTypeRegistry();

@@ -29,7 +29,7 @@ alignas(8) extern KX_API unsigned char g_acSharedNull[16];
 } // namespace kx::detail
 
 /// A reference to a value of any type that has an identity.
-class KX_API ZVariantRef : public ZObjectRef
+class KX_VISIBLE ZVariantRef : public ZObjectRef
 {
 public:
     /// Refers to nothing.
@@ -48,7 +48,7 @@ protected:
 
 /// The owner of a value of any type that has an identity. Copies are deep. A value of up to 56 bytes is stored in the
 /// cells that all variants share, a larger one in a block of its own from the normal allocator.
-class KX_API ZVariant : public ZVariantRef
+class KX_VISIBLE ZVariant : public ZVariantRef
 {
 public:
     /// Holds nothing; no allocator call.
@@ -62,10 +62,10 @@ public:
     }
 
     /// Holds the string, taking its characters over.
-    ZVariant(ZString&& text) noexcept;
+    KX_API ZVariant(ZString&& text) noexcept;
 
     /// Copies a tree without recursion, however deep it is.
-    ZVariant(const ZVariant& other);
+    KX_API ZVariant(const ZVariant& other);
 
     /// Takes the value over; the source is left without one.
     ZVariant(ZVariant&& other) noexcept : ZVariantRef(other.m_pData, other.m_pType)
@@ -88,8 +88,8 @@ public:
 
     /// Completes the new value before it destroys the old one, so the new value may be a part of the old. The other way
     /// round, a value that is moved into a part of itself, triggers the debug break.
-    ZVariant& operator=(const ZVariant& other);
-    ZVariant& operator=(ZVariant&& other) noexcept;
+    KX_API ZVariant& operator=(const ZVariant& other);
+    KX_API ZVariant& operator=(ZVariant&& other) noexcept;
 
     /// Whether both hold equal values of the same type, or both hold none. Values of a type without == are not equal,
     /// not even to themselves.
@@ -98,15 +98,15 @@ public:
     /// Replaces the value by a copy of the one at pValue; a null type stands for no value. The copy is complete before
     /// the old value is destroyed. A type that no module has described triggers the debug break, as does a null pValue;
     /// if execution resumes, the variant is left without a value.
-    void Set(STypeID* pType, const void* pValue);
+    KX_API void Set(STypeID* pType, const void* pValue);
 
 protected:
     ZVariant(void* pData, STypeID* const pType) : ZVariantRef(pData, pType) {}
 
     // Takes over a value that a copy has made, and destroys the old one. The one place where a variant changes its
     // value.
-    void Adopt(STypeID* pType, void* pData);
+    KX_API void Adopt(STypeID* pType, void* pData);
 
 private:
-    static void Destroy(STypeID* pType, void* pData);
+    KX_API static void Destroy(STypeID* pType, void* pData);
 };

@@ -1,7 +1,7 @@
 #include "core/memory/memorymanager.h"
 
-#include <cstdlib>
-#include <mutex>
+#include "core/platform/heap.h"
+#include "core/platform/lock.h"
 
 namespace
 {
@@ -40,7 +40,7 @@ union SImmortal
 constinit SImmortal<ZMallocAllocator> s_processHeap;
 constinit SImmortal<ZMallocAllocator> s_scopeHeap; // another one, to tell a scope from a program that installs the heap
 constinit SImmortal<ZNoAllocator> s_none;
-constinit std::mutex s_scopes;
+constinit kx::detail::ZLock s_scopes;
 
 // The table slot of an identity, or null after the debug break.
 template <class TTable>
@@ -82,18 +82,12 @@ void* ZMallocAllocator::Allocate(uint64 nSize, uint64 nAlignment, uint32 /*nRese
     if (!bPowerOfTwo)
         return nullptr;
 
-    const uint64 nBytes = nSize != 0 ? nSize : 1;
-    if (nAlignment <= alignof(std::max_align_t))
-        return std::malloc(nBytes);
-
-    // aligned_alloc wants a multiple of the alignment, and rounding up must not wrap to a small number.
-    const uint64 nRounded = (nBytes + nAlignment - 1) & ~(nAlignment - 1);
-    return nRounded >= nBytes ? std::aligned_alloc(nAlignment, nRounded) : nullptr;
+    return kx::detail::AllocateFromHeap(nSize != 0 ? nSize : 1, nAlignment);
 }
 
 void ZMallocAllocator::Free(void* pMemory)
 {
-    std::free(pMemory);
+    kx::detail::FreeToHeap(pMemory);
 }
 
 IAllocator* GetProcessHeap()

@@ -91,7 +91,7 @@ inline constexpr uint32 ALLOCATOR_NORMAL = 1;
 
 /// The table of allocators under small numeric identities. One instance for the whole life of the process, usable from
 /// the first static initialiser to the last static destructor.
-class KX_API ZMemoryManager
+class KX_VISIBLE ZMemoryManager
 {
 public:
     /// Identities run from 0 to kIdentities - 1. Any other triggers the debug break in the three functions below. If
@@ -104,21 +104,21 @@ public:
     /// Binds pAllocator to the identity. The caller keeps it alive until it is uninstalled and the last block that a
     /// container took from it is freed: a release looks the allocator up again. A second allocator replaces the first,
     /// which is left untouched. Null is the same as UnInstallAllocator. Not while other threads use the identity.
-    void InstallAllocator(uint32 nIdentity, IAllocator* pAllocator);
+    KX_API void InstallAllocator(uint32 nIdentity, IAllocator* pAllocator);
 
     /// Clears the identity and leaves the allocator untouched. While a ZMemAllocatorScope lives, ALLOCATOR_NORMAL falls
     /// back to the process heap instead. Not while other threads use the identity.
-    void UnInstallAllocator(uint32 nIdentity);
+    KX_API void UnInstallAllocator(uint32 nIdentity);
 
     /// The allocator under the identity, null if none is installed.
-    IAllocator* GetAllocator(uint32 nIdentity) const;
+    KX_API IAllocator* GetAllocator(uint32 nIdentity) const;
 
     /// A block of nSize bytes from the normal allocator. nAlignment is in bytes; 0 means the alignment of operator new.
     /// Triggers the debug break if there is no normal allocator, and returns null if execution resumes.
-    void* Allocate(uint64 nSize, uint32 nAlignment);
+    KX_API void* Allocate(uint64 nSize, uint32 nAlignment);
 
     /// Releases a block that Allocate returned, through the owner lookup of ReleaseArrayStorage. Ignores null.
-    void Free(void* pMemory);
+    KX_API void Free(void* pMemory);
 
     /// Null unless the program has installed one.
     IPageAllocator* GetPageAllocator() const { return m_pPageAllocator; }
@@ -134,7 +134,7 @@ private:
 
     constexpr explicit ZMemoryManager(IAllocator* pNormal) : m_pNormal(pNormal) {}
 
-    static ZMemoryManager ms_instance;
+    KX_API static ZMemoryManager ms_instance;
 
     IAllocator* m_pNormal; // what is installed, or an object that only triggers the debug break
     IAllocator* m_apAllocators[kIdentities] = {};
@@ -162,11 +162,11 @@ inline IAllocator* GetNormalAllocator()
 /// While a scope lives, there is a normal allocator. The first scope installs the process heap unless the program has
 /// installed an allocator of its own, and the end of the last scope removes the heap again. An allocator of the program
 /// stays installed throughout. Scopes nest, and may live in different threads.
-class KX_API ZMemAllocatorScope
+class KX_VISIBLE ZMemAllocatorScope
 {
 public:
-    ZMemAllocatorScope();
-    ~ZMemAllocatorScope();
+    KX_API ZMemAllocatorScope();
+    KX_API ~ZMemAllocatorScope();
     ZMemAllocatorScope(const ZMemAllocatorScope&) = delete;
     ZMemAllocatorScope& operator=(const ZMemAllocatorScope&) = delete;
 };
@@ -175,11 +175,11 @@ public:
 ///
 /// Like InstallAllocator, it is not for a time in which other threads use the normal allocator. Blocks from the
 /// allocator must be freed before the scope ends, or the previous allocator must be able to free them.
-class KX_API ZAllocatorScope
+class KX_VISIBLE ZAllocatorScope
 {
 public:
-    explicit ZAllocatorScope(IAllocator& allocator);
-    ~ZAllocatorScope();
+    KX_API explicit ZAllocatorScope(IAllocator& allocator);
+    KX_API ~ZAllocatorScope();
     ZAllocatorScope(const ZAllocatorScope&) = delete;
     ZAllocatorScope& operator=(const ZAllocatorScope&) = delete;
 

@@ -12,8 +12,8 @@
 // are KX_GATHER_BEGIN(section) and KX_GATHER_END(section): the module's own, and both null in a module that has no such
 // word.
 //
-// KX_AT_UNLOAD has a function called when its module is unloaded, after the destructors of the module's objects, and
-// also when the process ends, after the handlers of std::atexit.
+// KX_AT_UNLOAD(function) { ... } defines a function that is called when its module is unloaded, after the destructors
+// of the module's objects. When the process ends, it is not called before the handlers of std::atexit have run.
 //
 // Each word is volatile, since the module that writes it is another one. For each, the linker keeps one of the copies
 // that the sources have, and keeps it even if it drops what no code refers to. GCC 12 puts all variables of a section
@@ -64,13 +64,98 @@
     extern "C" KX_LOCAL __attribute__((weak)) type __stop_##section_name[]
 #define KX_GATHER_BEGIN(section_name) __start_##section_name
 #define KX_GATHER_END(section_name) __stop_##section_name
-#define KX_AT_UNLOAD __attribute__((destructor(101)))
+#define KX_AT_UNLOAD(function) KX_LOCAL __attribute__((destructor(101))) inline void function()
+
+// Windows has no boundary symbols, but the linker sorts what has an initial value by the names of the symbols. The
+// words are members of a template that has nothing else, so they are neighbours, between a part 0 and a part 2. These
+// go through an empty instruction: a compiler that knows that they are two objects takes them for unequal, and a walk
+// from one to the other would never end for it. GCC's optimisation of whole programs (-flto) drops the names, and
+// --gc-sections drops what no code refers to, also where it is used always: neither can be had on Windows.
+#elif defined(_WIN32)
+// NOLINTBEGIN(bugprone-macro-parentheses): a type and a name cannot be in parentheses.
+#define KX_GATHERED_WORD(section_name, type, name, function, pValue)                                                   \
+    static type volatile* function()                                                                                   \
+    {                                                                                                                  \
+        return &section_name##Word<1, pValue>::ms_pWord;                                                               \
+    }                                                                                                                  \
+    static_assert(true)
+#define KX_GATHERED_ALWAYS __attribute__((used))
+#define KX_GATHERED(type, section_name)                                                                                \
+    template <int nPart, auto pValue>                                                                                  \
+    struct section_name##Word                                                                                          \
+    {                                                                                                                  \
+        __attribute__((aligned(16))) inline static decltype(pValue) ms_pWord = pValue;                                 \
+        template <class T>                                                                                             \
+        static T* Unknown()                                                                                            \
+        {                                                                                                              \
+            T* pWord = reinterpret_cast<T*>(&ms_pWord);                                                                \
+            asm("" : "+r"(pWord));                                                                                     \
+            return pWord;                                                                                              \
+        }                                                                                                              \
+    };                                                                                                                 \
+    inline type* section_name##Begin()                                                                                 \
+    {                                                                                                                  \
+        return section_name##Word<0, &kx::detail::g_cEnd>::template Unknown<type>() + 1;                               \
+    }                                                                                                                  \
+    inline type* section_name##End()                                                                                   \
+    {                                                                                                                  \
+        return section_name##Word<2, &kx::detail::g_cEnd>::template Unknown<type>();                                   \
+    }                                                                                                                  \
+    static_assert(true)
+// NOLINTEND(bugprone-macro-parentheses)
+#define KX_GATHER_BEGIN(section_name) section_name##Begin()
+#define KX_GATHER_END(section_name) section_name##End()
+// The handlers of std::atexit and the destructors of a module run in one list, and functions of GCC's attribute run
+// before that list. So the first object of the module calls the function. A module whose process ends keeps what it has
+// announced: values of its types may outlive it in the modules that are unloaded later.
+#define KX_AT_UNLOAD(function)                                                                                         \
+    inline void function();                                                                                            \
+    KX_INIT_FIRST inline const kx::detail::TAtUnload<function> g_call##function;                                       \
+    inline void function()
+
+namespace kx::detail
+{
+// What the ends of a range point at: words without a value would be elsewhere.
+inline char g_cEnd = 0;
+
+/// Whether the process ends, and not only the module that has this address.
+KX_API bool IsProcessEnding(const void* pInModule);
+
+template <void (*pfnFunction)()>
+struct TAtUnload
+{
+    ~TAtUnload()
+    {
+        if (!IsProcessEnding(this))
+            pfnFunction();
+    }
+};
+} // namespace kx::detail
+
+// Compiled for macOS, but never run there.
+#else
+// NOLINTBEGIN(bugprone-macro-parentheses): a type and a name cannot be in parentheses.
+#define KX_GATHERED_WORD(section_name, type, name, function, pValue)                                                   \
+    __attribute__((section("__DATA," #section_name), used, aligned(16))) inline static type name = pValue;             \
+    static type volatile* function()                                                                                   \
+    {                                                                                                                  \
+        return &name;                                                                                                  \
+    }                                                                                                                  \
+    static_assert(true)
+#define KX_GATHERED_ALWAYS
+#define KX_GATHERED(type, section_name)                                                                                \
+    extern "C" KX_LOCAL type section_name##Begin[] asm("section$start$__DATA$" #section_name);                         \
+    extern "C" KX_LOCAL type section_name##End[] asm("section$end$__DATA$" #section_name)
+// NOLINTEND(bugprone-macro-parentheses)
+#define KX_GATHER_BEGIN(section_name) section_name##Begin
+#define KX_GATHER_END(section_name) section_name##End
+#define KX_AT_UNLOAD(function) KX_LOCAL __attribute__((destructor)) inline void function()
 #endif
 
 // KX_TYPE_NAME(function, symbol, type), in a class: a static function that returns what typeid(type).name() returns.
-// Also where there is no RTTI: the name is the end of the symbol of a function void symbol(type) that the assembler is
-// asked for, after the length and the name of that function. So modules with and without RTTI agree.
-#if defined(__GXX_RTTI) || defined(__cpp_rtti) || defined(_CPPRTTI)
+// Also where there is no RTTI, on ELF: the name is the end of the symbol of a function void symbol(type) that the
+// assembler is asked for, after the length and the name of that function. So modules with and without RTTI agree.
+#if defined(__cpp_rtti)
 #include <typeinfo>
 #define KX_TYPE_NAME(function, symbol, ...)                                                                            \
     static const char* function()                                                                                      \
@@ -97,4 +182,6 @@
             : "i"(&ms_ac##symbol), "i"(static_cast<void (*)(__VA_ARGS__)>(&symbol)));                                  \
         return ms_ac##symbol + sizeof("_Z10" #symbol) - 1;                                                             \
     }
+#else
+#error "kxcore needs RTTI for dynamic values on this system: compile without -fno-rtti"
 #endif

@@ -2,10 +2,22 @@
 // No file outside of this folder has an #if on a compiler or a system.
 #pragma once
 
-#include <cstdint>
-#if defined(_MSC_VER)
-#include <malloc.h>
+// These come before all else, so that a compiler or machine that does not fit is named by the first message.
+#if !defined(__GNUC__)
+#error "kxcore needs GCC or Clang: type identity depends on their attributes and on the C++ ABI that they share"
+#elif __cplusplus < 202002L
+#error "kxcore needs C++20: compile with -std=c++20 or a later standard"
+#elif __SIZEOF_POINTER__ != 8
+#error "kxcore needs pointers of 8 bytes: the layouts of the containers are fixed for them"
+#elif __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
+#error "kxcore needs little-endian words: values overlay them"
+#elif !defined(__ELF__) && !defined(_WIN32) && !defined(__MACH__)
+#error "kxcore does not know this object format: add it to core/platform/gather.h"
+#elif !defined(__x86_64__) && !defined(__aarch64__)
+#error "kxcore does not know this processor: add its breakpoint instruction to core/platform/platform.h"
 #endif
+
+#include <cstdint>
 
 using int8 = std::int8_t;
 using int16 = std::int16_t;
@@ -18,27 +30,32 @@ using uint64 = std::uint64_t;
 using float32 = float;
 using float64 = double;
 
-static_assert(sizeof(void*) == 8, "kxcore needs 64-bit pointers: the layouts of the containers are pinned for them");
 static_assert(sizeof(float32) == 4 && sizeof(float64) == 8, "float32 and float64 must be the IEEE 754 formats");
-#if defined(__BYTE_ORDER__)
-static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-endian words: values overlay them");
-#endif
 
 // KX_EXPORT marks what a shared library offers, KX_IMPORT the same declaration seen from outside. Everything is
 // compiled with hidden visibility, so a declaration without the mark stays inside its module. KX_LOCAL stays inside its
 // module even where a user compiles with another visibility.
+//
+// On Windows a mark on a class would also import its static constants, which no library has. So only a class with
+// virtual functions is marked as a whole; of any other class, the functions and objects that a source defines.
+// KX_VISIBLE on such a class lets a class of a user's library that is visible have it as a member.
 #if defined(_WIN32)
 #define KX_EXPORT __declspec(dllexport)
 #define KX_IMPORT __declspec(dllimport)
 #define KX_LOCAL
+#define KX_VISIBLE
 #else
 #define KX_EXPORT __attribute__((visibility("default")))
 #define KX_IMPORT __attribute__((visibility("default")))
 #define KX_LOCAL __attribute__((visibility("hidden")))
+#define KX_VISIBLE __attribute__((visibility("default")))
 #endif
 
-// The public interface of the module kxbase.
-#if defined(KX_BASE_EXPORTS)
+// The public interface of the module kxbase. A build of static libraries defines KX_STATIC, also for its users: nothing
+// is exported or imported then.
+#if defined(KX_STATIC)
+#define KX_API
+#elif defined(KX_BASE_EXPORTS)
 #define KX_API KX_EXPORT
 #else
 #define KX_API KX_IMPORT
@@ -55,22 +72,16 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 // KX_THREAD_LOCAL declares a thread-local variable of a library that is loaded with the program, and so can be reached
 // without a call.
 // KX_EXTENSION precedes what all compilers have and the standard has not: a struct without a name in a union.
-// KX_INIT_FIRST has an object initialised before all others of its module.
-#if defined(_MSC_VER) && !defined(__clang__)
-#define KX_NOINLINE __declspec(noinline)
-#define KX_RESTRICT __restrict
-#define KX_CHECK_INLINE __forceinline
-#define KX_PRINTF(nFormat, nFirst)
-#define KX_STACK_ALLOC(nBytes) _alloca(nBytes)
-#define KX_KNOWN(value) false
-#define KX_PURE
-#define KX_THREAD_LOCAL thread_local
-#define KX_EXTENSION
-#else
+// KX_INIT_FIRST has an object initialised before all others of its module; on macOS, which has no such order, before
+// those that follow it in its source.
 #define KX_NOINLINE __attribute__((noinline))
 #define KX_RESTRICT __restrict__
 #define KX_CHECK_INLINE inline __attribute__((always_inline, artificial))
+#if defined(__clang__)
 #define KX_PRINTF(nFormat, nFirst) __attribute__((format(printf, nFormat, nFirst)))
+#else
+#define KX_PRINTF(nFormat, nFirst) __attribute__((format(gnu_printf, nFormat, nFirst)))
+#endif
 #define KX_STACK_ALLOC(nBytes) __builtin_alloca(nBytes)
 #define KX_KNOWN(value) __builtin_constant_p(value)
 #define KX_PURE __attribute__((pure))
@@ -80,6 +91,9 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "kxcore needs little-en
 #define KX_THREAD_LOCAL thread_local
 #endif
 #define KX_EXTENSION __extension__
+#if defined(__MACH__)
+#define KX_INIT_FIRST
+#else
 #define KX_INIT_FIRST __attribute__((init_priority(101)))
 #endif
 
@@ -116,14 +130,10 @@ KX_CHECK_INLINE void BreakUnless(bool bCondition) noexcept
 {
     if (!bCondition) [[unlikely]]
     {
-#if defined(_MSC_VER) && !defined(__clang__)
-        __debugbreak();
-#elif defined(__x86_64__)
+#if defined(__x86_64__)
         asm volatile("int3" : :);
-#elif defined(__aarch64__)
-        asm volatile("brk #0xf000" : :);
 #else
-#error "kxcore: add the breakpoint instruction of this processor here"
+        asm volatile("brk #0xf000" : :);
 #endif
     }
 }
@@ -140,11 +150,7 @@ inline std::uintptr_t AddressOf(const T* pObject) noexcept
 /// its time waiting for memory then waits for several places at once.
 inline void Prefetch(const void* pMemory) noexcept
 {
-#if defined(_MSC_VER) && !defined(__clang__)
-    static_cast<void>(pMemory);
-#else
     __builtin_prefetch(pMemory);
-#endif
 }
 
 /// Returns the address of an object whose class may overload unary &, like std::addressof but without the 50,000 lines

@@ -80,7 +80,7 @@ struct SStringAccess;
 }
 
 /// A string of bytes that changes only by assignment; see the head of this file.
-class KX_API ZString
+class KX_VISIBLE ZString
 {
 public:
     /// The largest length that a string can have.
@@ -111,7 +111,7 @@ public:
     /// Copies the characters: one allocation of their number plus 1, none if there are none.
     ///
     /// 2^31 characters or more trigger the debug break; if execution resumes, the string is empty.
-    explicit ZString(std::string_view text);
+    KX_API explicit ZString(std::string_view text);
 
     /// Copies a C string by the same rules. Null is the empty string.
     template <kx::detail::CStringPointer TPointer>
@@ -168,7 +168,7 @@ public:
     ///
     /// The rules are those of the constructor from a std::string_view; a negative length counts as one that is too
     /// large. Null yields the empty string.
-    [[nodiscard]] static ZString AllocateFromCString(const char* pszText, int64 nLength);
+    [[nodiscard]] KX_API static ZString AllocateFromCString(const char* pszText, int64 nLength);
 
     /// Returns a copy of the format in which {0} to {7} are replaced by the arguments.
     ///
@@ -184,9 +184,10 @@ public:
     /// passes empty references for the missing arguments. It also accepts C strings and types that have a ToString(),
     /// which it copies; and without a copy, `std::string`, `std::string_view` and stack strings, `long long`, and
     /// enumerations, which it writes as their number.
-    [[nodiscard]] static ZString Format(const ZString& format, const ZVariantRef& arg0, const ZVariantRef& arg1,
-                                        const ZVariantRef& arg2, const ZVariantRef& arg3, const ZVariantRef& arg4,
-                                        const ZVariantRef& arg5, const ZVariantRef& arg6, const ZVariantRef& arg7);
+    [[nodiscard]] KX_API static ZString Format(const ZString& format, const ZVariantRef& arg0, const ZVariantRef& arg1,
+                                               const ZVariantRef& arg2, const ZVariantRef& arg3,
+                                               const ZVariantRef& arg4, const ZVariantRef& arg5,
+                                               const ZVariantRef& arg6, const ZVariantRef& arg7);
     template <class... TArgs>
     [[nodiscard]] static ZString Format(const ZString& format, const TArgs&... args) requires(sizeof...(TArgs) < 8)
     {
@@ -264,21 +265,21 @@ public:
     [[nodiscard]] constexpr ZTextPieces Split(char cSeparator) const KX_LIFETIMEBOUND { return {*this, cSeparator}; }
 
     /// Returns the first position of c from nStart on, or -1 if there is none. A negative nStart counts as 0.
-    [[nodiscard]] int IndexOf(char c, int64 nStart = 0) const;
+    [[nodiscard]] KX_API int IndexOf(char c, int64 nStart = 0) const;
 
     /// Returns the last position of c, or of any character of the set, or -1 if there is none.
     ///
     /// Searches backwards from nStart, which is included. An nStart past the end is the last character; a negative one
     /// finds nothing. LastIndexOfAny compares each character with all of the set, so its time is the product of the
     /// two lengths.
-    [[nodiscard]] int LastIndexOf(char c, int64 nStart = INT64_MAX) const;
-    [[nodiscard]] int LastIndexOfAny(const ZString& set, int64 nStart = INT64_MAX) const;
+    [[nodiscard]] KX_API int LastIndexOf(char c, int64 nStart = INT64_MAX) const;
+    [[nodiscard]] KX_API int LastIndexOfAny(const ZString& set, int64 nStart = INT64_MAX) const;
 
     /// Returns the part of [nStart, nStart + nLength) that is inside the string; empty if nLength is less than 1.
     ///
     /// One allocation; none for an empty result, and none for the last characters of a literal, because the result then
     /// refers to the literal.
-    [[nodiscard]] ZString Substring(int64 nStart, int64 nLength) const;
+    [[nodiscard]] KX_API ZString Substring(int64 nStart, int64 nLength) const;
 
     /// Whether the invariants hold. For tests and debugging.
     [[nodiscard]] bool Validate() const { return m_pChars[Length()] == '\0' && (IsBorrowed() || !IsEmpty()); }
@@ -291,7 +292,7 @@ private:
     friend struct kx::detail::SStringAccess;
 
     // Returns an owned string of nLength > 0 characters for the caller to write; *ppChars points to the first one.
-    static ZString Reserve(uint64 nLength, char** ppChars);
+    KX_API static ZString Reserve(uint64 nLength, char** ppChars);
 
     static std::string_view TextWithin(const char* pBuffer, uint64 nSize)
     {
@@ -300,7 +301,7 @@ private:
     }
 
     constexpr bool IsBorrowed() const { return (m_nLength & kBorrowed) != 0; }
-    void CopyBlock();
+    KX_API void CopyBlock();
     void FreeBlock() { GetNormalAllocator()->Free(const_cast<char*>(m_pChars)); }
 
     uint32 m_nLength = kBorrowed;

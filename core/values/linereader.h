@@ -27,7 +27,7 @@
 #include "core/platform/platform.h"
 
 /// Splits a stream of bytes into lines; see the head of this file.
-class KX_API ZLineReader
+class KX_VISIBLE ZLineReader
 {
 public:
     /// The source of the data: writes up to nSize bytes to pTarget and returns their number.
@@ -44,7 +44,7 @@ public:
     ///
     /// Fewer than 3 bytes have no space for a piece and a CR that is held back. They trigger the debug break, and so
     /// does a null function or buffer. If execution resumes, the reader is at the end of its data.
-    ZLineReader(ReadFunction pRead, uint64 nUser, char* pBuffer KX_LIFETIMEBOUND, uint32 nBufferSize);
+    KX_API ZLineReader(ReadFunction pRead, uint64 nUser, char* pBuffer KX_LIFETIMEBOUND, uint32 nBufferSize);
 
     ZLineReader(const ZLineReader&) = delete;
     ZLineReader& operator=(const ZLineReader&) = delete;
@@ -58,11 +58,11 @@ public:
     /// does not wait for the next one. How the source splits the data does not affect the lines.
     ///
     /// Linear in the bytes read. Line numbers stop at 2^31 - 1.
-    int GetNextLine(char** ppLine, uint32* pLength);
+    KX_API int GetNextLine(char** ppLine, uint32* pLength);
 
 private:
-    char* FindNewline(char* pFrom) const;
-    char* Fill();
+    KX_API char* FindNewline(char* pFrom) const;
+    KX_API char* Fill();
 
     ReadFunction m_pRead;
     uint64 m_nUser;

@@ -29,7 +29,9 @@
 #include <type_traits>
 
 /// Marks the public interface of the module runtime.json.
-#if defined(KX_JSON_EXPORTS)
+#if defined(KX_STATIC)
+#define KX_JSON_API
+#elif defined(KX_JSON_EXPORTS)
 #define KX_JSON_API KX_EXPORT
 #else
 #define KX_JSON_API KX_IMPORT

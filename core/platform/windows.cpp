@@ -1,0 +1,30 @@
+// What the other files of this folder need of Windows.
+#include "core/platform/gather.h"
+#include "core/platform/lock.h"
+
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
+// Of ntdll, without a header. Set while the modules of the process are told that it ends.
+extern "C" __declspec(dllimport) unsigned char __stdcall RtlDllShutdownInProgress();
+
+bool kx::detail::IsProcessEnding(const void* pInModule)
+{
+    // The program ends its own objects before the system knows of the end, and is never unloaded otherwise.
+    HMODULE pModule = nullptr;
+    const DWORD nFlags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    GetModuleHandleExA(nFlags, static_cast<const char*>(pInModule), &pModule);
+    return RtlDllShutdownInProgress() != 0 || pModule == GetModuleHandleA(nullptr);
+}
+
+static_assert(sizeof(SRWLOCK) == sizeof(void*), "a null pointer is the SRWLOCK that nobody holds");
+
+void kx::detail::ZLock::lock()
+{
+    AcquireSRWLockExclusive(reinterpret_cast<SRWLOCK*>(&m_pSystemLock));
+}
+
+void kx::detail::ZLock::unlock()
+{
+    ReleaseSRWLockExclusive(reinterpret_cast<SRWLOCK*>(&m_pSystemLock));
+}
