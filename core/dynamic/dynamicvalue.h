@@ -17,8 +17,8 @@
 template <class T>
 struct TDynamicValue;
 
-/// The types that have it: the ten numeric ones, bool, ZString, ZGuid, and those added beside it. Not char, long long
-/// or a pointer: say which number or string is meant.
+/// The types that have it: all integers and floating-point numbers but long double, bool, ZString, ZGuid, and those
+/// added beside it. Not char or a pointer: say which number or string is meant.
 template <class T>
 concept DynamicValue = requires
 {
@@ -114,6 +114,30 @@ template <> struct TDynamicValue<float64> : kx::detail::TDynamicNumber<float64> 
 template <> struct TDynamicValue<bool> : kx::detail::TDynamicPlain<bool> {};
 template <> struct TDynamicValue<ZString> : kx::detail::TDynamicPlain<ZString> {};
 // clang-format on
+
+namespace kx::detail
+{
+/// An integer type that none of the fixed-width names means: long long or long, which depends on the system.
+template <class T>
+concept CUnnamedInt =
+    kIsOneOf<T, long, unsigned long, long long, unsigned long long> && !kIsOneOf<T, int32, uint32, int64, uint64>;
+} // namespace kx::detail
+
+/// Such an integer is the fixed-width one of its size and sign.
+template <kx::detail::CUnnamedInt T>
+struct TDynamicValue<T>
+{
+    using Signed = std::conditional_t<sizeof(T) == 8, int64, int32>;
+    using Named = std::conditional_t<std::is_signed_v<T>, Signed, std::make_unsigned_t<Signed>>;
+
+    static ZVariant Store(T value) { return TDynamicValue<Named>::Store(static_cast<Named>(value)); }
+    static bool Is(const ZVariant& held) { return TDynamicValue<Named>::Is(held); }
+    static T Get(const ZVariant& held) { return static_cast<T>(TDynamicValue<Named>::Get(held)); }
+    static bool Equals(const ZVariant& held, T value)
+    {
+        return TDynamicValue<Named>::Equals(held, static_cast<Named>(value));
+    }
+};
 
 /// A ZGuid is stored as its text.
 template <>

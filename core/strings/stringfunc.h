@@ -17,8 +17,8 @@ namespace kx::detail
 KX_API bool DigitsFit(const char* pFirst, const char* pLast);
 
 template <class T>
-constexpr bool kIsInt =
-    kIsOneOf<T, unsigned char, unsigned short, unsigned int, uint64, signed char, short, int, int64>;
+constexpr bool kIsInt = kIsOneOf<T, unsigned char, unsigned short, unsigned int, unsigned long, unsigned long long,
+                                 signed char, short, int, long, long long>;
 
 /// Reads an integer by the rules of IntFromString and returns whether it fits. *ppEnd receives the end of the digits,
 /// or the start if there are none.
@@ -58,7 +58,7 @@ bool ReadInt(TPosition position, T* pResult, const char** ppEnd)
 }
 } // namespace kx::detail
 
-/// Reads a decimal integer of any of the eight types of 8 to 64 bits.
+/// Reads a decimal integer of any type of 8 to 64 bits, of which char is none.
 ///
 /// Skips white space, accepts one "-" for a signed type, and reads the digits up to the first other character. What
 /// follows is ignored. Stores the number and returns true. If there is no digit at that place, or the number is out of

@@ -33,10 +33,7 @@ void Use()
     KX_REFUSE(VARIANT_OF_POINTER, "or a ZString of a text", ZVariant refused(static_cast<const char*>("text")));
     KX_REFUSE(OBJECT_OF_UNDECLARED, "write KX_DECLARE_TYPE", ZDynamicObject().Set("plain", SPlain()));
     KX_REFUSE(OBJECT_OF_POINTER, "pass what it points at", ZDynamicObject refused(static_cast<int*>(nullptr)));
-    KX_REFUSE(OBJECT_OF_LONG_LONG, "cast it to one of int8 to int64", ZDynamicObject().PushBack(1LL));
     KX_REFUSE(OBJECT_OF_CHAR, "cast it to one of int8 to int64", ZDynamicObject().Set("char", 'c'));
-    KX_REFUSE(READ_AS_LONG_LONG, "specialise TDynamicValue for this type, or ask for one of the types it has",
-              ZDynamicObject().GetValue<long long>());
     KX_REFUSE(ASKED_FOR_CHAR, "specialise TDynamicValue for this type, or ask for one of the types it has",
               ZDynamicObject().IsValue<char>());
 }
