@@ -178,6 +178,7 @@ TEST(AllocatorScope, PutsBackWhatWasThere)
     EXPECT_EQ(nullptr, s_manager.GetAllocator(ALLOCATOR_NORMAL));
 }
 
+#if __has_include(<memory_resource>)
 TEST_F(JournalTest, AllocatorsThatKnowTheSizeOfTheirBlocks)
 {
     ZMemoryResource normal;
@@ -212,6 +213,7 @@ TEST_F(JournalTest, AllocatorsThatKnowTheSizeOfTheirBlocks)
     EXPECT_TRUE(normal == ZMemoryResource(GetNormalAllocator()) && !(normal == ZMemoryResource(&counting)));
     EXPECT_EQ(nullptr, ZMemoryResourceAllocator(std::pmr::null_memory_resource()).Allocate(1, 1, 0));
 }
+#endif
 
 // The first word of a pointer to a virtual function holds its place in the table.
 TEST(AllocatorInterface, VirtualFunctionsKeepTheOrderThatCallersRelyOn)

@@ -1,6 +1,8 @@
 // The order of containers whose elements are in order.
 #pragma once
 
+#include "core/platform/platform.h"
+
 #include <compare>
 #include <concepts>
 

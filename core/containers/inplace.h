@@ -1,6 +1,8 @@
 // Construction of elements from the arguments of the caller, and the message for those that cannot be copied.
 #pragma once
 
+#include "core/platform/platform.h"
+
 #include <type_traits>
 
 namespace kx::detail

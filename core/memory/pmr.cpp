@@ -2,6 +2,7 @@
 
 #include "core/memory/blockheader.h"
 
+#if __has_include(<memory_resource>)
 #include <exception>
 
 using kx::detail::SBlockHeader;
@@ -57,3 +58,4 @@ void ZMemoryResourceAllocator::Free(void* pMemory)
     const SBlockHeader header = *SBlockHeader::Of(pMemory);
     m_pResource->deallocate(header.m_pStart, header.BlockSize(), header.m_nAlignment);
 }
+#endif

@@ -2,10 +2,13 @@
 //
 //   ZMemoryResource resource;                          // std::pmr::vector<int> numbers(&resource);
 //   ZMemoryResourceAllocator allocator(&arena);        // ZAllocatorScope scope(allocator);
+//
+// There is nothing here with a standard library that has no <memory_resource>: libc++ before 16.
 #pragma once
 
 #include "core/memory/memorymanager.h"
 
+#if __has_include(<memory_resource>)
 #include <memory_resource>
 
 /// Lets the containers of std::pmr use an allocator of this library.
@@ -54,3 +57,4 @@ public:
 private:
     std::pmr::memory_resource* m_pResource;
 };
+#endif

@@ -233,7 +233,7 @@ public:
     constexpr bool operator==(std::string_view text) const { return std::string_view(*this) == text; }
     constexpr std::strong_ordering operator<=>(const ZString& other) const
     {
-        return std::string_view(*this) <=> std::string_view(other);
+        return std::string_view(*this).compare(other) <=> 0; // not every standard library has <=> of views yet
     }
 
     /// Whether the characters are at the start, at the end, or anywhere. The empty string is everywhere. No allocation.

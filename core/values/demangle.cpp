@@ -108,7 +108,8 @@ public:
         const Text suffix = Rest();
         const auto isPart = [](char c)
         { return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == '.' || c == '$'; };
-        if (suffix.size() < 2 || (suffix[0] != '.' && suffix[0] != '$') || !std::ranges::all_of(suffix, isPart))
+        if (suffix.size() < 2 || (suffix[0] != '.' && suffix[0] != '$')
+            || !std::all_of(suffix.begin(), suffix.end(), isPart))
             return;
         Expect(suffix);
         Put(" [");
@@ -211,7 +212,7 @@ private:
     void EnterVariable(Text name, const char* pScopes, uint32 nNames, uint32 nBegin)
     {
         const std::string_view scopes(pScopes, static_cast<size_t>(Position() - pScopes));
-        if (std::ranges::none_of(scopes, IsDigit) || m_nReread == kMaxReread)
+        if (std::none_of(scopes.begin(), scopes.end(), IsDigit) || m_nReread == kMaxReread)
             return m_names.Insert(nNames, name);
         ++m_nReread;
         m_names.Shrink(nNames);
@@ -280,7 +281,7 @@ private:
     Text AnonymousNamespace(Text number)
     {
         constexpr Text kName = "'anonymous namespace'";
-        const bool bEnter = std::ranges::none_of(number, [](char c) { return c >= 'A' && c <= 'F'; });
+        const bool bEnter = std::none_of(number.begin(), number.end(), [](char c) { return c >= 'A' && c <= 'F'; });
         if (m_bModern && bEnter && !m_names.Contains(kName))
             m_names.Add(kName);
         return kName;
@@ -502,9 +503,10 @@ private:
             for (size_t i = 0; i < nEnd; i += nWidth)
                 nSmall += UnitAt(bytes, i, nWidth) < (nWidth == 4 ? 0x110000u : 0x100u) ? nWidth : 0;
             const auto isBeyondAscii = [](char c) { return static_cast<uint8>(c) >= 0x80; };
-            const bool bText = nWidth == 4
-                                   ? nSmall == nEnd
-                                   : nSmall * 2 >= nEnd || (bComplete && std::ranges::any_of(bytes, isBeyondAscii));
+            const bool bText =
+                nWidth == 4
+                    ? nSmall == nEnd
+                    : nSmall * 2 >= nEnd || (bComplete && std::any_of(bytes.begin(), bytes.end(), isBeyondAscii));
             if (bText && (!bComplete || UnitAt(bytes, nEnd, nWidth) == 0))
                 return nWidth;
         }
