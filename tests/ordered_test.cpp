@@ -4,6 +4,8 @@
 #include "tests/support/modeltest.h"
 #include "tests/support/player.h"
 
+#include <limits>
+
 static_assert(std::bidirectional_iterator<TTreeIterator<int>> && std::bidirectional_iterator<TTreeConstIterator<int>>);
 static_assert(sizeof(TTreeIterator<int>) == sizeof(void*));
 static_assert(std::is_convertible_v<TTreeIterator<int>, TTreeConstIterator<int>>);
@@ -97,6 +99,33 @@ TEST_F(OrderedTest, RemembersALongWay)
         pLast = pNode;
     }
     EXPECT_EQ(40, set.Insert(Logged(40))->m_nValue);
+}
+
+// Searches among integers are written in machine instructions for each width and sign.
+template <class T>
+void CheckBoundsOfWords()
+{
+    const T kMin = std::numeric_limits<T>::min();
+    const T kMax = std::numeric_limits<T>::max();
+    const T keys[] = {kMin, static_cast<T>(kMin + 2), kMax / 2, kMax / 2 + 2, static_cast<T>(kMax - 1)};
+    TSet<T> set;
+    for (const T key : {keys[3], keys[0], keys[4], keys[1], keys[2]})
+        set.Insert(key);
+    auto pos = set.Begin();
+    for (const T key : keys)
+    {
+        EXPECT_TRUE(pos == set.Find(key) && pos == set.LowerBound(key));
+        EXPECT_TRUE(++pos == set.UpperBound(key) && pos == set.LowerBound(static_cast<T>(key + 1)));
+        EXPECT_FALSE(set.Contains(static_cast<T>(key + 1)));
+    }
+}
+
+TEST_F(OrderedTest, OrdersIntegersOfEachWidthAndSign)
+{
+    CheckBoundsOfWords<int32>();
+    CheckBoundsOfWords<uint32>();
+    CheckBoundsOfWords<int64>();
+    CheckBoundsOfWords<uint64>();
 }
 
 TEST_F(OrderedTest, BreaksOnAViolatedPrecondition)

@@ -8,6 +8,7 @@
 
 #include "core/platform/platform.h"
 
+#include <compare>
 #include <type_traits>
 
 class ZString;
@@ -94,15 +95,9 @@ public:
         return Compare(key) < 0;
     }
 
-private:
+    /// Returns a number that is negative, zero or positive, as this is less than, equal to or greater than the key.
     template <class K>
-    static uint64 LengthOf(const K& key)
-    {
-        return static_cast<uint64>(key.Length());
-    }
-
-    template <class K>
-    int Compare(const K& key) const
+    [[nodiscard]] int Compare(const K& key) const
     {
         const uint64 nKeyLength = LengthOf(key);
         const int nOrder = __builtin_memcmp(m_pChars, key.ToCString(), m_nLength < nKeyLength ? m_nLength : nKeyLength);
@@ -111,9 +106,31 @@ private:
         return m_nLength < nKeyLength ? -1 : m_nLength > nKeyLength;
     }
 
+private:
+    template <class K>
+    static uint64 LengthOf(const K& key)
+    {
+        return static_cast<uint64>(key.Length());
+    }
+
     const char* m_pChars = "";
     uint64 m_nLength = 0;
 };
+
+/// Whether a key and what it is looked up by are both strings, so that one comparison tells less, equal and greater.
+template <class K, class TOther>
+constexpr bool kComparesOnce =
+    std::is_same_v<K, ZString> && (std::is_same_v<TOther, ZString> || std::is_same_v<TOther, ZLookUpText>);
+
+/// Returns the order of the key and the other string, to be compared with 0.
+template <class K, class TOther>
+auto CompareOnce(const K& key, const TOther& other)
+{
+    if constexpr (std::is_same_v<TOther, ZLookUpText>)
+        return 0 <=> other.Compare(key);
+    else
+        return key <=> other;
+}
 
 /// Returns what an ordered look-up compares with the keys: the argument, or its characters, which are counted once.
 template <class K, class TOther>

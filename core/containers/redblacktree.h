@@ -41,6 +41,7 @@
 #include "core/containers/nodeiterator.h"
 #include "core/containers/reverseiterator.h"
 #include "core/memory/memorymanager.h"
+#include "core/platform/select.h"
 
 #include <cstddef>
 #include <initializer_list>
@@ -485,10 +486,10 @@ protected:
 
     // Returns the node of the element with the key. If there is none, returns null, and path leads to its place.
     //
-    // The child is selected by index, not by a branch, because a search turns at random and the processor mispredicts
-    // every other turn. But insertions often come in ascending order. So with bInserting, there is a branch as long as
-    // the path follows the right edge. After that, both children are prefetched, because the balancing will look at the
-    // one that is not on the path.
+    // The child is selected without a branch, because a search turns at random and the processor mispredicts every
+    // other turn. But insertions often come in ascending order. So with bInserting, there is a branch as long as the
+    // path follows the right edge. After that, both children are prefetched, because the balancing will look at the one
+    // that is not on the path. A search among strings prefetches both while it waits for their characters.
     template <bool bInserting, class TKey>
     Node* FindNode(const TKey& key, SSearchPath& path) const noexcept
     {
@@ -497,11 +498,23 @@ protected:
         Links* pNode = m_links.m_pChild[1];
         while (pNode != nullptr)
         {
-            const uint32 nSide = KeyOf(pNode) < key;
-            if (nSide == 0 && !(key < KeyOf(pNode)))
+            uint32 nSide = 0;
+            if constexpr (kComparesOnce<key_type, TKey>)
             {
-                detail::BreakUnless(!(KeyOf(pNode) < key) && !(key < KeyOf(pNode)));
-                break;
+                PrefetchChildren(pNode);
+                const auto order = detail::CompareOnce(KeyOf(pNode), key);
+                if (order == 0)
+                    break;
+                nSide = order < 0;
+            }
+            else
+            {
+                nSide = KeyOf(pNode) < key;
+                if (nSide == 0 && !(key < KeyOf(pNode)))
+                {
+                    detail::BreakUnless(!(KeyOf(pNode) < key) && !(key < KeyOf(pNode)));
+                    break;
+                }
             }
             path = {{pNode, nSide}, path.m_nTurns | uint64{nSide} << path.m_nSteps, path.m_nSteps + 1};
             if constexpr (bInserting)
@@ -514,7 +527,7 @@ protected:
                 }
                 PrefetchChildren(pNode);
             }
-            pNode = pNode->m_pChild[nSide];
+            pNode = NextOnPath(pNode, nSide, key);
         }
         return static_cast<Node*>(pNode);
     }
@@ -591,27 +604,44 @@ private:
     template <class TKey>
     Links* FindLowerBound(const TKey& key) const noexcept
     {
-        Links* pBound = Header();
-        for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr;)
-        {
-            const uint32 nSide = KeyOf(pNode) < key;
-            if (nSide == 0)
-                pBound = pNode;
-            pNode = pNode->m_pChild[nSide];
-        }
-        return pBound;
+        return FindBound<false>(key);
     }
 
     template <class TKey>
     Links* FindUpperBound(const TKey& key) const noexcept
     {
+        return FindBound<true>(key);
+    }
+
+    // Returns the first node in order whose key is not less than the key, or that is greater. Strings branch, because
+    // their comparison takes longer than the fetch of the next node, which a right guess starts at once.
+    template <bool bGreater, class TKey>
+    Links* FindBound(const TKey& key) const noexcept
+    {
         Links* pBound = Header();
         for (Links* pNode = m_links.m_pChild[0]; pNode != nullptr;)
         {
-            const uint32 nSide = !(key < KeyOf(pNode));
-            if (nSide == 0)
-                pBound = pNode;
-            pNode = pNode->m_pChild[nSide];
+            if constexpr (!kSelectsByWord<TKey>)
+            {
+                if constexpr (kComparesOnce<key_type, TKey>)
+                    PrefetchChildren(pNode);
+                const bool bRight = bGreater ? !(key < KeyOf(pNode)) : KeyOf(pNode) < key;
+                pBound = bRight ? pBound : pNode;
+                if constexpr (kComparesOnce<key_type, TKey>)
+                    pNode = bRight ? pNode->m_pChild[1] : pNode->m_pChild[0];
+                else
+                    pNode = pNode->m_pChild[bRight];
+            }
+            else if constexpr (bGreater)
+            {
+                pBound = detail::SelectIfLess(key, KeyOf(pNode), pNode, pBound);
+                pNode = detail::SelectIfLess(key, KeyOf(pNode), pNode->m_pChild[0], pNode->m_pChild[1]);
+            }
+            else
+            {
+                pBound = detail::SelectIfLess(KeyOf(pNode), key, pBound, pNode);
+                pNode = NextOnPath(pNode, 0, key);
+            }
         }
         return pBound;
     }
@@ -649,10 +679,13 @@ private:
             if (position.m_nSide == 0)
                 break;
         }
-        while (Links* pNode = position.m_pParent->m_pChild[position.m_nSide])
+        if (position.m_nSide != 0)
+            return position;
+        for (Links* pNode = position.m_pParent->m_pChild[0]; pNode != nullptr;)
         {
             PrefetchChildren(pNode);
             position = {pNode, KeyOf(pNode) < key};
+            pNode = NextOnPath(pNode, position.m_nSide, key);
         }
         return position;
     }
@@ -673,6 +706,19 @@ private:
     {
         detail::Prefetch(pNode->m_pChild[0]);
         detail::Prefetch(pNode->m_pChild[1]);
+    }
+
+    template <class TKey>
+    static constexpr bool kSelectsByWord = CWord<key_type>&& std::is_same_v<TKey, key_type>;
+
+    // Returns the child on side nSide, which is 1 if the node's key is less than the key.
+    template <class TKey>
+    static Links* NextOnPath(const Links* pNode, uint32 nSide, const TKey& key)
+    {
+        if constexpr (kSelectsByWord<TKey>)
+            return detail::SelectIfLess(KeyOf(pNode), key, pNode->m_pChild[1], pNode->m_pChild[0]);
+        else
+            return pNode->m_pChild[nSide];
     }
 
     iterator LinkIn(Node* pNode, SInsertPosition position)
