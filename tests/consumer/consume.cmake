@@ -1,6 +1,6 @@
 # Configures, builds and runs the consumer as its author would.
 #
-#   cmake -DROAD=package|subdirectory|pkgconfig|wrong_version -DBUILD=<build tree of the library> -DSOURCE=<its source>
+#   cmake -DROAD=package|subdirectory|pkgconfig|wrong_version|tar|deb|vcpkg|conan -DBUILD=<build tree of the library> -DSOURCE=<its source>
 #     -DCOMPILER=<compiler> -DFLAGS=<compiler flags> -P consume.cmake
 set(work ${BUILD}/consumer/${ROAD})
 file(REMOVE_RECURSE ${work})
@@ -10,13 +10,33 @@ function(run)
   execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
+# Makes the package of that kind and unpacks it below the prefix.
+function(unpack)
+  if(ROAD STREQUAL "tar")
+    run(${CMAKE_CPACK_COMMAND} -G TGZ --config ${BUILD}/CPackConfig.cmake -B ${work}/packed)
+    file(GLOB archive ${work}/packed/*.tar.gz)
+    file(ARCHIVE_EXTRACT INPUT ${archive} DESTINATION ${prefix})
+  elseif(ROAD STREQUAL "deb")
+    run(${CMAKE_CPACK_COMMAND} -G DEB --config ${BUILD}/CPackConfig.cmake -B ${work}/packed)
+    file(GLOB archive ${work}/packed/*.deb)
+    run(dpkg-deb --extract ${archive} ${prefix})
+    run(dpkg-deb --field ${archive} Version Depends)
+  elseif(ROAD STREQUAL "vcpkg")
+    run(${CMAKE_COMMAND} -DSOURCE=${SOURCE} -DBUILD=${BUILD} -DWORK=${work} -P ${CMAKE_CURRENT_LIST_DIR}/vcpkg.cmake)
+  elseif(ROAD STREQUAL "conan")
+    run(python3 ${CMAKE_CURRENT_LIST_DIR}/conan.py ${SOURCE} ${BUILD} ${work})
+  else()
+    run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
+  endif()
+endfunction()
+
 set(configure ${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR} -B ${work}/build -G Ninja -DCMAKE_BUILD_TYPE=Release
   -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_CXX_FLAGS=${FLAGS})
 if(ROAD STREQUAL "subdirectory")
   # Without a build type, because this compiles the whole library again, and optimising it would only take longer.
   run(${configure} -DKXCORE_SOURCE=${SOURCE} -DCMAKE_BUILD_TYPE=)
 else()
-  run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
+  unpack()
   if(ROAD STREQUAL "pkgconfig")
     file(GLOB_RECURSE file ${prefix}/kxcore.pc)
     get_filename_component(folder ${file} DIRECTORY)
@@ -36,6 +56,10 @@ else()
   if(ROAD STREQUAL "wrong_version")
     set(version 2.0)
   endif()
+  # An archive has a folder around what it installs.
+  file(GLOB_RECURSE package ${prefix}/*kxcoreConfig.cmake)
+  cmake_path(GET package PARENT_PATH folder)
+  cmake_path(SET prefix NORMALIZE ${folder}/../../..)
   run(${configure} -DCMAKE_PREFIX_PATH=${prefix} -DKXCORE_VERSION=${version} -DKXCORE_INSTALLED=${prefix})
 endif()
 run(${CMAKE_COMMAND} --build ${work}/build)

@@ -1,0 +1,9 @@
+# The user's project again, with the library from each kind of package.
+foreach(road tar deb vcpkg conan)
+  if(road STREQUAL "deb" AND NOT KX_DPKG_SHLIBDEPS)
+    continue()
+  endif()
+  add_test(NAME consumer.${road} COMMAND ${CMAKE_COMMAND} -DROAD=${road} -DBUILD=${PROJECT_BINARY_DIR}
+    -DSOURCE=${PROJECT_SOURCE_DIR} -DCOMPILER=${CMAKE_CXX_COMPILER} -DFLAGS=${CMAKE_CXX_FLAGS}
+    -P ${CMAKE_CURRENT_SOURCE_DIR}/consumer/consume.cmake)
+endforeach()
