@@ -32,8 +32,18 @@
 #include <cstring>
 #include <string_view>
 
+namespace kx::detail
+{
+// A class of its own, because Windows would import it with the class that is marked.
+struct SStackStringLimits
+{
+    /// No float has more digits after the point.
+    static constexpr int kMaxPrecision = 149;
+};
+} // namespace kx::detail
+
 /// A string of fixed capacity whose buffer is in the derived class; see the head of this file.
-class KX_API ZStackStringBase
+class KX_API ZStackStringBase : public kx::detail::SStackStringLimits
 {
 public:
     virtual ~ZStackStringBase();
@@ -100,9 +110,6 @@ public:
     /// Any other format triggers the debug break; if execution resumes, it counts as 'f'.
     ZStackStringBase& appendFloat(float value, char cFormat, int nPrecision) KX_LIFETIMEBOUND;
 
-    /// No float has more digits after the point.
-    static constexpr int kMaxPrecision = 149;
-
     /// Replaces the markup characters by their entities (lt, gt, amp, quot, apos), from left to right.
     ///
     /// A character becomes "?" if its entity would exceed the remaining capacity; the next one is judged in the same
@@ -146,6 +153,8 @@ private:
 
     uint32 m_nSize = 0;
 };
+
+static_assert(sizeof(ZStackStringBase) == 16, "the table of functions and the size");
 
 /// A string of up to N - 1 characters, stored in the object itself.
 template <uint32 N>
