@@ -8,12 +8,21 @@ file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} core/
 set(KX_PUBLIC_HEADERS)
 foreach(header IN LISTS headers)
   file(STRINGS ${header} first LIMIT_COUNT 1)
-  if(NOT first MATCHES "^// Inside")
-    list(APPEND KX_PUBLIC_HEADERS ${header})
+  if(first MATCHES "^// Inside" OR (header MATCHES "^runtime/json/" AND NOT KXCORE_JSON))
+    continue()
+  endif()
+  list(APPEND KX_PUBLIC_HEADERS ${header})
+  if(KXCORE_INSTALL)
     get_filename_component(folder ${header} DIRECTORY)
     install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kxcore/${folder})
   endif()
 endforeach()
+# GDB loads the debugger views from a file of this name when it loads the library, from the build tree or the installed
+# one.
+file(GENERATE OUTPUT $<TARGET_FILE:kxbase>-gdb.py INPUT ${PROJECT_SOURCE_DIR}/tools/gdb/kxcore.py)
+if(NOT KXCORE_INSTALL)
+  return()
+endif()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/kxcore)
@@ -24,13 +33,29 @@ install(FILES ${PROJECT_BINARY_DIR}/kxcoreConfigVersion.cmake DESTINATION ${pack
 
 # The paths are relative to the file itself, so that the installed tree can be moved.
 file(RELATIVE_PATH KX_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+set(KX_PC_CFLAGS "")
+get_target_property(kind kxbase TYPE)
+set(symbols)
+if(kind STREQUAL "STATIC_LIBRARY")
+  set(KX_PC_CFLAGS " -DKX_STATIC")
+  set(symbols -Wl,-u,_ZN14ZDynamicObject6ObjectEv)
+endif()
+set(KX_PC_LIBS -lruntime.resource)
+if(KXCORE_JSON)
+  list(PREPEND KX_PC_LIBS -lruntime.json)
+endif()
+list(APPEND KX_PC_LIBS ${symbols} -lkxbase)
+list(JOIN KX_PC_LIBS " " KX_PC_LIBS)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/kxcore.pc.in ${PROJECT_BINARY_DIR}/kxcore.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/kxcore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-# The debugger views. GDB loads a file of this name when it loads the library, from the build tree or the installed one.
-file(GENERATE OUTPUT $<TARGET_FILE:kxbase>-gdb.py INPUT ${PROJECT_SOURCE_DIR}/tools/gdb/kxcore.py)
+# The debugger views, beside the library.
+set(beside ${CMAKE_INSTALL_LIBDIR})
+if(WIN32)
+  set(beside ${CMAKE_INSTALL_BINDIR})
+endif()
 install(FILES ${PROJECT_SOURCE_DIR}/tools/gdb/kxcore.py
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  DESTINATION ${beside}
   RENAME $<TARGET_FILE_NAME:kxbase>-gdb.py)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/lldb/kxcore.py DESTINATION ${CMAKE_INSTALL_DATADIR}/kxcore/lldb)
 install(FILES ${PROJECT_SOURCE_DIR}/tools/kxcore.natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/kxcore)

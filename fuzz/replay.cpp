@@ -17,7 +17,7 @@ int main(int argc, char** argv)
     for (const auto& file : std::filesystem::directory_iterator(argv[1]))
     {
         // What was printed last tells where it aborted.
-        std::puts(file.path().c_str());
+        std::puts(file.path().string().c_str());
         std::fflush(stdout);
         std::ifstream stream(file.path(), std::ios::binary);
         const std::vector<char> bytes(std::istreambuf_iterator<char>(stream), {});

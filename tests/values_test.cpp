@@ -10,6 +10,10 @@
 #include <tuple>
 #include <unistd.h>
 #include <unordered_set>
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#endif
 
 // Some system headers define these macros.
 #define major(device) static_cast<int>((device) >> 8)
@@ -215,7 +219,11 @@ TEST(LineReaders, ReadFilesDescriptorsAndText)
 {
     const std::string text("one\r\n\0two\n\nend\xFF", 15);
     int anEnds[2] = {};
+#if defined(_WIN32)
+    ASSERT_EQ(0, _pipe(anEnds, 256, _O_BINARY));
+#else
     ASSERT_EQ(0, pipe(anEnds));
+#endif
     ASSERT_EQ(ssize_t(text.size()), write(anEnds[1], text.data(), text.size()));
     close(anEnds[1]);
     std::FILE* pFile = std::tmpfile();

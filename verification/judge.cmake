@@ -1,11 +1,12 @@
-# cmake -DPROGRAM=... -DREGISTRY=... -P judge.cmake
+# cmake -DPROGRAM="[EMULATOR;]PROGRAM" -DREGISTRY=... -P judge.cmake
 #
 # Judges a verification program by its report, because its exit status is 0 whatever the cases report. The registered
 # cases must be those of REGISTRY, name by name and in order. The report must say that each of them passed and that none
 # failed.
-cmake_minimum_required(VERSION 3.25)
+cmake_minimum_required(VERSION 3.20)
 
 execute_process(COMMAND ${PROGRAM} --gtest_list_tests OUTPUT_VARIABLE listing)
+string(REPLACE "\r" "" listing "${listing}")
 string(REGEX REPLACE "[ \t]*#[^\n]*" "" listing "${listing}") # the parameter of a typed case
 string(REGEX MATCHALL "[^\n]+" lines "${listing}")
 foreach(line IN LISTS lines)

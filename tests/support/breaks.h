@@ -3,15 +3,23 @@
 
 #include <csignal>
 #include <gtest/gtest.h>
+#if defined(_WIN32)
+#define NOMINMAX
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+#else
+#include <ucontext.h>
 
 // Present in a coverage build alone.
 extern "C" void __gcov_dump() __attribute__((weak)); // NOLINT(bugprone-reserved-identifier)
+#endif
 
 namespace kx::tests
 {
 // Saves the coverage counters of a process that ends at a break.
 inline void SaveCoverageAtBreak()
 {
+#if !defined(_WIN32)
     if (&__gcov_dump == nullptr)
         return;
     std::signal(SIGTRAP,
@@ -21,8 +29,15 @@ inline void SaveCoverageAtBreak()
                     std::signal(SIGTRAP, SIG_DFL);
                     std::raise(SIGTRAP);
                 });
+#endif
 }
 } // namespace kx::tests
+
+#if defined(_WIN32)
+#define KX_ENDED_AT_BREAK testing::ExitedWithCode(static_cast<int>(EXCEPTION_BREAKPOINT))
+#else
+#define KX_ENDED_AT_BREAK testing::KilledBySignal(SIGTRAP)
+#endif
 
 // The statement ends the process at a breakpoint instruction, and not by some other fault.
 #define EXPECT_BREAK(statement)                                                                                        \
@@ -31,7 +46,7 @@ inline void SaveCoverageAtBreak()
             kx::tests::SaveCoverageAtBreak();                                                                          \
             statement;                                                                                                 \
         },                                                                                                             \
-        testing::KilledBySignal(SIGTRAP), "")
+        KX_ENDED_AT_BREAK, "")
 
 // Acts as a debugger that resumes: while it lives, every debug break is counted and execution continues.
 class BreakCounter
@@ -40,9 +55,9 @@ public:
     BreakCounter()
     {
         ms_nBreaks = 0;
-        m_old = std::signal(SIGTRAP, [](int) { ms_nBreaks = ms_nBreaks + 1; });
+        Install();
     }
-    ~BreakCounter() { std::signal(SIGTRAP, m_old); }
+    ~BreakCounter() { Remove(); }
     BreakCounter(const BreakCounter&) = delete;
     BreakCounter& operator=(const BreakCounter&) = delete;
 
@@ -56,5 +71,46 @@ public:
 
 private:
     static inline volatile std::sig_atomic_t ms_nBreaks = 0;
-    void (*m_old)(int);
+
+#if defined(_WIN32)
+    static LONG CALLBACK OnException(EXCEPTION_POINTERS* pException)
+    {
+        if (pException->ExceptionRecord->ExceptionCode != EXCEPTION_BREAKPOINT)
+            return EXCEPTION_CONTINUE_SEARCH;
+        ms_nBreaks = ms_nBreaks + 1;
+        pException->ContextRecord->Rip += 1; // the system reports the instruction itself
+        return EXCEPTION_CONTINUE_EXECUTION;
+    }
+    void Install()
+    {
+        m_pHandler = AddVectoredExceptionHandler(1, OnException);
+    }
+    void Remove()
+    {
+        RemoveVectoredExceptionHandler(m_pHandler);
+    }
+
+    void* m_pHandler = nullptr;
+#else
+    static void OnSignal(int /*nSignal*/, siginfo_t* /*pInfo*/, [[maybe_unused]] void* pContext)
+    {
+        ms_nBreaks = ms_nBreaks + 1;
+#if defined(__aarch64__)
+        static_cast<ucontext_t*>(pContext)->uc_mcontext.pc += 4; // the processor reports the instruction itself
+#endif
+    }
+    void Install()
+    {
+        struct sigaction action = {};
+        action.sa_sigaction = OnSignal;
+        action.sa_flags = SA_SIGINFO;
+        sigaction(SIGTRAP, &action, &m_old);
+    }
+    void Remove()
+    {
+        sigaction(SIGTRAP, &m_old, nullptr);
+    }
+
+    struct sigaction m_old = {};
+#endif
 };

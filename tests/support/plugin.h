@@ -3,17 +3,20 @@
 
 #include "tests/support/usertypes.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
+#if defined(_WIN32)
+#define NOMINMAX
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
 
 class ZPlugin
 {
 public:
-    explicit ZPlugin(const char* pszFile) : m_pModule(dlopen(pszFile, RTLD_NOW | RTLD_LOCAL))
-    {
-        EXPECT_NE(nullptr, m_pModule) << dlerror();
-    }
-    ~ZPlugin() { EXPECT_EQ(0, dlclose(m_pModule)); }
+    explicit ZPlugin(const char* pszFile) : m_pModule(Open(pszFile)) { EXPECT_NE(nullptr, m_pModule) << pszFile; }
+    ~ZPlugin() { EXPECT_TRUE(Close()); }
     ZPlugin(const ZPlugin&) = delete;
     ZPlugin& operator=(const ZPlugin&) = delete;
 
@@ -21,12 +24,53 @@ public:
     void Fill(ZDynamicObject& object) const { Call<void(ZDynamicObject*)>("PluginFill")(&object); }
     bool Reads(const ZDynamicObject& object) const { return Call<bool(const ZDynamicObject*)>("PluginReads")(&object); }
 
-private:
-    template <class TFunction>
-    TFunction* Call(const char* pszName) const
+#if defined(_WIN32)
+    static bool IsLoaded(const char* pszFile)
     {
-        return reinterpret_cast<TFunction*>(dlsym(m_pModule, pszName));
+        return GetModuleHandleA(pszFile) != nullptr;
+    }
+
+private:
+    static HMODULE Open(const char* pszFile)
+    {
+        return LoadLibraryA(pszFile);
+    }
+    bool Close()
+    {
+        return FreeLibrary(m_pModule) != 0;
+    }
+    void* Find(const char* pszName) const
+    {
+        return reinterpret_cast<void*>(GetProcAddress(m_pModule, pszName));
+    }
+
+    HMODULE m_pModule;
+#else
+    static bool IsLoaded(const char* pszFile)
+    {
+        return dlopen(pszFile, RTLD_NOLOAD | RTLD_NOW) != nullptr;
+    }
+
+private:
+    static void* Open(const char* pszFile)
+    {
+        return dlopen(pszFile, RTLD_NOW | RTLD_LOCAL);
+    }
+    bool Close()
+    {
+        return dlclose(m_pModule) == 0;
+    }
+    void* Find(const char* pszName) const
+    {
+        return dlsym(m_pModule, pszName);
     }
 
     void* m_pModule;
+#endif
+
+    template <class TFunction>
+    TFunction* Call(const char* pszName) const
+    {
+        return reinterpret_cast<TFunction*>(Find(pszName));
+    }
 };
