@@ -67,7 +67,7 @@
 #define KX_AT_UNLOAD(function) KX_LOCAL __attribute__((destructor(101))) inline void function()
 
 // Windows has no boundary symbols, but the linker sorts what has an initial value by the names of the symbols. The
-// words are members of a template that has nothing else, so they are neighbours, between a part 0 and a part 2. These
+// words are members of a template that has nothing else, so they are neighbours, between number 0 and number 2. These
 // go through an empty instruction: a compiler that knows that they are two objects takes them for unequal, and a walk
 // from one to the other would never end for it. GCC's optimisation of whole programs (-flto) drops the names, and
 // --gc-sections drops what no code refers to, also where it is used always: neither can be had on Windows.
@@ -81,7 +81,7 @@
     static_assert(true)
 #define KX_GATHERED_ALWAYS __attribute__((used))
 #define KX_GATHERED(type, section_name)                                                                                \
-    template <int nPart, auto pValue>                                                                                  \
+    template <int nPlace, auto pValue>                                                                                 \
     struct section_name##Word                                                                                          \
     {                                                                                                                  \
         __attribute__((aligned(16))) inline static decltype(pValue) ms_pWord = pValue;                                 \
