@@ -3,8 +3,8 @@ exports, so none may be missing, and every variable must be one of the project; 
 
   conan.py SOURCE BUILD WORK     installs to WORK/installed
 """
-import importlib.util
 import pathlib
+import runpy
 import shutil
 import subprocess
 import sys
@@ -70,10 +70,7 @@ module("conan", ConanFile=ConanFile)
 module("conan.tools")
 module("conan.tools.cmake", CMake=CMake, CMakeDeps=Toolchain, CMakeToolchain=Toolchain, cmake_layout=lambda recipe: None)
 module("conan.tools.files", copy=copy)
-spec = importlib.util.spec_from_file_location("recipe", SOURCE / "packaging/conan/conanfile.py")
-recipes = importlib.util.module_from_spec(spec)
-spec.loader.exec_module(recipes)
-recipe = recipes.KxcoreRecipe()
+recipe = runpy.run_path(str(SOURCE / "packaging/conan/conanfile.py"))["KxcoreRecipe"]()
 for step in ("set_version", "export_sources", "requirements", "layout", "generate", "build", "package", "package_info"):
     getattr(recipe, step)()
 if f"VERSION {recipe.version} " not in (SOURCE / "CMakeLists.txt").read_text(encoding="utf-8"):
