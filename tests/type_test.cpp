@@ -72,7 +72,7 @@ TEST(TypeModules, AnotherModuleTakesOver)
     auto pSecond = std::make_unique<ZPlugin>(KX_TEST_OTHER_PLUGIN);
     EXPECT_EQ(1, breaks.Take()) << "one type has another size there";
     pFirst.reset();
-    ASSERT_FALSE(ZPlugin::IsLoaded(KX_TEST_PLUGIN));
+    ASSERT_FALSE(kx::tests::IsModuleLoaded(KX_TEST_PLUGIN));
     ZDynamicObject copy = object;
     EXPECT_TRUE(copy == object && pSecond->Reads(copy) && GetTypeRegistry().Find(pOnlyThere) != nullptr);
     pSecond.reset();

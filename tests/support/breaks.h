@@ -4,9 +4,7 @@
 #include <csignal>
 #include <gtest/gtest.h>
 #if defined(_WIN32)
-#define NOMINMAX
-#define WIN32_LEAN_AND_MEAN
-#include <windows.h>
+#include "tests/support/windows.h"
 #else
 #include <ucontext.h>
 
@@ -34,7 +32,7 @@ inline void SaveCoverageAtBreak()
 } // namespace kx::tests
 
 #if defined(_WIN32)
-#define KX_ENDED_AT_BREAK testing::ExitedWithCode(static_cast<int>(EXCEPTION_BREAKPOINT))
+#define KX_ENDED_AT_BREAK testing::ExitedWithCode(static_cast<int>(kx::tests::kBreakStatus))
 #else
 #define KX_ENDED_AT_BREAK testing::KilledBySignal(SIGTRAP)
 #endif
@@ -73,21 +71,13 @@ private:
     static inline volatile std::sig_atomic_t ms_nBreaks = 0;
 
 #if defined(_WIN32)
-    static LONG CALLBACK OnException(EXCEPTION_POINTERS* pException)
-    {
-        if (pException->ExceptionRecord->ExceptionCode != EXCEPTION_BREAKPOINT)
-            return EXCEPTION_CONTINUE_SEARCH;
-        ms_nBreaks = ms_nBreaks + 1;
-        pException->ContextRecord->Rip += 1; // the system reports the instruction itself
-        return EXCEPTION_CONTINUE_EXECUTION;
-    }
     void Install()
     {
-        m_pHandler = AddVectoredExceptionHandler(1, OnException);
+        m_pHandler = kx::tests::InstallBreakHandler(ms_nBreaks);
     }
     void Remove()
     {
-        RemoveVectoredExceptionHandler(m_pHandler);
+        kx::tests::RemoveBreakHandler(m_pHandler);
     }
 
     void* m_pHandler = nullptr;
