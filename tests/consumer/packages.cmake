@@ -1,4 +1,7 @@
 # The user's project again, with the library from each kind of package.
+if(CMAKE_CROSSCOMPILING OR WIN32)
+  return() # what the packages hold is the same, and the tools that make them are not there
+endif()
 foreach(road tar deb vcpkg conan)
   if(road STREQUAL "deb" AND NOT KX_DPKG_SHLIBDEPS)
     continue()
