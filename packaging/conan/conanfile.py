@@ -13,8 +13,10 @@ class KxcoreRecipe(ConanFile):
     name = "kxcore"
     license = "MIT"
     description = "Core runtime library: containers, strings, parsers, dynamic values"
-    package_type = "shared-library"
+    package_type = "library"
     settings = "os", "compiler", "build_type", "arch"
+    options = {"shared": [True, False]}
+    default_options = {"shared": True}
 
     def set_version(self):
         self.version = re.search(r"kxcore VERSION ([0-9.]+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"))[1]
