@@ -4,10 +4,10 @@
 //
 // With KX_RECORD=1 in the environment the files are written anew, from the operations that they name. With KX_PRINT=1
 // each block of the series is printed before it is compared, so the output ends with the first block that differs.
+#include "tests/support/breaks.h"
 #include "tests/support/modeltest.h"
 #include "tests/support/player.h"
 
-#include <csignal>
 #include <fstream>
 #include <iostream>
 #include <set>
@@ -147,7 +147,7 @@ TYPED_TEST(Journals, EndTheProcessIfAnElementThrows)
         const int nSteps = ahead.Steps();
         if (nSteps != 0 && seen.emplace(line.substr(2, line.find_first_of("-0123456789") - 2), nSteps).second)
         {
-            EXPECT_EXIT((g_nThrowAt = nSteps - 1, player.Play(line)), testing::KilledBySignal(SIGABRT), "") << line;
+            EXPECT_EXIT((g_nThrowAt = nSteps - 1, player.Play(line)), KX_ENDED_BY_ABORT, "") << line;
         }
         player.Play(line);
     }

@@ -33,8 +33,10 @@ inline void SaveCoverageAtBreak()
 
 #if defined(_WIN32)
 #define KX_ENDED_AT_BREAK testing::ExitedWithCode(static_cast<int>(kx::tests::kBreakStatus))
+#define KX_ENDED_BY_ABORT testing::ExitedWithCode(3)
 #else
 #define KX_ENDED_AT_BREAK testing::KilledBySignal(SIGTRAP)
+#define KX_ENDED_BY_ABORT testing::KilledBySignal(SIGABRT)
 #endif
 
 // The statement ends the process at a breakpoint instruction, and not by some other fault.
