@@ -207,6 +207,8 @@ TEST_F(HashTest, HashesSignedBytes)
     EXPECT_EQ(HashKey(ZString("text")), HashKey(std::string("text")));
     EXPECT_EQ(HashKey(int64{1}), HashKey(EKey::eOne));
     EXPECT_EQ((0x811C9DC5 ^ 0xFFFFFFFE) * 16777619u, HashKey(int8{-2}));
+    const uint64 nMixed = 0x80FF7F01FE00AA55;
+    EXPECT_EQ(HashBytes(&nMixed, sizeof(nMixed)), HashKey(nMixed));
     EXPECT_EQ(0x811C9DC5, HashBytes(nullptr, 0));
 }
 

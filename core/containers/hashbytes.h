@@ -14,3 +14,17 @@ inline uint32 HashBytes(const void* pBytes, uint64 nSize)
         nHash = (nHash ^ static_cast<uint32>(*pByte)) * 16777619;
     return nHash;
 }
+
+namespace kx::detail
+{
+/// Returns HashBytes of the lowest nSize bytes of the word, without storing it.
+/// At -O2 compilers do not unroll the loop of HashBytes, and read the key back byte by byte.
+template <uint64 nSize>
+constexpr uint32 HashWord(uint64 nWord, uint32 nHash = 0x811C9DC5)
+{
+    if constexpr (nSize == 0)
+        return nHash;
+    else
+        return HashWord<nSize - 1>(nWord >> 8, (nHash ^ static_cast<uint32>(static_cast<int8>(nWord))) * 16777619);
+}
+} // namespace kx::detail

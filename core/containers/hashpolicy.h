@@ -44,13 +44,26 @@ constexpr bool PointsAtOneOf()
 
 template <class K>
 concept CCharacterPointer = PointsAtOneOf<K, char, wchar_t, char8_t, char16_t, char32_t>();
+
+/// Returns the number whose bytes, lowest first, are those of the key.
+template <CScalarKey K>
+uint64 WordOf(K key)
+{
+    if constexpr (std::is_pointer_v<K>)
+        return detail::AddressOf(key);
+    else
+        return static_cast<uint64>(key);
+}
 } // namespace kx::detail
 
 /// Returns the hash of the bytes of an integer, an enumeration value or an address.
 template <kx::detail::CScalarKey K>
 uint32 HashKey(const K& key) requires(!kx::detail::CCharacterPointer<K>)
 {
-    return ::HashBytes(kx::detail::PointerTo(key), sizeof(K));
+    if constexpr (sizeof(K) <= sizeof(uint64))
+        return kx::detail::HashWord<sizeof(K)>(kx::detail::WordOf(key));
+    else
+        return ::HashBytes(kx::detail::PointerTo(key), sizeof(K));
 }
 
 /// Returns the hash of the characters of a std::string_view or std::string, equal to that of a ZString of them.
