@@ -118,7 +118,12 @@ public:
     [[nodiscard]] auto rend() const KX_LIFETIMEBOUND { return TReverseIterator<const T*>(Self().Begin()); }
 
     /// Removes the last element; triggers the debug break if there is none.
-    void Pop() { Self().Erase(NotEmpty(Self()).End() - 1); }
+    void Pop()
+    {
+        T* pLast = NotEmpty(Self()).End() - 1;
+        detail::DestroyRange(pLast, pLast + 1);
+        Self().SetEnd(pLast);
+    }
 
     /// Inserts before pos an element that is constructed from the arguments, and returns it.
     /// Checks and costs are those of Insert. Before other elements, the element is made first and then inserted, so the
