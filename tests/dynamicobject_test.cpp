@@ -335,5 +335,9 @@ TEST_F(DynamicObject, WalksPaths)
     const ZDynamicObject before = tree;
     EXPECT_TRUE(tree.TrySetPath(".", tree));
     EXPECT_TRUE(tree[""][""] == before);
+    const std::string path = "n.and more";
+    ZDynamicObject node;
+    EXPECT_TRUE(tree.TrySetPath(std::string_view(path).substr(0, 1), 5) && tree.TryGetPath(path.substr(0, 1), node));
+    EXPECT_TRUE(node == 5 && !tree.TryGetPath(path, nRead));
     EXPECT_TRUE(tree.TrySetPath("", "text") && tree == "text");
 }

@@ -256,12 +256,12 @@ ZDynamicObject* ZDynamicObject::Walk(std::string_view path) const
 }
 
 // The empty path has no step.
-ZDynamicObject* ZDynamicObject::FindPath(const ZString& path) const
+ZDynamicObject* ZDynamicObject::FindPath(std::string_view path) const
 {
-    return path.IsEmpty() ? const_cast<ZDynamicObject*>(this) : Walk(path);
+    return path.empty() ? const_cast<ZDynamicObject*>(this) : Walk(path);
 }
 
-bool ZDynamicObject::TryGetPath(const ZString& path, ZDynamicObject& result) const
+bool ZDynamicObject::CopyPath(std::string_view path, ZDynamicObject& result) const
 {
     const ZDynamicObject* pNode = FindPath(path);
     if (pNode != nullptr)
@@ -269,19 +269,18 @@ bool ZDynamicObject::TryGetPath(const ZString& path, ZDynamicObject& result) con
     return pNode != nullptr;
 }
 
-bool ZDynamicObject::TrySetPathImpl(const ZString& path, ZDynamicObject value)
+bool ZDynamicObject::TrySetPathImpl(std::string_view path, ZDynamicObject value)
 {
-    if (path.IsEmpty())
+    if (path.empty())
     {
         *this = std::move(value);
         return true;
     }
-    const std::string_view steps = path;
-    const std::size_t nLast = steps.rfind('.') + 1;
-    ZDynamicObject* pParent = nLast == 0 ? this : Walk(steps.substr(0, nLast - 1));
+    const std::size_t nLast = path.rfind('.') + 1;
+    ZDynamicObject* pParent = nLast == 0 ? this : Walk(path.substr(0, nLast - 1));
     if (pParent == nullptr || !pParent->IsObject())
         return false;
-    pParent->StoreProperty(steps.substr(nLast), nullptr, std::move(value));
+    pParent->StoreProperty(path.substr(nLast), nullptr, std::move(value));
     return true;
 }
 

@@ -351,18 +351,34 @@ public:
 
     /// Copies the node to result. If the path leads nowhere, or a typed read leads to a node that is not IsValue<T>,
     /// returns false and leaves result untouched.
-    KX_API bool TryGetPath(const ZString& path, ZDynamicObject& result) const;
+    bool TryGetPath(const ZString& path, ZDynamicObject& result) const { return CopyPath(path, result); }
     template <DynamicValue T>
     bool TryGetPath(const ZString& path, T& result) const
     {
-        const ZDynamicObject* pNode = FindPath(path);
-        return pNode != nullptr && pNode->TryGetValue(result);
+        return ReadPath(path, result);
+    }
+
+    /// The same for a path that is a std::string_view or a std::string, which is not copied.
+    template <kx::detail::CStandardString TPath>
+    bool TryGetPath(const TPath& path, ZDynamicObject& result) const
+    {
+        return CopyPath(path, result);
+    }
+    template <kx::detail::CStandardString TPath, DynamicValue T>
+    bool TryGetPath(const TPath& path, T& result) const
+    {
+        return ReadPath(path, result);
     }
 
     /// Stores the value at the path, whatever is there, or adds the last step to the object that the others lead to.
     /// Returns false and changes nothing if there is no such object.
     template <DynamicSource T>
     bool TrySetPath(const ZString& path, T&& value)
+    {
+        return TrySetPathImpl(path, ZDynamicObject(std::forward<T>(value)));
+    }
+    template <kx::detail::CStandardString TPath, DynamicSource T>
+    bool TrySetPath(const TPath& path, T&& value)
     {
         return TrySetPathImpl(path, ZDynamicObject(std::forward<T>(value)));
     }
@@ -396,8 +412,16 @@ private:
     KX_API ZDynamicObject& Store(const ZString& key, ZDynamicObject value);
     KX_API void StoreProperty(std::string_view key, const ZString* pKey, ZDynamicObject&& value);
     KX_API ZDynamicObject* Walk(std::string_view path) const;
-    KX_API ZDynamicObject* FindPath(const ZString& path) const;
-    KX_API bool TrySetPathImpl(const ZString& path, ZDynamicObject value);
+    KX_API ZDynamicObject* FindPath(std::string_view path) const;
+    KX_API bool CopyPath(std::string_view path, ZDynamicObject& result) const;
+    KX_API bool TrySetPathImpl(std::string_view path, ZDynamicObject value);
+
+    template <class T>
+    bool ReadPath(std::string_view path, T& result) const
+    {
+        const ZDynamicObject* pNode = FindPath(path);
+        return pNode != nullptr && pNode->TryGetValue(result);
+    }
 };
 
 /// A property of an object.

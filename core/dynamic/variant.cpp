@@ -4,6 +4,11 @@
 
 alignas(8) constinit unsigned char kx::detail::g_acSharedNull[16] = {};
 
+void* kx::detail::NewWordCell(uint64 nWord)
+{
+    return NewWord(nWord);
+}
+
 bool kx::detail::EqualValues(const ZObjectRef& left, const ZObjectRef& right)
 {
     STypeID* pType = left.Type();

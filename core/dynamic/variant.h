@@ -15,6 +15,7 @@
 
 #include "core/dynamic/objectref.h"
 #include "core/dynamic/typeregistry.h"
+#include "core/strings/text.h"
 
 #include <concepts>
 #include <utility>
@@ -26,6 +27,22 @@ KX_API bool EqualValues(const ZObjectRef& left, const ZObjectRef& right);
 
 /// Sixteen zero bytes: the object that is returned where a tree has nothing. Nothing can be stored in it.
 alignas(8) extern KX_API unsigned char g_acSharedNull[16];
+
+/// Returns a cell that holds the word.
+KX_API void* NewWordCell(uint64 nWord);
+
+/// The types whose values are words, copied as they are. Every program knows them from the start.
+template <class T>
+constexpr bool kIsWord = kIsOneOf<T, bool, int8, int16, int32, int64, uint8, uint16, uint32, uint64, float32, float64>;
+
+/// Returns what a cell holds for the value: its bytes, then zeros.
+template <class T>
+uint64 WordOfValue(const T& value)
+{
+    uint64 nWord = 0;
+    __builtin_memcpy(&nWord, detail::PointerTo(value), sizeof(T));
+    return nWord;
+}
 } // namespace kx::detail
 
 /// A reference to a value of any type that has an identity.
@@ -58,7 +75,13 @@ public:
     template <class T>
     KX_LOCAL ZVariant(const T& value) requires(!std::derived_from<T, ZObjectRef>)
     {
-        Set(GetTypeID<T>(), kx::detail::PointerTo(value));
+        if constexpr (kx::detail::kIsWord<T>)
+        {
+            m_pData = kx::detail::NewWordCell(kx::detail::WordOfValue(value));
+            m_pType = GetTypeID<T>();
+        }
+        else
+            Set(GetTypeID<T>(), kx::detail::PointerTo(value));
     }
 
     /// Holds the string, taking its characters over.
