@@ -12,6 +12,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace
@@ -27,6 +28,7 @@ std::string Key(int64 i)
     return "property" + std::to_string(i);
 }
 
+constexpr int kMaxThreads = 4;
 constexpr const char* kText = "a text of thirty-one characters";
 
 struct SOurs
@@ -422,6 +424,42 @@ void PushAndSum(benchmark::State& state)
     }
 }
 
+// Every thread builds a tree of its own, copies it, and destroys both. The time is the CPU time of all threads for one
+// of them, so it stays the same if they do not disturb each other.
+template <class TContestant, int nThreads>
+void BuildInThreads(benchmark::State& state)
+{
+    constexpr int kTrees = 4 * kMaxThreads / nThreads;
+    for (auto _ : state)
+    {
+        std::vector<std::thread> threads;
+        for (int nThread = 0; nThread < nThreads; ++nThread)
+        {
+            threads.emplace_back(
+                []
+                {
+                    for (int nTree = 0; nTree < kTrees; ++nTree)
+                    {
+                        const auto tree = Tree<TContestant>();
+                        const auto pCopy = TContestant::Copy(tree);
+                        benchmark::DoNotOptimize(pCopy.get());
+                    }
+                });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+}
+
+template <class TContestant, int nThreads>
+void RegisterThreads(const char* pszName)
+{
+    const std::string row = "build and copy trees, " + std::to_string(nThreads) + " threads/" + pszName;
+    benchmark::RegisterBenchmark(row.c_str(), BuildInThreads<TContestant, nThreads>)
+        ->Arg(10000)
+        ->MeasureProcessCPUTime();
+}
+
 template <class TContestant>
 void RegisterContestant(const char* pszName)
 {
@@ -435,6 +473,9 @@ void RegisterContestant(const char* pszName)
     RegisterAt("get by a path", pszName, GetPath<TContestant>, {3});
     RegisterAt("set by a path", pszName, SetPath<TContestant>, {3});
     RegisterAt("push numbers and sum", pszName, PushAndSum<TContestant>, {100000});
+    RegisterThreads<TContestant, 1>(pszName);
+    RegisterThreads<TContestant, 2>(pszName);
+    RegisterThreads<TContestant, kMaxThreads>(pszName);
 }
 } // namespace
 

@@ -3,6 +3,7 @@
 #include "bench/support.h"
 #include "core/containers/map.h"
 #include "core/containers/set.h"
+#include "core/strings/string.h"
 
 #include <absl/container/btree_map.h>
 #include <absl/container/btree_set.h>
@@ -12,6 +13,8 @@
 #include <map>
 #include <random>
 #include <set>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace
@@ -73,6 +76,19 @@ struct TPeer : TBase
             this->insert({nKey, nKey});
         else
             this->insert(nKey);
+    }
+};
+
+// A map whose insertion constructs the pair in place.
+template <class TBase>
+struct TEmplacing : TBase
+{
+    void Put(int nKey)
+    {
+        if constexpr (requires { this->Emplace(nKey, nKey); })
+            this->Emplace(nKey, nKey);
+        else
+            this->try_emplace(nKey, nKey);
     }
 };
 
@@ -233,6 +249,43 @@ void Find(benchmark::State& state)
     }
 }
 
+// Looks up strings by views of their characters, in a map of strings.
+template <class TMapLike>
+void FindByView(benchmark::State& state)
+{
+    constexpr size_t kLookups = 1024;
+    const int64 n = state.range(0);
+    TMapLike map;
+    std::vector<std::string> keys;
+    for (int64 i = 0; i < n; ++i)
+        keys.push_back("object" + std::to_string(i * 7919 % n) + ".property");
+    for (const std::string& key : keys)
+    {
+        if constexpr (requires { map.Emplace(key, 1); })
+            map.Emplace(key, 1);
+        else
+            map.try_emplace(key, 1);
+    }
+    std::mt19937 random(2);
+    std::vector<std::string_view> queries(64 * kLookups);
+    for (std::string_view& query : queries)
+        query = keys[random() % keys.size()];
+    size_t nFirst = 0;
+    for (auto _ : state)
+    {
+        int64 nFound = 0;
+        for (size_t i = 0; i < kLookups; ++i)
+        {
+            if constexpr (requires { map.Find(queries[i]); })
+                nFound += map.Find(queries[nFirst + i]) != map.End();
+            else
+                nFound += map.find(queries[nFirst + i]) != map.end();
+        }
+        Consume(state, nFound, kLookups);
+        nFirst = (nFirst + kLookups) % queries.size();
+    }
+}
+
 template <class TContainer>
 void RegisterAll(const std::string& kind, const std::string& contestant)
 {
@@ -261,6 +314,10 @@ int main(int argc, char** argv)
     RegisterAll<TPeer<absl::btree_map<int, int>>>("map", "absl::btree");
     RegisterAll<TOwn<TMultiMap<int, int>>>("multimap", "own");
     RegisterAll<TPeer<std::multimap<int, int>>>("multimap", "std");
+    Register("map, emplace random", "own", Insert<TEmplacing<TOwn<TMap<int, int>>>, false>);
+    Register("map, emplace random", "std", Insert<TEmplacing<TPeer<std::map<int, int>>>, false>);
+    Register("map of strings, find by a view", "own", FindByView<TMap<ZString, int>>);
+    Register("map of strings, find by a view", "std", FindByView<std::map<std::string, int, std::less<>>>);
     Register("set of a class, insert random", "own", Insert<TOwn<TSet<SId>>, false>);
     Register("set of a class, insert random", "std", Insert<TPeer<std::set<SId>>, false>);
     return RunBenchmarks(argc, argv);

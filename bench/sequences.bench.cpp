@@ -132,6 +132,28 @@ void Iterate(benchmark::State& state)
     }
 }
 
+// Reads n elements by index, in an order that visits each block again and again.
+template <class TSequence>
+void Index(benchmark::State& state)
+{
+    const int64 n = state.range(0);
+    const uint64 nSize = static_cast<uint64>(n);
+    const uint64 nStep = 7919 % nSize; // a prime that divides none of the sizes
+    const auto pSequence = Filled<TSequence, EWhere::kBack>(n);
+    for (auto _ : state)
+    {
+        int64 nSum = 0;
+        uint64 nIndex = 0;
+        for (int64 i = 0; i < n; ++i)
+        {
+            nSum += (*pSequence)[nIndex];
+            nIndex += nStep;
+            nIndex -= nIndex >= nSize ? nSize : 0;
+        }
+        Consume(state, nSum, n * (n - 1) / 2);
+    }
+}
+
 template <class TSequence, EWhere where>
 void Copy(benchmark::State& state)
 {
@@ -212,6 +234,9 @@ void RegisterElement(const std::string& element)
 
     RegisterPush<OwnBlocks, StdBlocks, BoostBlocks, EWhere::kBack>("push back, TBlockArray of " + element);
     RegisterPush<OwnBlocks, StdBlocks, BoostBlocks, EWhere::kFront>("push front, TBlockArray of " + element);
+    Register("random access, TBlockArray of " + element, "own", Index<OwnBlocks>);
+    Register("random access, TBlockArray of " + element, "standard", Index<StdBlocks>);
+    Register("random access, TBlockArray of " + element, "Boost", Index<BoostBlocks>);
     RegisterAll<OwnBlocks, EWhere::kBack>("TBlockArray of " + element, "own");
     RegisterAll<StdBlocks, EWhere::kBack>("TBlockArray of " + element, "standard");
     RegisterAll<BoostBlocks, EWhere::kBack>("TBlockArray of " + element, "Boost");

@@ -55,7 +55,7 @@ def measure(program, name_filter):
         if run.get("error_occurred"):
             sys.exit(f"{run['name']}: {run['error_message']}")
         if run["run_type"] == "iteration":
-            row, contestant, n = run["run_name"].split("/")
+            row, contestant, n = run["run_name"].split("/")[:3]
             times.setdefault(row, {}).setdefault(contestant, {}).setdefault(int(n), []).append(run["cpu_time"])
     return times, report["context"]
 
