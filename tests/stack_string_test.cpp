@@ -77,7 +77,9 @@ TEST(StackStrings, IgnoreNullEmptyAndRefusedText)
     string.format(pszNull, 0);
     string.append(std::string_view());
     string.prepend(std::string_view());
+#if !defined(_WIN32)
     string.format("c%lc", wint_t{0xD800}); // printf refuses this character
+#endif
     EXPECT_EQ("ab", std::string_view(string));
 }
 

@@ -214,7 +214,7 @@ TEST(TextIntoABuffer, BreaksWhereItDoesNotFit)
 {
     BreakCounter breaks;
     char acBuffer[11] = {};
-    const auto check = [&](uint64 nSize, const char* pszFormat, wint_t argument, const char* pszExpected, int nExpected)
+    const auto check = [&](uint64 nSize, const char* pszFormat, auto argument, const char* pszExpected, int nExpected)
     {
         std::memset(acBuffer, '#', 10);
         EXPECT_EQ(nExpected, FormatToBuffer(acBuffer, nSize, pszFormat, argument));
@@ -225,7 +225,9 @@ TEST(TextIntoABuffer, BreaksWhereItDoesNotFit)
     const char* volatile pszNull = nullptr;
     check(9, "%d", 12345678, "12345678", 8);
     check(9, "%d", 123456789, "", -1);
-    check(9, "a%lc", 0xD800, "", -1); // printf refuses this character
+#if !defined(_WIN32)
+    check(9, "a%lc", wint_t{0xD800}, "", -1); // printf refuses this character
+#endif
     check(1, pszNull, 0, "", 0);
     check(0, "%d", 1, "##########", -1);
 
