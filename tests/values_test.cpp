@@ -224,7 +224,7 @@ TEST(LineReaders, ReadFilesDescriptorsAndText)
 #else
     ASSERT_EQ(0, pipe(anEnds));
 #endif
-    ASSERT_EQ(ssize_t(text.size()), write(anEnds[1], text.data(), text.size()));
+    ASSERT_EQ(ssize_t(text.size()), write(anEnds[1], text.data(), static_cast<unsigned>(text.size())));
     close(anEnds[1]);
     std::FILE* pFile = std::tmpfile();
     std::fwrite(text.data(), 1, text.size(), pFile);
