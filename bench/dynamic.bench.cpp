@@ -433,6 +433,7 @@ void BuildInThreads(benchmark::State& state)
     for (auto _ : state)
     {
         std::vector<std::thread> threads;
+        threads.reserve(nThreads);
         for (int nThread = 0; nThread < nThreads; ++nThread)
         {
             threads.emplace_back(

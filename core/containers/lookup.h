@@ -122,7 +122,7 @@ template <class K, class TOther>
 constexpr bool kComparesOnce =
     std::is_same_v<K, ZString> && (std::is_same_v<TOther, ZString> || std::is_same_v<TOther, ZLookUpText>);
 
-/// Returns the order of the key and the other string, to be compared with 0.
+/// Returns the order of the key and the other string.
 template <class K, class TOther>
 auto CompareOnce(const K& key, const TOther& other)
 {

@@ -503,9 +503,9 @@ protected:
             {
                 PrefetchChildren(pNode);
                 const auto order = detail::CompareOnce(KeyOf(pNode), key);
-                if (order == 0)
+                if (std::is_eq(order))
                     break;
-                nSide = order < 0;
+                nSide = std::is_lt(order);
             }
             else
             {

@@ -1,5 +1,7 @@
 #include "core/values/linesource.h"
 
+#include "core/platform/file.h"
+
 #include <cerrno>
 #if __has_include(<unistd.h>)
 #include <unistd.h>
@@ -10,10 +12,10 @@
 int ReadLineFile(uint64 nFile, char* pTarget, uint32 nSize)
 {
     // std::fread would wait for nSize bytes, and std::fgets does not tell a NUL in the line from its end.
-    std::FILE* pFile = reinterpret_cast<std::FILE*>(nFile);
+    kx::detail::ZFileLock file(reinterpret_cast<std::FILE*>(nFile));
     uint32 nRead = 0;
     int nByte = 0;
-    while (nRead != nSize && nByte != '\n' && (nByte = std::getc(pFile)) != EOF)
+    while (nRead != nSize && nByte != '\n' && (nByte = file.GetByte()) != EOF)
         pTarget[nRead++] = static_cast<char>(nByte);
     return static_cast<int>(nRead);
 }
