@@ -34,8 +34,8 @@ void Use()
               TList<SMoveOnly> refused(list));
     KX_REFUSE(COPIED_BLOCK_ARRAY_OF_MOVE_ONLY, "and move the container", const TBlockArray<SMoveOnly> array;
               TBlockArray<SMoveOnly> refused(array));
-    using MapOfMoveOnly = TMap<int, SMoveOnly>;
-    using HashMapOfMoveOnly = THashMap<int, SMoveOnly>;
+    using MapOfMoveOnly [[maybe_unused]] = TMap<int, SMoveOnly>;
+    using HashMapOfMoveOnly [[maybe_unused]] = THashMap<int, SMoveOnly>;
     KX_REFUSE(SET_INSERT_OF_MOVE_ONLY, "bring in what can only be moved by Emplace",
               TSet<SMoveOnly>().Insert(moveOnly));
     KX_REFUSE(MAP_INSERT_OF_MOVE_ONLY, "bring in what can only be moved by Emplace",

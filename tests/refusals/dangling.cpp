@@ -4,7 +4,7 @@
 #include "tests/refusals/refuse.h"
 #include "tests/support/containers.h"
 
-void Use(char (&acText)[4])
+void Use([[maybe_unused]] char (&acText)[4])
 {
     KX_REFUSE(REFERENCE_INTO_TEMPORARY, "temporary bound to local reference 'dangling'",
               [[maybe_unused]] const int& dangling = TArray<int>{1}[0]);
