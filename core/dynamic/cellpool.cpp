@@ -1,6 +1,7 @@
 #include "core/dynamic/cellpool.h"
 
 #include "core/platform/lock.h"
+#include "core/platform/threadobject.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -33,27 +34,27 @@ struct ZCellHeap::SThread
 {
     SThread()
     {
-        t_pHeap = new ZCellHeap;
         const std::lock_guard lock(s_lock);
-        t_pHeap->m_pNext = std::exchange(ms_pHeaps, t_pHeap);
+        m_pHeap->m_pNext = std::exchange(ms_pHeaps, m_pHeap);
         GetMemoryManager()->m_pfnReleaseUnused = &ReleaseUnused;
     }
 
     ~SThread()
     {
         t_bEnded = true;
-        ZCellHeap* pHeap = std::exchange(t_pHeap, nullptr);
-        pHeap->End();
-        delete pHeap;
+        t_pHeap = nullptr;
+        m_pHeap->End();
+        delete m_pHeap;
     }
+
+    ZCellHeap* m_pHeap = new ZCellHeap;
 };
 
 void* ZCellHeap::AllocateFirst(uint64 nSize)
 {
     if (!t_bEnded)
     {
-        static thread_local SThread t_thread;
-        static_cast<void>(&t_thread); // constructs it
+        t_pHeap = ThreadObject<SThread>().m_pHeap;
         return Allocate(nSize);
     }
     SPool& pool = ms_orphans.m_aPools[(nSize - 1) / 8];
