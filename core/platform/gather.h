@@ -4,6 +4,14 @@
 
 #include "core/platform/platform.h"
 
+// The operand of an asm that is the name of a symbol. In code that may be loaded anywhere, AArch64 does not count an
+// address as a constant.
+#if defined(__aarch64__) && !defined(__clang__)
+#define KX_SYMBOL(...) "S"(__VA_ARGS__)
+#else
+#define KX_SYMBOL(...) "i"(__VA_ARGS__)
+#endif
+
 // Words that any source of a module may contribute to, and that the linker gathers into one range: a section whose name
 // is a C identifier gets two boundary symbols. KX_GATHERED_WORD(section, type, name, function, pValue), in a class,
 // declares such a word and the function that returns its address; all users of the word go through the function.
@@ -49,11 +57,11 @@
             ".popsection\n\t"                                                                                          \
             ".endif"                                                                                                   \
             :                                                                                                          \
-            : "i"(&name), "i"(pValue));                                                                                \
+            : KX_SYMBOL(&name), KX_SYMBOL(pValue));                                                                    \
     }                                                                                                                  \
     static type volatile* function()                                                                                   \
     {                                                                                                                  \
-        asm inline("" : : "i"(&function##Definition));                                                                 \
+        asm inline("" : : KX_SYMBOL(&function##Definition));                                                           \
         return &name;                                                                                                  \
     }                                                                                                                  \
     static type name
@@ -179,7 +187,7 @@ struct TAtUnload
             ".popsection\n\t"                                                                                          \
             ".endif"                                                                                                   \
             :                                                                                                          \
-            : "i"(&ms_ac##symbol), "i"(static_cast<void (*)(__VA_ARGS__)>(&symbol)));                                  \
+            : KX_SYMBOL(&ms_ac##symbol), KX_SYMBOL(static_cast<void (*)(__VA_ARGS__)>(&symbol)));                      \
         return ms_ac##symbol + sizeof("_Z10" #symbol) - 1;                                                             \
     }
 #else
