@@ -29,13 +29,15 @@ def compiler(preset):
 
 
 def counts(preset):
-    """The cases and the other tests that passed, each as 'N of M'."""
+    """The cases and the other tests that passed, each as 'N of M', or 'fail' if a case failed."""
     tests = xml.etree.ElementTree.parse(f"build/{preset}/tests.xml").getroot().findall("testcase")
-    report = next(test for test in tests if test.get("name") == "verification").findtext("system-out", "")
-    cases = re.search(r"(\d+) of (\d+) cases passed", report)
+    # The judge of the report passes only if all cases do. CTest keeps too little of the report to count them here.
+    judged = next(test for test in tests if test.get("name") == "verification")
+    with open("verification/registry.txt", encoding="utf-8") as registry:
+        total = sum(not line.startswith("#") and bool(line.strip()) for line in registry)
     others = [test for test in tests if not test.get("name").startswith("verification")]
     passed = sum(test.get("status") == "run" for test in others)
-    return f"{cases[1]} of {cases[2]}" if cases else "fail", f"{passed} of {len(others)}"
+    return f"{total} of {total}" if judged.get("status") == "run" else "fail", f"{passed} of {len(others)}"
 
 
 def main():

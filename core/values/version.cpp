@@ -10,8 +10,8 @@ namespace
 // Reads the digits at the position, moves it past them and adds their value to nAbs, nShift bits up. Returns false if
 // there is no digit or the value is above nMax.
 //
-// By hand, because that takes a tenth less time than std::from_chars, or better: rows "version" and "version, view" of
-// the benchmark of values.
+// By hand, because that takes a fifth less time than std::from_chars for a C string: row "version" of the benchmark of
+// values. Views share the code.
 template <class TPosition>
 inline bool ReadPart(TPosition& position, uint64 nMax, int nShift, uint64& nAbs)
 {
