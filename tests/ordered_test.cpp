@@ -68,6 +68,7 @@ TEST_F(OrderedTest, ComparesSetsAndFindsBounds)
     TMultiSet<int> multi{3, 1, 2, 2};
     EXPECT_TRUE(*multi.UpperBound(1) == 2 && multi.UpperBound(3) == multi.End() && multi.LowerBound(4) == multi.End());
     EXPECT_EQ("b", *(TSet<ZString>{"a", "b"}).UpperBound(std::string_view("a")));
+    EXPECT_TRUE((TSet<ZString>{""}).Contains(std::string_view()));
     EXPECT_TRUE(multi.EqualRange(4).IsEmpty() && multi.Count(2) == 2);
     EXPECT_EQ((std::vector<int>{2, 2}), std::vector<int>(multi.EqualRange(2).begin(), multi.EqualRange(2).end()));
 }

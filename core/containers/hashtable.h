@@ -188,12 +188,12 @@ public:
     template <CHashesAs<TKey, TPolicy> TOther>
     [[nodiscard]] TIteratorRange<iterator> EqualRange(const TOther& key) KX_LIFETIMEBOUND
     {
-        return {Find(key), PastEquals(Find(key), key)};
+        return FromEqualToPast(Find(key), key);
     }
     template <CHashesAs<TKey, TPolicy> TOther>
     [[nodiscard]] TIteratorRange<const_iterator> EqualRange(const TOther& key) const KX_LIFETIMEBOUND
     {
-        return {Find(key), PastEquals(Find(key), key)};
+        return FromEqualToPast(Find(key), key);
     }
     template <CHashesAs<TKey, TPolicy> TOther>
     [[nodiscard]] uint32 Count(const TOther& key) const
@@ -214,11 +214,11 @@ public:
     /// Returns the elements with the key, in iteration order. Constant on average, and linear in their number.
     [[nodiscard]] TIteratorRange<iterator> EqualRange(const TKey& key) KX_LIFETIMEBOUND
     {
-        return {Find(key), PastEquals(Find(key), key)};
+        return FromEqualToPast(Find(key), key);
     }
     [[nodiscard]] TIteratorRange<const_iterator> EqualRange(const TKey& key) const KX_LIFETIMEBOUND
     {
-        return {Find(key), PastEquals(Find(key), key)};
+        return FromEqualToPast(Find(key), key);
     }
 
     /// Returns the number of elements with the key. Constant on average, and linear in that number.
@@ -603,6 +603,12 @@ private:
         if (nFound == kHashNone)
             return {nullptr, Table(), kHashNone};
         return {detail::PointerTo(m_pNodes[nFound].m_element), Table(), nBucket};
+    }
+
+    template <class TIterator, class TOther>
+    TIteratorRange<TIterator> FromEqualToPast(TIterator pos, const TOther& key) const noexcept
+    {
+        return {pos, PastEquals(pos, key)};
     }
 
     template <class TIterator, class TOther>

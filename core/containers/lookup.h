@@ -65,8 +65,9 @@ public:
     {
         if constexpr (CStandardString<TText>)
         {
-            m_pChars = text.data();
             m_nLength = text.size();
+            if (m_nLength != 0)
+                m_pChars = text.data(); // of an empty view it may be null
         }
         else if (const char* pszText = text; pszText != nullptr)
         {

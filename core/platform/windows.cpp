@@ -6,7 +6,7 @@
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
-// Of ntdll, without a header. Set while the modules of the process are told that it ends.
+// ntdll exports it, but no header declares it. It is true while the process ends and its modules are notified.
 extern "C" __declspec(dllimport) unsigned char __stdcall RtlDllShutdownInProgress();
 
 bool kx::detail::IsProcessEnding(const void* pInModule)
