@@ -1,5 +1,5 @@
 # The version in core/version.h, and archives: cpack --config build/release/CPackConfig.cmake writes a tar archive and a
-# Debian package of what is installed.
+# Debian package of what is installed, with the static libraries beside the shared ones.
 file(STRINGS ${PROJECT_SOURCE_DIR}/core/version.h lines REGEX "^#define KXCORE_VERSION_")
 string(REGEX MATCHALL "(MAJOR|MINOR|PATCH|STRING) [^;]+" lines "${lines}")
 set(expected "MAJOR ${PROJECT_VERSION_MAJOR};MINOR ${PROJECT_VERSION_MINOR};PATCH ${PROJECT_VERSION_PATCH}")
@@ -26,5 +26,25 @@ if(KX_DPKG_SHLIBDEPS)
   # The modules find each other here while the dependencies are searched.
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/core)
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+  set(CPACK_DEBIAN_PACKAGE_SUGGESTS libsimdjson-dev) # to link with the static module for JSON
+endif()
+
+# cpack first builds the static libraries, in a tree of their own that has the options of this one.
+if(KXCORE_INSTALL AND (BUILD_SHARED_LIBS OR NOT DEFINED BUILD_SHARED_LIBS))
+  set(tree ${PROJECT_BINARY_DIR}/static)
+  set(options "-DBUILD_SHARED_LIBS=OFF -DKXCORE_TESTS=OFF -DKXCORE_EXAMPLES=OFF")
+  foreach(name CMAKE_TOOLCHAIN_FILE CMAKE_CXX_COMPILER CMAKE_CXX_FLAGS CMAKE_BUILD_TYPE CMAKE_INSTALL_LIBDIR
+      CMAKE_PREFIX_PATH CMAKE_OSX_ARCHITECTURES KXCORE_JSON)
+    if(NOT "${${name}}" STREQUAL "")
+      string(APPEND options " [==[-D${name}=${${name}}]==]")
+    endif()
+  endforeach()
+  file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/static_libraries.cmake CONTENT [=[
+execute_process(COMMAND "@CMAKE_COMMAND@" -S "@PROJECT_SOURCE_DIR@" -B "@tree@" -G "@CMAKE_GENERATOR@" @options@
+  COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND "@CMAKE_COMMAND@" --build "@tree@" --config Release COMMAND_ERROR_IS_FATAL ANY)
+]=] @ONLY)
+  set(CPACK_INSTALL_SCRIPTS ${PROJECT_BINARY_DIR}/static_libraries.cmake)
+  set(CPACK_INSTALL_CMAKE_PROJECTS "${PROJECT_BINARY_DIR};kxcore;ALL;/;${tree};kxcore;ALL;/")
 endif()
 include(CPack)

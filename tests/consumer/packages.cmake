@@ -9,4 +9,7 @@ foreach(road tar deb vcpkg conan)
   add_test(NAME consumer.${road} COMMAND ${CMAKE_COMMAND} -DROAD=${road} -DBUILD=${PROJECT_BINARY_DIR}
     -DSOURCE=${PROJECT_SOURCE_DIR} -DCOMPILER=${CMAKE_CXX_COMPILER} -DFLAGS=${CMAKE_CXX_FLAGS}
     -P ${CMAKE_CURRENT_SOURCE_DIR}/consumer/consume.cmake)
+  if(road MATCHES "^(tar|deb)$") # both build the static libraries in the same folder
+    set_tests_properties(consumer.${road} PROPERTIES RESOURCE_LOCK static_libraries TIMEOUT 900)
+  endif()
 endforeach()
