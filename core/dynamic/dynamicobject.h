@@ -390,7 +390,8 @@ public:
     bool TryUpdatePath(const ZString& path,
                        TUpdate update) requires std::is_invocable_r_v<bool, TUpdate&, ZDynamicObject&>
     {
-        if constexpr (requires { update == nullptr; })
+        // A lambda is never empty, though it may be comparable with nullptr.
+        if constexpr (std::is_constructible_v<TUpdate, std::nullptr_t> && requires { update == nullptr; })
         {
             if (update == nullptr)
                 return false;
