@@ -64,10 +64,13 @@ public:
     /// Destroys the elements in ascending order.
     ~TMaxArray()
     {
-        static_assert(offsetof(TMaxArray, m_aElements) == 0 && offsetof(TMaxArray, m_nSize) >= N * sizeof(T)
-                          && offsetof(TMaxArray, m_nSize) < N * sizeof(T) + sizeof(uint32)
-                          && sizeof(TMaxArray) - offsetof(TMaxArray, m_nSize) <= (alignof(T) > 4 ? alignof(T) : 4),
-                      "the elements, then their number: the layout that debugger views rely on");
+        if constexpr (std::is_standard_layout_v<T>) // for others, offsetof is an extension
+        {
+            static_assert(offsetof(TMaxArray, m_aElements) == 0 && offsetof(TMaxArray, m_nSize) >= N * sizeof(T)
+                              && offsetof(TMaxArray, m_nSize) < N * sizeof(T) + sizeof(uint32)
+                              && sizeof(TMaxArray) - offsetof(TMaxArray, m_nSize) <= (alignof(T) > 4 ? alignof(T) : 4),
+                          "the elements, then their number: the layout that debugger views rely on");
+        }
         kx::detail::DestroyRange(Begin(), End());
     }
 
