@@ -5,11 +5,14 @@
 #include "core/platform/platform.h"
 
 // The operand of an asm that is the name of a symbol. In code that may be loaded anywhere, AArch64 does not count an
-// address as a constant.
+// address as a constant. Where the name itself is not written, a register may have it: an object that is compiled while
+// it is linked (-flto) can refer to a function of an object that is not.
 #if defined(__aarch64__) && !defined(__clang__)
 #define KX_SYMBOL(...) "S"(__VA_ARGS__)
+#define KX_SYMBOL_OR_REGISTER(...) "Sr"(__VA_ARGS__)
 #else
 #define KX_SYMBOL(...) "i"(__VA_ARGS__)
+#define KX_SYMBOL_OR_REGISTER(...) "ir"(__VA_ARGS__)
 #endif
 
 // Words that any source of a module may contribute to, and that the linker gathers into one range: a section whose name
@@ -61,7 +64,7 @@
     }                                                                                                                  \
     static type volatile* function()                                                                                   \
     {                                                                                                                  \
-        asm inline("" : : KX_SYMBOL(&function##Definition));                                                           \
+        asm inline("" : : KX_SYMBOL_OR_REGISTER(&function##Definition));                                               \
         return &name;                                                                                                  \
     }                                                                                                                  \
     static type name
