@@ -62,43 +62,16 @@ public:
     ///
     /// If they do not fit, cuts the end of the old ones, and of the new ones only what does not fit alone.
     void append(const char* pszText) { append(kx::detail::TextOf(pszText)); }
-    void append(std::string_view text)
-    {
-        char* pBuffer = buffer();
-        const uint64 nSize = m_nSize + uint64{text.size()};
-        if (text.empty() || nSize >= capacity())
-            return AppendCutting(text);
-        std::memcpy(pBuffer + m_nSize, text.data(), text.size());
-        EndAt(pBuffer, nSize);
-    }
+    void append(std::string_view text) { AppendTo(buffer(), capacity(), text); }
 
     /// Inserts the characters at the start. If they do not fit, cuts the end of the result.
     void prepend(const char* pszText) { prepend(kx::detail::TextOf(pszText)); }
-    void prepend(std::string_view text)
-    {
-        char* pBuffer = buffer();
-        const uint64 nSize = m_nSize + uint64{text.size()};
-        const bool bOwnPiece = kx::detail::AddressOf(text.data()) - kx::detail::AddressOf(pBuffer) < m_nSize;
-        if (text.empty() || nSize >= capacity() || bOwnPiece)
-            return PrependCutting(text);
-        std::memmove(pBuffer + text.size(), pBuffer, m_nSize);
-        std::memcpy(pBuffer, text.data(), text.size());
-        EndAt(pBuffer, nSize);
-    }
+    void prepend(std::string_view text) { PrependTo(buffer(), capacity(), text); }
 
     /// Appends one character by the rule of append: in a full string it replaces the last one.
     ///
     /// NUL is a character like any other and counts; as a C string, the string then ends there.
-    ZStackStringBase& appendChar(char c) KX_LIFETIMEBOUND
-    {
-        char* pBuffer = buffer();
-        const uint64 nSize = m_nSize + uint64{1};
-        if (nSize >= capacity())
-            return AppendCharCutting(c);
-        pBuffer[m_nSize] = c;
-        EndAt(pBuffer, nSize);
-        return *this;
-    }
+    ZStackStringBase& appendChar(char c) KX_LIFETIMEBOUND { return AppendCharTo(buffer(), capacity(), c); }
 
     /// Appends the value by the rule of append, with nPrecision digits after the point.
     ///
@@ -134,6 +107,46 @@ protected:
     ZStackStringBase(const ZStackStringBase&) = default;
     ZStackStringBase& operator=(const ZStackStringBase&) = default;
 
+    // The functions above, for a buffer and a capacity that the caller knows.
+    void AppendTo(char* pBuffer, uint32 nCapacity, std::string_view text)
+    {
+        const uint32 nRoom = nCapacity - 1 - m_nSize;
+        if (text.size() - uint64{1} >= nRoom) [[unlikely]] // empty, or too long
+            return AppendCutting(text);
+        const uint64 nSize = m_nSize + uint64{text.size()};
+        std::memcpy(pBuffer + m_nSize, text.data(), text.size());
+        EndAt(pBuffer, nSize);
+    }
+
+    void PrependTo(char* pBuffer, uint32 nCapacity, std::string_view text)
+    {
+        const uint32 nRoom = nCapacity - 1 - m_nSize;
+        const bool bOwnPiece = kx::detail::AddressOf(text.data()) - kx::detail::AddressOf(pBuffer) < m_nSize;
+        if (text.size() - uint64{1} >= nRoom || bOwnPiece) [[unlikely]] // or empty, or too long
+            return PrependCutting(text);
+        const uint64 nSize = m_nSize + uint64{text.size()};
+        std::memmove(pBuffer + text.size(), pBuffer, m_nSize);
+        std::memcpy(pBuffer, text.data(), text.size());
+        EndAt(pBuffer, nSize);
+    }
+
+    ZStackStringBase& AppendCharTo(char* pBuffer, uint32 nCapacity, char c) KX_LIFETIMEBOUND
+    {
+        const uint64 nSize = m_nSize + uint64{1};
+        if (nSize >= nCapacity) [[unlikely]]
+            return AppendCharCutting(c);
+        pBuffer[m_nSize] = c;
+        EndAt(pBuffer, nSize);
+        return *this;
+    }
+
+    // Writes m_nSize last, so that it can stay in a register: a character that is stored after it may alias it.
+    void EndAt(char* pBuffer, uint64 nSize)
+    {
+        pBuffer[nSize] = '\0';
+        m_nSize = static_cast<uint32>(nSize);
+    }
+
 private:
     // The first character, and the size of the buffer in bytes, which is at least 1.
     virtual char* buffer() = 0;
@@ -143,13 +156,6 @@ private:
     void AppendCutting(std::string_view text);
     ZStackStringBase& AppendCharCutting(char c);
     void PrependCutting(std::string_view text);
-
-    // Writes m_nSize last, so that it can stay in a register: a character that is stored after it may alias it.
-    void EndAt(char* pBuffer, uint64 nSize)
-    {
-        pBuffer[nSize] = '\0';
-        m_nSize = static_cast<uint32>(nSize);
-    }
 
     uint32 m_nSize = 0;
 };
@@ -176,6 +182,19 @@ public:
         CopyText(other);
         return *this;
     }
+
+    /// The same functions as in the base class.
+    //
+    // They are here again because the buffer and its size are known here. Compilers find that out too late to inline
+    // the two virtual functions, whose calls take as long as the rest.
+    void append(const char* pszText) { append(kx::detail::TextOf(pszText)); }
+    void append(std::string_view text) { AppendTo(m_aBuffer, N, text); }
+    void prepend(const char* pszText) { prepend(kx::detail::TextOf(pszText)); }
+    void prepend(std::string_view text) { PrependTo(m_aBuffer, N, text); }
+    ZStackStringBase& appendChar(char c) KX_LIFETIMEBOUND { return AppendCharTo(m_aBuffer, N, c); }
+    void clear() { EndAt(m_aBuffer, 0); }
+    [[nodiscard]] const char* get() const KX_LIFETIMEBOUND { return m_aBuffer; }
+    operator std::string_view() const KX_LIFETIMEBOUND { return {m_aBuffer, size()}; }
 
 private:
     char* buffer() override { return m_aBuffer; }
