@@ -346,31 +346,11 @@ public:
     /// Removes the element at pos and returns an iterator to the element that followed.
     /// Only the index of pos counts; past the end, it triggers the debug break. The shorter side closes the gap by
     /// assignment, and the surplus element at that end is destroyed. No block is freed.
-    iterator Erase(iterator pos)
-    {
-        const uint32 nIndex = pos.m_nIndex;
-        kx::detail::BreakUnless(nIndex < m_nSize);
-        if (nIndex < m_nSize / 2)
-        {
-            ShiftUp<T>(0, nIndex);
-            kx::detail::DestroyAt(kx::detail::PointerTo(First()));
-            --m_nSize;
-            m_nFirst = m_nFirst + 1 == Slots() ? 0 : m_nFirst + 1;
-        }
-        else
-        {
-            ShiftDown<T>(nIndex, m_nSize - 1);
-            kx::detail::DestroyAt(kx::detail::PointerTo(Last()));
-            --m_nSize;
-        }
-        if (m_nSize == 0)
-            m_nFirst = 0;
-        return PositionOf(nIndex);
-    }
+    iterator Erase(iterator pos) { return EraseAt(pos.m_nIndex); }
     template <std::same_as<const_iterator> TConst>
     iterator Erase(TConst pos)
     {
-        return Erase(iterator(nullptr, this, pos.m_nIndex));
+        return EraseAt(pos.m_nIndex);
     }
 
     /// Removes the elements for which the predicate is true and returns their number.
@@ -382,7 +362,7 @@ public:
         const uint32 nOldSize = m_nSize;
         const uint32 nNewSize = MoveDownUnless(predicate);
         while (m_nSize > nNewSize)
-            Erase(iterator(nullptr, this, m_nSize - 1));
+            EraseAt(m_nSize - 1);
         return nOldSize - nNewSize;
     }
 
@@ -496,7 +476,29 @@ private:
         m_ppBlocks = ppNew;
     }
 
-    // TValue is T for moving and const T& for copying.
+    // Takes the index and not the iterator, so that nobody computes the address in an iterator that is only passed on.
+    iterator EraseAt(uint32 nIndex)
+    {
+        kx::detail::BreakUnless(nIndex < m_nSize);
+        if (nIndex < m_nSize / 2)
+        {
+            ShiftUp<T>(0, nIndex);
+            kx::detail::DestroyAt(kx::detail::PointerTo(First()));
+            --m_nSize;
+            m_nFirst = m_nFirst + 1 == Slots() ? 0 : m_nFirst + 1;
+        }
+        else
+        {
+            ShiftDown<T>(nIndex, m_nSize - 1);
+            kx::detail::DestroyAt(kx::detail::PointerTo(Last()));
+            --m_nSize;
+        }
+        if (m_nSize == 0)
+            m_nFirst = 0;
+        return PositionOf(nIndex);
+    }
+
+    // TValue is T for moving and const T& for copying. Only the two ends are compiled into the caller.
     template <class TValue>
     iterator InsertAt(uint32 nIndex, TValue&& value)
     {
@@ -504,6 +506,12 @@ private:
             return {kx::detail::ConstructAt(AcquireFrontSlot(), static_cast<TValue&&>(value)), this, nIndex};
         if (nIndex == m_nSize)
             return {kx::detail::ConstructAt(AcquireBackSlot(), static_cast<TValue&&>(value)), this, nIndex};
+        return InsertInMiddle<TValue>(nIndex, static_cast<TValue&&>(value));
+    }
+
+    template <class TValue>
+    KX_NOINLINE iterator InsertInMiddle(uint32 nIndex, TValue&& value)
+    {
         T* pElement = kx::detail::PointerTo(OpenGap<TValue>(nIndex));
         if constexpr (std::is_lvalue_reference_v<TValue>)
             kx::detail::AssignTo(*pElement, value);
