@@ -57,7 +57,7 @@ public:
         constexpr Iterator(std::string_view text, char cSeparator) : m_rest(text), m_cSeparator(cSeparator) { Find(); }
 
         /// The current piece. Past the last one, an empty one.
-        constexpr std::string_view operator*() const { return m_rest.substr(0, m_nPiece); }
+        constexpr std::string_view operator*() const { return {m_rest.data(), m_nPiece}; }
 
         /// Moves to the next piece, or past the last one.
         constexpr Iterator& operator++()
@@ -74,8 +74,8 @@ public:
     private:
         constexpr void Find()
         {
-            const std::size_t nFound = m_rest.find(m_cSeparator);
-            m_nPiece = nFound != m_rest.npos ? nFound : m_rest.size();
+            const char* pFound = std::char_traits<char>::find(m_rest.data(), m_rest.size(), m_cSeparator);
+            m_nPiece = pFound != nullptr ? static_cast<std::size_t>(pFound - m_rest.data()) : m_rest.size();
         }
 
         std::string_view m_rest; // from the current piece on
