@@ -355,11 +355,22 @@ private:
     template <class... TArgs>
     T& AddValue(TArgs&&... args)
     {
+        T* pNew = nullptr;
         if (m_pEnd == m_pCapacityEnd) [[unlikely]]
-            return *InsertGrowing(m_pEnd, std::forward<TArgs>(args)...);
-        MoveSpareStart(m_pEnd, m_pEnd + 1);
-        T* pNew = kx::detail::ConstructAt(m_pEnd, std::forward<TArgs>(args)...);
-        ++m_pEnd;
+        {
+            // If a reference to it is passed on, the caller's variable cannot stay in a register.
+            if constexpr (std::is_trivially_copyable_v<T> && sizeof(T) <= 64
+                          && (std::is_same_v<std::remove_cvref_t<TArgs>, T> && ...))
+                pNew = InsertGrowing(m_pEnd, T(std::forward<TArgs>(args)...));
+            else
+                pNew = InsertGrowing(m_pEnd, std::forward<TArgs>(args)...);
+        }
+        else
+        {
+            MoveSpareStart(m_pEnd, m_pEnd + 1);
+            pNew = kx::detail::ConstructAt(m_pEnd, std::forward<TArgs>(args)...);
+        }
+        m_pEnd = pNew + 1; // also after growth, which has set it: so a loop of calls need not load it again
         return *pNew;
     }
 

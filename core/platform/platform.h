@@ -117,6 +117,13 @@ static_assert(sizeof(float32) == 4 && sizeof(float64) == 8, "float32 and float64
 #define KX_LIFETIMEBOUND
 #endif
 
+// The breakpoint instruction, after which a debugger can resume.
+#if defined(__x86_64__)
+#define KX_BREAK_INSTRUCTION "int3"
+#else
+#define KX_BREAK_INSTRUCTION "brk #0xf000"
+#endif
+
 namespace kx::detail
 {
 /// Triggers the debug break, the processor's breakpoint instruction, unless the condition is true. In every build.
@@ -124,16 +131,20 @@ namespace kx::detail
 /// check had passed. So the code after a check must stay alive, which rules out __builtin_trap and any hint that the
 /// condition is always true.
 //
-// The colons say that the instruction clobbers nothing. Without them it would count as a write to all memory, and every
-// loop with a check in it would reload what it had in registers.
+// The instruction must not count as a write to memory, or every loop with a check in it would reload what it had in
+// registers. For GCC, the colons say that it clobbers nothing. Clang takes every volatile asm for such a write, so
+// there it is none: its operand comes from a volatile variable and goes back to it, so the asm stays where it is.
 KX_CHECK_INLINE void BreakUnless(bool bCondition) noexcept
 {
     if (!bCondition) [[unlikely]]
     {
-#if defined(__x86_64__)
-        asm volatile("int3" : :);
+#if defined(__clang__)
+        volatile char cMark = 0;
+        char c = cMark;
+        asm(KX_BREAK_INSTRUCTION : "+r"(c));
+        cMark = c;
 #else
-        asm volatile("brk #0xf000" : :);
+        asm volatile(KX_BREAK_INSTRUCTION : :);
 #endif
     }
 }
