@@ -23,9 +23,8 @@ def compiler(preset):
         with open(f"cmake/toolchains/{preset}.cmake", encoding="utf-8") as toolchain:
             path = re.search(r"^set\(CMAKE_CXX_COMPILER (.*)\)$", toolchain.read(), re.MULTILINE)
     version = subprocess.run([path[1], "--version"], capture_output=True, text=True, check=True).stdout.split("\n")[0]
-    number = re.search(r"\d+\.\d+\.\d+", version)
-    name = "Clang" if "clang" in version else "GCC"
-    return f"{name} {number[0] if number else version.rsplit(' ', 1)[-1]}"
+    number = re.search(r"[\d.]+", version.rsplit(" ", 1)[-1])[0]
+    return f"{'Clang' if 'clang' in version else 'GCC'} {number}"
 
 
 def counts(preset):
