@@ -359,7 +359,7 @@ private:
         if (m_pEnd == m_pCapacityEnd) [[unlikely]]
         {
             // If a reference to it is passed on, the caller's variable cannot stay in a register.
-            if constexpr (std::is_trivially_copyable_v<T> && sizeof(T) <= 64
+            if constexpr (std::is_trivially_copyable_v<T> && sizeof(T) <= 64 && sizeof...(TArgs) == 1
                           && (std::is_same_v<std::remove_cvref_t<TArgs>, T> && ...))
                 pNew = InsertGrowing(m_pEnd, T(std::forward<TArgs>(args)...));
             else
