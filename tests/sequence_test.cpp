@@ -303,6 +303,15 @@ TEST_F(SequenceTest, ArraysConstructInPlace)
     EXPECT_EQ((std::vector<int>{-1, 7, 7}), Values(array));
     TArray<Wide> wide;
     EXPECT_EQ(3, wide.Emplace(3).m_nValue);
+
+    // Small trivial elements take a road of their own when the array grows.
+    TArray<int> numbers{7, 8};
+    for (uint64 i = 0; i < 30; ++i)
+        EXPECT_EQ(i % 2 == 0 ? 7 : 8, numbers.Add(numbers[i]));
+    while (numbers.Size() < numbers.Capacity())
+        numbers.Add(9);
+    EXPECT_EQ(0, numbers.Emplace());
+    EXPECT_TRUE(numbers[31] == 8 && numbers[numbers.Size() - 1] == 0);
     TakeJournal();
 }
 

@@ -67,6 +67,36 @@ TEST(StackStrings, FloatsAreCutNotRounded)
     EXPECT_EQ(1, breaks.Take());
 }
 
+// A string whose capacity is known does by functions of its own what the base class does.
+TEST(StackStrings, DoTheSameThroughTheBaseClass)
+{
+    const auto agree = [](auto operation)
+    {
+        for (uint64 nOld = 0; nOld < 8; ++nOld)
+        {
+            ZStackString<8> known, other;
+            known.append(std::string_view("abcdefg", nOld));
+            ZStackStringBase& unknown = other = known;
+            operation(known);
+            operation(unknown);
+            EXPECT_TRUE(known.Validate());
+            EXPECT_EQ(std::string_view(unknown), std::string_view(known)) << nOld;
+            EXPECT_STREQ(unknown.get(), known.get());
+        }
+    };
+    agree([](auto& string) { string.appendChar('#'); });
+    agree([](auto& string) { string.clear(); });
+    for (uint64 nNew = 0; nNew < 10; ++nNew)
+    {
+        const std::string text("123456789", nNew);
+        agree([&](auto& string) { string.append(text); });
+        agree([&](auto& string) { string.append(text.c_str()); });
+        agree([&](auto& string) { string.prepend(text); });
+        agree([&](auto& string) { string.prepend(text.c_str()); });
+        agree([&](auto& string) { string.prepend(string.get() + string.size() / 2); });
+    }
+}
+
 TEST(StackStrings, IgnoreNullEmptyAndRefusedText)
 {
     ZStackString<8> string;
